@@ -1,0 +1,38 @@
+# Installation: the library with its headers and package files, and, as a component of their own, the stand-ins.
+
+include(CMakePackageConfigHelpers)
+
+set(corvane_package_dir "${CMAKE_INSTALL_LIBDIR}/cmake/Corvane")
+
+if(CORVANE_LTTNG STREQUAL "sdk")
+  # The SDK folder is on no loader path. An installation with the SDK is for the machine that has it.
+  set_target_properties(corvane PROPERTIES INSTALL_RPATH "$ORIGIN:${corvane_lttng_libdir}")
+else()
+  set_target_properties(corvane PROPERTIES INSTALL_RPATH "$ORIGIN")
+endif()
+
+install(TARGETS corvane EXPORT CorvaneTargets
+  LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}" COMPONENT runtime NAMELINK_COMPONENT development)
+install(DIRECTORY "${PROJECT_SOURCE_DIR}/include/" DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/corvane"
+  COMPONENT development FILES_MATCHING PATTERN "*.h")
+install(EXPORT CorvaneTargets NAMESPACE Corvane:: DESTINATION "${corvane_package_dir}" COMPONENT development)
+
+if(CORVANE_LTTNG STREQUAL "sdk")
+  set(corvane_config_lttng_includes "${corvane_lttng_includes}")
+  list(JOIN corvane_lttng_includes " -isystem" corvane_pc_lttng_cflags)
+  set(corvane_pc_lttng_cflags " -isystem${corvane_pc_lttng_cflags}")
+else()
+  set(corvane_config_lttng_includes "")
+  set(corvane_pc_lttng_cflags "")
+endif()
+configure_package_config_file("${PROJECT_SOURCE_DIR}/cmake/CorvaneConfig.cmake.in"
+  "${PROJECT_BINARY_DIR}/CorvaneConfig.cmake" INSTALL_DESTINATION "${corvane_package_dir}")
+write_basic_package_version_file("${PROJECT_BINARY_DIR}/CorvaneConfigVersion.cmake" COMPATIBILITY SameMajorVersion)
+install(FILES "${PROJECT_BINARY_DIR}/CorvaneConfig.cmake" "${PROJECT_BINARY_DIR}/CorvaneConfigVersion.cmake"
+  DESTINATION "${corvane_package_dir}" COMPONENT development)
+
+file(RELATIVE_PATH corvane_pc_prefix
+  "/${CMAKE_INSTALL_LIBDIR}/pkgconfig" "/") # from the file's own folder, so that the tree can be moved
+string(REGEX REPLACE "/$" "" corvane_pc_prefix "${corvane_pc_prefix}")
+configure_file("${PROJECT_SOURCE_DIR}/cmake/corvane.pc.in" "${PROJECT_BINARY_DIR}/corvane.pc" @ONLY)
+install(FILES "${PROJECT_BINARY_DIR}/corvane.pc" DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig" COMPONENT development)

@@ -1,0 +1,34 @@
+# What every target of this tree has in common. Nothing here reaches the targets of a user.
+
+find_package(Threads REQUIRED)
+
+function(corvane_target_defaults target)
+  target_compile_features(${target} PRIVATE cxx_std_17)
+  set_target_properties(${target} PROPERTIES
+    CXX_EXTENSIONS OFF
+    CXX_VISIBILITY_PRESET hidden
+    VISIBILITY_INLINES_HIDDEN ON)
+  target_compile_options(${target} PRIVATE
+    # __FILE__ and debug information name files of this tree, wherever it was built.
+    "-ffile-prefix-map=${PROJECT_SOURCE_DIR}/="
+    -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion -Wold-style-cast -Wnon-virtual-dtor
+    -Woverloaded-virtual -Wcast-align -Wcast-qual -Wformat=2 -Wundef -Wunused -Wimplicit-fallthrough
+    $<$<CXX_COMPILER_ID:GNU>:-Wduplicated-cond -Wduplicated-branches -Wlogical-op -Wuseless-cast>
+    $<$<CXX_COMPILER_ID:Clang>:-Wthread-safety>
+    $<$<BOOL:${CORVANE_WERROR}>:-Werror>)
+  if(CORVANE_SANITIZE)
+    target_compile_options(${target} PRIVATE
+      "-fsanitize=${CORVANE_SANITIZE}" -fno-sanitize-recover=all -fno-omit-frame-pointer)
+    target_link_options(${target} PRIVATE "-fsanitize=${CORVANE_SANITIZE}")
+  endif()
+endfunction()
+
+# A stand-in for one of the unit's closed libraries: same soname, same symbols.
+function(corvane_add_standin target soversion)
+  cmake_parse_arguments(PARSE_ARGV 2 arg "" "" "SOURCES")
+  add_library(${target} SHARED ${arg_SOURCES})
+  corvane_target_defaults(${target})
+  set_target_properties(${target} PROPERTIES CXX_VISIBILITY_PRESET default SOVERSION ${soversion})
+  target_include_directories(${target} PUBLIC "${PROJECT_SOURCE_DIR}/platform/include")
+  install(TARGETS ${target} LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}" NAMELINK_SKIP COMPONENT standins)
+endfunction()

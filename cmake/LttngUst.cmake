@@ -1,0 +1,41 @@
+# Corvane::lttng_ust: the LTTng-UST to compile and link with, from the SDK folder or from the system.
+
+if(CMAKE_SYSTEM_PROCESSOR MATCHES "^(aarch64|arm64)$")
+  set(corvane_sdk_arch arm64)
+  set(corvane_multiarch aarch64-linux-gnu)
+else()
+  set(corvane_sdk_arch amd64)
+  set(corvane_multiarch x86_64-linux-gnu)
+endif()
+
+add_library(corvane_lttng_ust INTERFACE)
+add_library(Corvane::lttng_ust ALIAS corvane_lttng_ust)
+
+if(CORVANE_LTTNG STREQUAL "sdk")
+  set(corvane_sdk "${CORVANE_SDK_DIR}")
+  if(NOT corvane_sdk)
+    execute_process(COMMAND "${PROJECT_SOURCE_DIR}/tools/sdk" --path ${corvane_sdk_arch}
+      OUTPUT_VARIABLE corvane_sdk OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
+  endif()
+  set(corvane_lttng_includes
+    "${corvane_sdk}/usr/include/${corvane_multiarch}" "${corvane_sdk}/usr/include")
+  set(corvane_lttng_libdir "${corvane_sdk}/usr/lib/${corvane_multiarch}")
+  if(NOT EXISTS "${corvane_lttng_libdir}/liblttng-ust.so.0")
+    message(FATAL_ERROR "No LTTng-UST 2.12 SDK in ${corvane_sdk}. Make it with: tools/sdk ${corvane_sdk_arch}")
+  endif()
+  target_include_directories(corvane_lttng_ust SYSTEM INTERFACE ${corvane_lttng_includes})
+  target_link_libraries(corvane_lttng_ust INTERFACE "${corvane_lttng_libdir}/liblttng-ust.so" ${CMAKE_DL_LIBS})
+  # The SDK's libraries need each other, and the provider opens one of them by name: that takes a DT_RPATH, which holds
+  # for the whole chain, where a DT_RUNPATH holds for one step.
+  add_link_options("LINKER:--disable-new-dtags" "LINKER:-rpath-link,${corvane_lttng_libdir}")
+  list(APPEND CMAKE_BUILD_RPATH "${corvane_lttng_libdir}")
+elseif(CORVANE_LTTNG STREQUAL "system")
+  set(corvane_lttng_libdir "")
+  find_path(CORVANE_LTTNG_INCLUDE_DIR lttng/tracepoint.h REQUIRED)
+  find_library(CORVANE_LTTNG_LIBRARY lttng-ust REQUIRED)
+  mark_as_advanced(CORVANE_LTTNG_INCLUDE_DIR CORVANE_LTTNG_LIBRARY)
+  target_include_directories(corvane_lttng_ust SYSTEM INTERFACE "${CORVANE_LTTNG_INCLUDE_DIR}")
+  target_link_libraries(corvane_lttng_ust INTERFACE "${CORVANE_LTTNG_LIBRARY}" ${CMAKE_DL_LIBS})
+else()
+  message(FATAL_ERROR "CORVANE_LTTNG is '${CORVANE_LTTNG}'; it must be sdk or system")
+endif()

@@ -1,0 +1,269 @@
+/// Builds the syntax graph from synopses.
+#include "command/src/cmdSyntax.h"
+
+#include <cstdint>
+#include <unordered_set>
+#include <utility>
+
+#include "trace/emit.h"
+
+namespace Corvane::CmdTableHelper {
+
+namespace {
+
+/// Past this number of exits a group keeps each node only once: duplicates, which decide where some later words go,
+/// would otherwise double with every optional group that holds an optional group.
+constexpr std::size_t maxExitsWithDuplicates = 1024;
+
+bool isPlaceholder(const std::string& name)
+{
+    return (name.find('<') != std::string::npos && name.find('>') != std::string::npos) || name == "...";
+}
+
+bool isBracket(char c)
+{
+    return c == '[' || c == '{' || c == '|' || c == '}' || c == ']';
+}
+
+bool isBlank(char c)
+{
+    return c == ' ' || c == '\t';
+}
+
+/// Frontiers are replaced, not changed, while a sequence is read: nested groups share those that they begin with.
+using SharedFrontier = std::shared_ptr<const SyntaxGraph::Frontier>;
+
+/// A group that was opened and not closed yet.
+class OpenGroup
+{
+public:
+    OpenGroup(SharedFrontier start, bool optional) : m_start(std::move(start))
+    {
+        if (optional) {
+            addExits(*m_start);
+        }
+    }
+
+    const SharedFrontier& start() const { return m_start; }
+
+    void addExits(const SyntaxGraph::Frontier& nodes)
+    {
+        if (m_seen.empty() && m_exits.size() + nodes.size() <= maxExitsWithDuplicates) {
+            m_exits.insert(m_exits.end(), nodes.begin(), nodes.end());
+            return;
+        }
+        if (m_seen.empty()) {
+            const SyntaxGraph::Frontier before = std::move(m_exits);
+            m_exits.clear();
+            addFirstOccurrences(before);
+        }
+        addFirstOccurrences(nodes);
+    }
+
+    SharedFrontier takeExits() { return std::make_shared<const SyntaxGraph::Frontier>(std::move(m_exits)); }
+
+private:
+    void addFirstOccurrences(const SyntaxGraph::Frontier& nodes)
+    {
+        for (const auto& node : nodes) {
+            if (m_seen.insert(node.get()).second) {
+                m_exits.push_back(node);
+            }
+        }
+    }
+
+    SharedFrontier m_start;
+    SyntaxGraph::Frontier m_exits;
+    std::unordered_set<const Node*> m_seen; // filled once the exits are too many for duplicates
+};
+
+} // namespace
+
+Node::Node(const std::string& word) : isArgument(isPlaceholder(word)), name(word) {}
+
+std::shared_ptr<Node> Node::findExactSubnode(const std::string& subnodeName) const
+{
+    for (const auto& subnode : subnodes) {
+        if (subnode->name == subnodeName) {
+            return subnode;
+        }
+    }
+    return nullptr;
+}
+
+std::shared_ptr<Node> Node::addNewSubnode(const std::string& subnodeName)
+{
+    if (auto subnode = findExactSubnode(subnodeName)) {
+        return subnode;
+    }
+    return addExistingSubnode(std::make_shared<Node>(subnodeName));
+}
+
+std::shared_ptr<Node> Node::addExistingSubnode(std::shared_ptr<Node> node)
+{
+    if (!findExactSubnode(node->name)) {
+        subnodes.push_back(node);
+    }
+    return node;
+}
+
+SyntaxGraph::SyntaxGraph() : root(std::make_shared<Node>(" ")) {}
+
+SyntaxGraph::~SyntaxGraph()
+{
+    // One by one: nodes that release each other would need as much stack as the graph is deep, and those of a cyclic
+    // graph would never be released.
+    commandNodes.clear();
+    std::vector<std::shared_ptr<Node>> doomed;
+    doomed.push_back(std::move(root));
+    while (!doomed.empty()) {
+        const std::shared_ptr<Node> node = std::move(doomed.back());
+        doomed.pop_back();
+        for (auto& subnode : node->subnodes) {
+            doomed.push_back(std::move(subnode));
+        }
+        node->subnodes.clear();
+    }
+}
+
+bool SyntaxGraph::getToken(const char*& cursor, std::string& token)
+{
+    while (isBlank(*cursor)) {
+        ++cursor;
+    }
+    if (isBracket(*cursor)) {
+        token.assign(1, *cursor++);
+        return true;
+    }
+    const char* const begin = cursor;
+    long depth = 0;
+    while (*cursor != '\0' && (depth >= 1 || !(isBlank(*cursor) || isBracket(*cursor)))) {
+        if (*cursor == '<') {
+            ++depth;
+        } else if (*cursor == '>') {
+            --depth;
+        }
+        ++cursor;
+    }
+    token.assign(begin, cursor);
+    return !token.empty();
+}
+
+char SyntaxGraph::processVelkSyntax(const char*& cursor, Frontier& frontier)
+{
+    std::vector<OpenGroup> groups;
+    auto current = std::make_shared<const Frontier>(frontier);
+    char end = '\0';
+    std::string token;
+    bool atEnd = false;
+    while (!atEnd || !groups.empty()) {
+        // The end of the text ends every open group.
+        atEnd = atEnd || !getToken(cursor, token);
+        const char first = atEnd ? '\0' : token.front();
+        if (first == '[' || first == '{') {
+            groups.emplace_back(current, first == '[');
+        } else if (first == '\0' || isBracket(first)) {
+            if (groups.empty()) {
+                end = first;
+                break;
+            }
+            OpenGroup& group = groups.back();
+            group.addExits(*current);
+            if (first == '|') {
+                current = group.start();
+            } else {
+                current = group.takeExits();
+                groups.pop_back();
+            }
+        } else {
+            Frontier joined = *current;
+            joinToNode(token, joined);
+            current = std::make_shared<const Frontier>(std::move(joined));
+        }
+    }
+    frontier = *current;
+    return end;
+}
+
+void SyntaxGraph::joinToNode(const std::string& word, Frontier& frontier)
+{
+    std::shared_ptr<Node> joined;
+    for (const auto& node : frontier) {
+        if (joined && joined != node) {
+            node->addExistingSubnode(joined);
+        } else {
+            joined = node->addNewSubnode(word);
+        }
+    }
+    frontier.assign(1, joined);
+}
+
+void SyntaxGraph::checkBrackets(const std::string& synopsis, char open, char close)
+{
+    std::uint32_t balance = 0;
+    for (const char c : synopsis) {
+        if (c == open) {
+            ++balance;
+        } else if (c == close) {
+            --balance;
+        }
+    }
+    if (balance != 0) {
+        Trace::error(__FILE__, 192, [&](std::ostream& msg) {
+            msg << "VELK syntax \"" << synopsis << "\": Unbalanced " << open << close << " brackets";
+        });
+    }
+}
+
+void SyntaxGraph::addSynopsis(const std::string& synopsis, const ShellCommandFunction& function)
+{
+    std::vector<ShellCommandFunction> replaced;
+    addSynopsis(root, synopsis, function, replaced);
+}
+
+void SyntaxGraph::addSynopsis(const std::shared_ptr<Node>& root, const std::string& synopsis,
+                              const ShellCommandFunction& function, std::vector<ShellCommandFunction>& replaced)
+{
+    Trace::trace2(__FILE__, 209, [&](std::ostream& msg) { msg << "Registered VELK syntax: " << synopsis; });
+    checkBrackets(synopsis, '{', '}');
+    checkBrackets(synopsis, '[', ']');
+    checkBrackets(synopsis, '<', '>');
+    Frontier frontier{root};
+    const char* cursor = synopsis.c_str();
+    processVelkSyntax(cursor, frontier);
+    for (const auto& node : frontier) {
+        replaced.emplace_back(function);
+        node->handler.swap(replaced.back());
+    }
+}
+
+void SyntaxGraph::registerCommandName(const std::string& commandName)
+{
+    if (!commandName.empty() && commandNodes.count(commandName) == 0) {
+        pendingCommandNames.insert(commandName);
+    }
+    for (auto pending = pendingCommandNames.begin(); pending != pendingCommandNames.end();) {
+        const auto matches = root->findMatchingSubnodes(*pending);
+        if (matches.size() == 1) {
+            commandNodes[*pending] = matches.front();
+        }
+        if (matches.size() == 1 && matches.front()->name == *pending) {
+            pending = pendingCommandNames.erase(pending);
+        } else {
+            ++pending;
+        }
+    }
+}
+
+void SyntaxGraph::addCommand(const std::string& commandName, const Synopses& synopses)
+{
+    // Released after the mutex: the destructor of an application's handler may use the service.
+    std::vector<ShellCommandFunction> replaced;
+    const std::lock_guard<std::mutex> lock(mutex);
+    for (const auto& [synopsis, function] : synopses) {
+        addSynopsis(root, synopsis, function, replaced);
+    }
+    registerCommandName(commandName);
+}
+
+} // namespace Corvane::CmdTableHelper

@@ -1,0 +1,168 @@
+/// The command-table service.
+#include "command/src/cmdTableHelperImplV2.h"
+
+#include <algorithm>
+#include <iostream>
+
+#include "trace/emit.h"
+
+namespace Corvane::CmdTableHelper::V2 {
+
+namespace {
+
+/// What executeCmd() returns for a line that leads to no handler.
+constexpr int noSuchCommand = 20;
+
+/// Past this column the next blank of a description becomes a line break.
+constexpr unsigned int helpColumns = 70;
+constexpr const char* helpLineBreak = "\n     ";
+
+template <typename Record>
+SyntaxGraph::Synopses synopsesOf(const std::vector<Record>& table)
+{
+    SyntaxGraph::Synopses synopses;
+    synopses.reserve(table.size());
+    for (const Record& record : table) {
+        synopses.emplace_back(record.synopsis, record.handler);
+    }
+    return synopses;
+}
+
+void writeDescription(const char* description, std::ostream& out)
+{
+    if (description != nullptr && *description != '\0') {
+        out << helpLineBreak;
+        unsigned int column = 0;
+        for (const char* cursor = description; *cursor != '\0'; ++cursor) {
+            if (*cursor == '\n' || (*cursor == ' ' && column > helpColumns)) {
+                out << helpLineBreak;
+                column = 0;
+            } else {
+                out << *cursor;
+                ++column;
+            }
+        }
+        out << "\n";
+    }
+    out << "\n";
+}
+
+template <typename Record>
+int writeHelp(const std::vector<std::string>& words, std::ostream& out, const std::vector<Record>& table,
+              bool printHeader, bool finalNewline)
+{
+    const bool longMode = words.size() > 2 && std::find(words.begin() + 2, words.end(), "-l") != words.end();
+    if (printHeader) {
+        out << "Command syntax:" << (longMode ? "\n\n" : "\n");
+    }
+    for (const Record& record : table) {
+        out << "  " << record.synopsis << "\n";
+        if (longMode) {
+            writeDescription(record.description, out);
+        }
+    }
+    if (finalNewline && !longMode) {
+        out << "\n";
+    }
+    return 1;
+}
+
+} // namespace
+
+void CmdTableHelperImpl::registerCmdTable(const std::string& commandName, const std::vector<CommandDefinitions>& table)
+{
+    m_syntaxGraph.addCommand(commandName, synopsesOf(table));
+}
+
+void CmdTableHelperImpl::registerCmdTable(const std::string& commandName, const std::vector<CmdDefinition>& table)
+{
+    m_syntaxGraph.addCommand(commandName, synopsesOf(table));
+}
+
+void CmdTableHelperImpl::registerCmdTable(const std::string& commandName, const std::vector<CmdDefinitionCpp>& table)
+{
+    m_syntaxGraph.addCommand(commandName, synopsesOf(table));
+}
+
+int CmdTableHelperImpl::executeCmd(const std::vector<std::string>& words, std::ostream& out)
+{
+    std::vector<const char*> argv;
+    argv.reserve(words.size());
+    for (const std::string& word : words) {
+        argv.push_back(word.c_str());
+    }
+    const ShellCommandFunction* const function = m_syntaxGraph.dispatchCommand(argv.size(), argv.data(), out);
+    if (function == nullptr) {
+        return noSuchCommand;
+    }
+    Trace::trace1(__FILE__, 150, [&](std::ostream& msg) {
+        msg << "Execute VELK command: ";
+        const char* separator = "";
+        for (const std::string& word : words) {
+            msg << separator << word;
+            separator = " ";
+        }
+    });
+    const int argc = static_cast<int>(argv.size());
+    const int result = function->callCommandHandlerFunction(argc, argv.data(), out);
+    invokePostExecutionHooks(result, argc, argv.data());
+    return result;
+}
+
+int CmdTableHelperImpl::executeCmd(const std::vector<std::string>& words)
+{
+    return executeCmd(words, std::cout);
+}
+
+int CmdTableHelperImpl::cmdHelp(const std::vector<std::string>& words, const std::vector<CommandDefinitions>& table,
+                                bool printHeader, bool finalNewline)
+{
+    return writeHelp(words, std::cout, table, printHeader, finalNewline);
+}
+
+int CmdTableHelperImpl::cmdHelp(const std::vector<std::string>& words, std::ostream& out,
+                                const std::vector<CmdDefinition>& table, bool printHeader, bool finalNewline)
+{
+    return writeHelp(words, out, table, printHeader, finalNewline);
+}
+
+int CmdTableHelperImpl::cmdHelp(const std::vector<std::string>& words, std::ostream& out,
+                                const std::vector<CmdDefinitionCpp>& table, bool printHeader, bool finalNewline)
+{
+    return writeHelp(words, out, table, printHeader, finalNewline);
+}
+
+unsigned int CmdTableHelperImpl::registerPostExecutionHook(const Hook& hook)
+{
+    const std::lock_guard<std::mutex> lock(m_hookMutex);
+    // The counter may come round; a hook that is still registered then keeps its id.
+    do {
+        ++m_hookCounter;
+    } while (!m_hooks.emplace(m_hookCounter, hook).second);
+    return m_hookCounter;
+}
+
+void CmdTableHelperImpl::deregisterPostExecutionHook(unsigned int id)
+{
+    const std::lock_guard<std::mutex> lock(m_hookMutex);
+    m_hooks.erase(id);
+}
+
+void CmdTableHelperImpl::invokePostExecutionHooks(int result, int argc, const char* const* argv)
+{
+    const auto hooks = [this] {
+        const std::lock_guard<std::mutex> lock(m_hookMutex);
+        return m_hooks;
+    }();
+    const auto isRegistered = [this](unsigned int id) {
+        const std::lock_guard<std::mutex> lock(m_hookMutex);
+        return m_hooks.count(id) != 0;
+    };
+    for (const auto& [id, hook] : hooks) {
+        if (isRegistered(id)) {
+            hook(result, argc, argv);
+        }
+    }
+}
+
+} // namespace Corvane::CmdTableHelper::V2

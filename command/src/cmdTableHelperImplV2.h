@@ -1,0 +1,55 @@
+/// What the command-table service does: registration, execution, help and hooks on the process's one syntax graph.
+#ifndef CORVANE_COMMAND_CMDTABLEHELPERIMPLV2_H
+#define CORVANE_COMMAND_CMDTABLEHELPERIMPLV2_H
+
+#include <functional>
+#include <iosfwd>
+#include <map>
+#include <mutex>
+#include <string>
+#include <vector>
+
+#include <command/cmdDefinitions.h>
+
+#include "command/src/cmdSyntax.h"
+
+namespace Corvane::CmdTableHelper::V2 {
+
+/// The operations are those of CmdTableHelperIf, with the same contracts.
+class CmdTableHelperImpl
+{
+public:
+    using Hook = std::function<void(int, int, const char* const*)>;
+
+    void registerCmdTable(const std::string& commandName, const std::vector<CommandDefinitions>& table);
+    void registerCmdTable(const std::string& commandName, const std::vector<CmdDefinition>& table);
+    void registerCmdTable(const std::string& commandName, const std::vector<CmdDefinitionCpp>& table);
+
+    int executeCmd(const std::vector<std::string>& words, std::ostream& out);
+    int executeCmd(const std::vector<std::string>& words);
+
+    int cmdHelp(const std::vector<std::string>& words, const std::vector<CommandDefinitions>& table, bool printHeader,
+                bool finalNewline);
+    int cmdHelp(const std::vector<std::string>& words, std::ostream& out, const std::vector<CmdDefinition>& table,
+                bool printHeader, bool finalNewline);
+    int cmdHelp(const std::vector<std::string>& words, std::ostream& out, const std::vector<CmdDefinitionCpp>& table,
+                bool printHeader, bool finalNewline);
+
+    unsigned int registerPostExecutionHook(const Hook& hook);
+    void deregisterPostExecutionHook(unsigned int id);
+
+    /// Calls the hooks that are registered now, in the order of their ids and without a lock. A hook that is
+    /// deregistered before its turn is left out.
+    void invokePostExecutionHooks(int result, int argc, const char* const* argv);
+
+private:
+    SyntaxGraph m_syntaxGraph;
+
+    unsigned int m_hookCounter = 0;       // the id given last; guarded by m_hookMutex
+    std::map<unsigned int, Hook> m_hooks; // guarded by m_hookMutex
+    std::mutex m_hookMutex;
+};
+
+} // namespace Corvane::CmdTableHelper::V2
+
+#endif

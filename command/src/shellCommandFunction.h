@@ -1,0 +1,66 @@
+/// One handler of a command, of whatever form the application gave it.
+#ifndef CORVANE_COMMAND_SHELLCOMMANDFUNCTION_H
+#define CORVANE_COMMAND_SHELLCOMMANDFUNCTION_H
+
+#include <cstddef>
+#include <functional>
+#include <iosfwd>
+#include <memory>
+#include <string>
+#include <variant>
+#include <vector>
+
+namespace Corvane::CmdTableHelper {
+
+/// Holds a handler, or nothing, with value semantics: a copy holds a copy of the handler.
+///
+/// Threads  assignment and callCommandHandlerFunction() may meet on one object. A call that has begun ends with the
+///          function that it began with, which lives until its last call is over, also when it is the function itself
+///          that is replaced. Other operations need what any value needs.
+class ShellCommandFunction
+{
+public:
+    using ArgvFunction = std::function<int(int, const char* const*)>;
+    using ArgvStreamFunction = std::function<int(int, const char* const*, std::ostream&)>;
+    using WordsFunction = std::function<int(const std::vector<std::string>&)>;
+    using WordsStreamFunction = std::function<int(const std::vector<std::string>&, std::ostream&)>;
+
+    /// The order of the alternatives is relied upon.
+    using Function = std::variant<std::monostate, ArgvFunction, ArgvStreamFunction, WordsFunction, WordsStreamFunction>;
+
+    ShellCommandFunction() = default;
+    ShellCommandFunction(ArgvFunction function);
+    ShellCommandFunction(ArgvStreamFunction function);
+    ShellCommandFunction(WordsFunction function);
+    ShellCommandFunction(WordsStreamFunction function);
+
+    ShellCommandFunction(const ShellCommandFunction& other);
+    ShellCommandFunction(ShellCommandFunction&& other) noexcept;
+    ShellCommandFunction& operator=(const ShellCommandFunction& other);
+    ShellCommandFunction& operator=(ShellCommandFunction&& other) noexcept;
+    ~ShellCommandFunction() = default;
+
+    /// Calls the handler with a line of `argc` words, the command's name included.
+    ///
+    /// Returns  what the handler returned; -1 if nothing is held.
+    /// Errors   std::bad_function_call for an empty std::function; std::logic_error for a null word where the handler
+    ///          takes strings; what the handler throws.
+    int callCommandHandlerFunction(int argc, const char* const* argv, std::ostream& out) const;
+
+    /// Returns  which alternative of Function is held.
+    std::size_t index() const noexcept;
+
+    /// Returns  whether a function is held (it may be an empty std::function).
+    bool hasFunction() const noexcept { return index() != 0; }
+
+    /// Gives this object the other's function and the other this one's.
+    void swap(ShellCommandFunction& other) noexcept;
+
+private:
+    // Shared between the object and the calls in progress; null while nothing is held.
+    std::shared_ptr<const Function> m_function;
+};
+
+} // namespace Corvane::CmdTableHelper
+
+#endif

@@ -1,0 +1,102 @@
+/// Command tables: typed lines, matched against the synopses of all registered commands and dispatched to handlers.
+///
+/// There is one service in a process, reached through getInstance(). An application registers tables of commands,
+/// hands over lines as vectors of words, and may have hooks called after every command that ran. All registered
+/// synopses share one syntax graph; commands and handlers stay registered until the process ends.
+///
+/// Threads  every operation may be called by any thread at any time, from inside handlers and hooks as well.
+///          Registration and matching exclude each other. Handlers and hooks run on the calling thread, without a lock.
+/// Errors   the service throws nothing of its own. What handlers, hooks, std::function (std::bad_function_call for an
+///          empty handler), allocation and the locks throw reaches the caller, and the service stays usable.
+/// Since    0.1.0
+#ifndef CORVANE_COMMAND_CMDTABLEHELPERIF_H
+#define CORVANE_COMMAND_CMDTABLEHELPERIF_H
+
+#include <functional>
+#include <iosfwd>
+#include <string>
+#include <vector>
+
+#include <command/cmdDefinitions.h>
+
+namespace Corvane::CmdTableHelper::V2 {
+
+class CmdTableHelperImpl;
+
+class [[gnu::visibility("default")]] CmdTableHelperIf
+{
+public:
+    /// Returns  the one service of this process, made on the first call. It lives until the process ends.
+    static CmdTableHelperIf& getInstance();
+
+    /// Adds the synopses of a table to the syntax graph and makes `commandName` a command.
+    ///
+    /// The first word of a typed line must be a registered command name, exactly; the first word of a synopsis alone is
+    /// not enough. A synopsis that leads to the same place as an earlier one takes over from its handler; calls of the
+    /// earlier handler that are running, or about to run, are not disturbed.
+    ///
+    /// A synopsis with unbalanced brackets is registered as far as it can be read, and reported by the event ERROR.
+    ///
+    /// Requires  `commandName` is the word by which lines call this table's commands. An empty name adds the synopses
+    ///           and no command.
+    /// Errors    std::bad_alloc; synopses that were added before it stay.
+    /// Owns      copies the synopses and the handlers; `table` may go after the call.
+    void registerCmdTable(const std::string& commandName, const std::vector<CommandDefinitions>& table);
+    void registerCmdTable(const std::string& commandName, const std::vector<CmdDefinition>& table);
+    void registerCmdTable(const std::string& commandName, const std::vector<CmdDefinitionCpp>& table);
+
+    /// Matches one line and runs the handler that it leads to, then the hooks.
+    ///
+    /// A line that leads to no handler runs nothing. What may be typed instead is written to `out`: "Usage: ", the
+    /// words that were understood, their possible continuation and an empty line. Words beyond the end of a synopsis
+    /// are not looked at; the handler gets them all the same.
+    ///
+    /// Requires  each word is a C string to the matching and to handlers that take C strings: it ends at its first NUL.
+    /// Returns   what the handler returned; 20 if the line led to no handler.
+    /// Errors    what the handler or a hook throws; after a handler has thrown no hook runs.
+    int executeCmd(const std::vector<std::string>& words, std::ostream& out);
+
+    /// The same with std::cout as `out`.
+    int executeCmd(const std::vector<std::string>& words);
+
+    /// Writes the help of a table: its synopses, and in long mode the descriptions, wrapped at a blank after column 70.
+    ///
+    /// Long mode is on if one of `words`, from the third on, is "-l". It never writes the final line feed.
+    ///
+    /// Requires  `words` is the line that asked for help, for example "help show -l".
+    /// Returns   1, always.
+    /// Threads   any; only the arguments are used.
+    int cmdHelp(const std::vector<std::string>& words, const std::vector<CommandDefinitions>& table, bool printHeader,
+                bool finalNewline);
+    int cmdHelp(const std::vector<std::string>& words, std::ostream& out, const std::vector<CmdDefinition>& table,
+                bool printHeader, bool finalNewline);
+    int cmdHelp(const std::vector<std::string>& words, std::ostream& out, const std::vector<CmdDefinitionCpp>& table,
+                bool printHeader, bool finalNewline);
+
+    /// Has `hook` called after every command that ran, with the handler's result, the number of words and the words.
+    ///
+    /// Hooks run in the order of their registration. One that is registered while hooks run is called from the next
+    /// command on.
+    ///
+    /// Returns  the id to deregister it with: 1, 2, 3, ...; an id is not used again.
+    /// Owns     copies `hook`; every command runs a fresh copy of that copy, so state belongs behind a reference.
+    unsigned int registerPostExecutionHook(const std::function<void(int, int, const char* const*)>& hook);
+
+    /// Takes a hook away. Hooks that are running are not disturbed; one whose turn has not come is not called any more.
+    ///
+    /// Requires  nothing: an id that is not registered is ignored.
+    void deregisterPostExecutionHook(unsigned int id);
+
+    CmdTableHelperIf(const CmdTableHelperIf&) = delete;
+    CmdTableHelperIf& operator=(const CmdTableHelperIf&) = delete;
+
+private:
+    CmdTableHelperIf();
+    ~CmdTableHelperIf();
+
+    CmdTableHelperImpl* m_impl;
+};
+
+} // namespace Corvane::CmdTableHelper::V2
+
+#endif

@@ -1,0 +1,235 @@
+/// One handler of whatever form: what is held, how it is called, and what a copy is.
+#include "command/src/shellCommandFunction.h"
+
+#include <functional>
+#include <memory>
+#include <sstream>
+#include <stdexcept>
+#include <string>
+#include <type_traits>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace {
+
+using Corvane::CmdTableHelper::ShellCommandFunction;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using Words = std::vector<std::string>;
+
+const char* const line[] = {"show", "-l", "a.txt"};
+
+TEST(ShellCommandFunction, HoldsItsAlternativesInAFixedOrder)
+{
+    using Function = ShellCommandFunction::Function;
+    static_assert(std::variant_size_v<Function> == 5);
+    static_assert(std::is_same_v<std::variant_alternative_t<0, Function>, std::monostate>);
+    static_assert(std::is_same_v<std::variant_alternative_t<1, Function>, std::function<int(int, const char* const*)>>);
+    static_assert(std::is_same_v<std::variant_alternative_t<2, Function>,
+                                 std::function<int(int, const char* const*, std::ostream&)>>);
+    static_assert(std::is_same_v<std::variant_alternative_t<3, Function>, std::function<int(const Words&)>>);
+    static_assert(
+        std::is_same_v<std::variant_alternative_t<4, Function>, std::function<int(const Words&, std::ostream&)>>);
+
+    EXPECT_EQ(ShellCommandFunction().index(), 0U);
+    EXPECT_EQ(ShellCommandFunction(std::function<int(int, const char* const*)>()).index(), 1U);
+    EXPECT_EQ(ShellCommandFunction(std::function<int(int, const char* const*, std::ostream&)>()).index(), 2U);
+    EXPECT_EQ(ShellCommandFunction(std::function<int(const Words&)>()).index(), 3U);
+    EXPECT_EQ(ShellCommandFunction(std::function<int(const Words&, std::ostream&)>()).index(), 4U);
+}
+
+TEST(ShellCommandFunction, IsMadeFromEachFormOfHandlerWithoutACast)
+{
+    static_assert(std::is_convertible_v<std::function<int(int, const char* const*)>, ShellCommandFunction>);
+    static_assert(
+        std::is_convertible_v<std::function<int(int, const char* const*, std::ostream&)>, ShellCommandFunction>);
+    static_assert(std::is_convertible_v<std::function<int(const Words&)>, ShellCommandFunction>);
+    static_assert(std::is_convertible_v<std::function<int(const Words&, std::ostream&)>, ShellCommandFunction>);
+    static_assert(std::is_nothrow_move_constructible_v<ShellCommandFunction>);
+}
+
+TEST(ShellCommandFunction, HoldingNothingReturnsMinusOneAndWritesNothing)
+{
+    std::ostringstream out;
+    EXPECT_EQ(ShellCommandFunction().callCommandHandlerFunction(3, line, out), -1);
+    EXPECT_EQ(out.str(), "");
+}
+
+TEST(ShellCommandFunction, GivesACStyleHandlerTheArgumentsUnchanged)
+{
+    int seenArgc = -1;
+    const char* const* seenArgv = nullptr;
+    const ShellCommandFunction function(
+        std::function<int(int, const char* const*)>([&](int argc, const char* const* argv) {
+            seenArgc = argc;
+            seenArgv = argv;
+            return 17;
+        }));
+    std::ostringstream out;
+    EXPECT_EQ(function.callCommandHandlerFunction(3, line, out), 17);
+    EXPECT_EQ(seenArgc, 3);
+    EXPECT_EQ(seenArgv, line);
+    EXPECT_EQ(function.callCommandHandlerFunction(0, nullptr, out), 17);
+    EXPECT_EQ(seenArgc, 0);
+    EXPECT_EQ(seenArgv, nullptr);
+    EXPECT_EQ(out.str(), "");
+}
+
+TEST(ShellCommandFunction, GivesAStreamHandlerTheVeryStream)
+{
+    std::ostringstream out;
+    const ShellCommandFunction function(std::function<int(int, const char* const*, std::ostream&)>(
+        [&](int argc, const char* const* argv, std::ostream& stream) {
+            EXPECT_EQ(&stream, &out);
+            EXPECT_EQ(argv, line);
+            stream << "seen";
+            return argc;
+        }));
+    EXPECT_EQ(function.callCommandHandlerFunction(0, line, out), 0);
+    EXPECT_EQ(function.callCommandHandlerFunction(3, line, out), 3);
+    EXPECT_EQ(out.str(), "seenseen");
+}
+
+TEST(ShellCommandFunction, CopiesTheWordsForAHandlerThatTakesStrings)
+{
+    Words seen{"untouched"};
+    const ShellCommandFunction function(std::function<int(const Words&)>([&](const Words& words) {
+        seen = words;
+        return -5;
+    }));
+    std::ostringstream out;
+    EXPECT_EQ(function.callCommandHandlerFunction(3, line, out), -5);
+    EXPECT_THAT(seen, ElementsAre("show", "-l", "a.txt"));
+    EXPECT_EQ(out.str(), "");
+}
+
+TEST(ShellCommandFunction, CopiesTheWordsForAHandlerThatTakesStringsAndAStream)
+{
+    Words seen;
+    std::ostringstream out;
+    const ShellCommandFunction function(
+        std::function<int(const Words&, std::ostream&)>([&](const Words& words, std::ostream& stream) {
+            EXPECT_EQ(&stream, &out);
+            seen = words;
+            return 4;
+        }));
+    EXPECT_EQ(function.callCommandHandlerFunction(2, line, out), 4);
+    EXPECT_THAT(seen, ElementsAre("show", "-l"));
+}
+
+TEST(ShellCommandFunction, GivesNoWordsWhenThereAreNoneOrFewer)
+{
+    for (const int argc : {0, -1, -2147483647}) {
+        Words seen{"untouched"};
+        std::ostringstream out;
+        ShellCommandFunction(std::function<int(const Words&)>([&](const Words& words) {
+            seen = words;
+            return 0;
+        })).callCommandHandlerFunction(argc, line, out);
+        EXPECT_THAT(seen, IsEmpty());
+        seen = {"untouched"};
+        ShellCommandFunction(std::function<int(const Words&, std::ostream&)>([&](const Words& words, std::ostream&) {
+            seen = words;
+            return 0;
+        })).callCommandHandlerFunction(argc, nullptr, out);
+        EXPECT_THAT(seen, IsEmpty());
+    }
+}
+
+TEST(ShellCommandFunction, ThrowsForAnEmptyHandlerOfEachForm)
+{
+    std::ostringstream out;
+    const ShellCommandFunction functions[] = {
+        std::function<int(int, const char* const*)>(), std::function<int(int, const char* const*, std::ostream&)>(),
+        std::function<int(const Words&)>(), std::function<int(const Words&, std::ostream&)>()};
+    for (const auto& function : functions) {
+        EXPECT_TRUE(function.hasFunction());
+        EXPECT_THROW(function.callCommandHandlerFunction(3, line, out), std::bad_function_call);
+    }
+}
+
+TEST(ShellCommandFunction, ThrowsForANullWordWhereStringsAreTaken)
+{
+    const char* const broken[] = {"show", nullptr, "a.txt"};
+    std::ostringstream out;
+    EXPECT_THROW(ShellCommandFunction(std::function<int(const Words&)>([](const Words&) {
+                     return 0;
+                 })).callCommandHandlerFunction(3, broken, out),
+                 std::logic_error);
+    EXPECT_THROW(ShellCommandFunction(std::function<int(const Words&, std::ostream&)>([](const Words&, std::ostream&) {
+                     return 0;
+                 })).callCommandHandlerFunction(3, broken, out),
+                 std::logic_error);
+    EXPECT_EQ(ShellCommandFunction(std::function<int(int, const char* const*)>([](int argc, const char* const*) {
+                  return argc;
+              })).callCommandHandlerFunction(3, broken, out),
+              3);
+}
+
+TEST(ShellCommandFunction, PassesOnWhatAHandlerThrows)
+{
+    std::ostringstream out;
+    const ShellCommandFunction function(
+        std::function<int(int, const char* const*)>([](int, const char* const*) -> int { throw 42; }));
+    EXPECT_THROW(function.callCommandHandlerFunction(3, line, out), int);
+}
+
+/// Counts its calls in itself, so that copies can be told apart.
+struct CountingHandler
+{
+    int operator()(int, const char* const*) { return ++calls; }
+    int calls = 0;
+};
+
+TEST(ShellCommandFunction, CopiesTheHandlerWithIt)
+{
+    std::ostringstream out;
+    ShellCommandFunction original(std::function<int(int, const char* const*)>{CountingHandler()});
+    EXPECT_EQ(original.callCommandHandlerFunction(0, nullptr, out), 1);
+    ShellCommandFunction copy(original);
+    EXPECT_EQ(original.callCommandHandlerFunction(0, nullptr, out), 2);
+    EXPECT_EQ(copy.callCommandHandlerFunction(0, nullptr, out), 2);
+    EXPECT_EQ(copy.callCommandHandlerFunction(0, nullptr, out), 3);
+    original = copy;
+    EXPECT_EQ(original.callCommandHandlerFunction(0, nullptr, out), 4);
+    EXPECT_EQ(copy.callCommandHandlerFunction(0, nullptr, out), 4);
+}
+
+TEST(ShellCommandFunction, MovesTheHandlerWithIt)
+{
+    std::ostringstream out;
+    ShellCommandFunction original(std::function<int(int, const char* const*)>{CountingHandler()});
+    ShellCommandFunction moved(std::move(original));
+    EXPECT_EQ(moved.callCommandHandlerFunction(0, nullptr, out), 1);
+    ShellCommandFunction assigned;
+    assigned = std::move(moved);
+    EXPECT_EQ(assigned.callCommandHandlerFunction(0, nullptr, out), 2);
+}
+
+TEST(ShellCommandFunction, SurvivesBeingAssignedToItself)
+{
+    std::ostringstream out;
+    ShellCommandFunction function(std::function<int(int, const char* const*)>{CountingHandler()});
+    const ShellCommandFunction& same = function;
+    function = same;
+    EXPECT_EQ(function.callCommandHandlerFunction(0, nullptr, out), 1);
+}
+
+TEST(ShellCommandFunction, KeepsAHandlerThatReplacesItselfUntilItReturns)
+{
+    std::ostringstream out;
+    ShellCommandFunction function;
+    const auto token = std::make_shared<int>(7);
+    function = std::function<int(int, const char* const*)>([&function, token](int, const char* const*) {
+        function = ShellCommandFunction();
+        return *token;
+    });
+    EXPECT_EQ(token.use_count(), 2);
+    EXPECT_EQ(function.callCommandHandlerFunction(0, nullptr, out), 7);
+    EXPECT_EQ(token.use_count(), 1);
+    EXPECT_FALSE(function.hasFunction());
+}
+
+} // namespace

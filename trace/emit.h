@@ -1,0 +1,103 @@
+/// The one way in which the library emits its trace events.
+///
+/// Each function tests its event first. While the event is off nothing else happens: `writeText` is not called, no
+/// stream is made and no path is shortened, so a site costs one load and one branch. While it is on, `writeText` gets
+/// an output stream to write the message to.
+///
+/// `path` is the source file that emits (__FILE__, which the build maps to a path in this tree). `line` is part of the
+/// trace format that readers filter on: it is a constant at the site and does not follow the code around.
+///
+/// Threads  any, without a lock.
+/// Errors   std::bad_alloc, and whatever `writeText` throws; only while the event is on.
+#ifndef CORVANE_TRACE_EMIT_H
+#define CORVANE_TRACE_EMIT_H
+
+#include <sstream>
+#include <string>
+
+#include <tpx.h>
+#include <trace/corvaneTracepoints.h>
+
+namespace Corvane::Trace {
+
+namespace Detail {
+
+template <typename WriteText>
+std::string textOf(const WriteText& writeText)
+{
+    std::ostringstream text;
+    writeText(text);
+    return text.str();
+}
+
+// Out of line, so that a site stays small where it is compiled into the service's code.
+
+template <typename WriteText>
+[[gnu::noinline, gnu::cold]] void emitTrace1(const char* path, unsigned int line, const WriteText& writeText)
+{
+    const std::string msg = textOf(writeText);
+    do_tracepoint(com_brimlow_kelpsys_corvane, TRACE1, tpx_short_fname(path), line, "-", msg.c_str());
+}
+
+template <typename WriteText>
+[[gnu::noinline, gnu::cold]] void emitTrace2(const char* path, unsigned int line, const WriteText& writeText)
+{
+    const std::string msg = textOf(writeText);
+    do_tracepoint(com_brimlow_kelpsys_corvane, TRACE2, tpx_short_fname(path), line, "-", msg.c_str());
+}
+
+template <typename WriteText>
+[[gnu::noinline, gnu::cold]] void emitInfo(const char* path, unsigned int line, const WriteText& writeText)
+{
+    const std::string msg = textOf(writeText);
+    do_tracepoint(com_brimlow_kelpsys_corvane, INFO, tpx_short_fname(path), line, msg.c_str());
+}
+
+template <typename WriteText>
+[[gnu::noinline, gnu::cold]] void emitError(const char* path, unsigned int line, const WriteText& writeText)
+{
+    const std::string msg = textOf(writeText);
+    do_tracepoint(com_brimlow_kelpsys_corvane, ERROR, tpx_short_fname(path), line, msg.c_str());
+}
+
+} // namespace Detail
+
+/// Emits TRACE1: what an application asked for.
+template <typename WriteText>
+void trace1(const char* path, unsigned int line, const WriteText& writeText)
+{
+    if (tracepoint_enabled(com_brimlow_kelpsys_corvane, TRACE1)) {
+        Detail::emitTrace1(path, line, writeText);
+    }
+}
+
+/// Emits TRACE2: what the library set up.
+template <typename WriteText>
+void trace2(const char* path, unsigned int line, const WriteText& writeText)
+{
+    if (tracepoint_enabled(com_brimlow_kelpsys_corvane, TRACE2)) {
+        Detail::emitTrace2(path, line, writeText);
+    }
+}
+
+/// Emits INFO: an abnormal condition that the library lives with.
+template <typename WriteText>
+void info(const char* path, unsigned int line, const WriteText& writeText)
+{
+    if (tracepoint_enabled(com_brimlow_kelpsys_corvane, INFO)) {
+        Detail::emitInfo(path, line, writeText);
+    }
+}
+
+/// Emits ERROR: input or a request that is wrong.
+template <typename WriteText>
+void error(const char* path, unsigned int line, const WriteText& writeText)
+{
+    if (tracepoint_enabled(com_brimlow_kelpsys_corvane, ERROR)) {
+        Detail::emitError(path, line, writeText);
+    }
+}
+
+} // namespace Corvane::Trace
+
+#endif
