@@ -2,18 +2,14 @@
 #include "command/src/cmdSyntax.h"
 
 #include <cstdint>
-#include <unordered_set>
 #include <utility>
 
+#include "command/src/syntaxGroup.h"
 #include "trace/emit.h"
 
 namespace Corvane::CmdTableHelper {
 
 namespace {
-
-/// Past this number of exits a group keeps each node only once: duplicates, which decide where some later words go,
-/// would otherwise double with every optional group that holds an optional group.
-constexpr std::size_t maxExitsWithDuplicates = 1024;
 
 bool isPlaceholder(const std::string& name)
 {
@@ -29,53 +25,6 @@ bool isBlank(char c)
 {
     return c == ' ' || c == '\t';
 }
-
-/// Frontiers are replaced, not changed, while a sequence is read: nested groups share those that they begin with.
-using SharedFrontier = std::shared_ptr<const SyntaxGraph::Frontier>;
-
-/// A group that was opened and not closed yet.
-class OpenGroup
-{
-public:
-    OpenGroup(SharedFrontier start, bool optional) : m_start(std::move(start))
-    {
-        if (optional) {
-            addExits(*m_start);
-        }
-    }
-
-    const SharedFrontier& start() const { return m_start; }
-
-    void addExits(const SyntaxGraph::Frontier& nodes)
-    {
-        if (m_seen.empty() && m_exits.size() + nodes.size() <= maxExitsWithDuplicates) {
-            m_exits.insert(m_exits.end(), nodes.begin(), nodes.end());
-            return;
-        }
-        if (m_seen.empty()) {
-            const SyntaxGraph::Frontier before = std::move(m_exits);
-            m_exits.clear();
-            addFirstOccurrences(before);
-        }
-        addFirstOccurrences(nodes);
-    }
-
-    SharedFrontier takeExits() { return std::make_shared<const SyntaxGraph::Frontier>(std::move(m_exits)); }
-
-private:
-    void addFirstOccurrences(const SyntaxGraph::Frontier& nodes)
-    {
-        for (const auto& node : nodes) {
-            if (m_seen.insert(node.get()).second) {
-                m_exits.push_back(node);
-            }
-        }
-    }
-
-    SharedFrontier m_start;
-    SyntaxGraph::Frontier m_exits;
-    std::unordered_set<const Node*> m_seen; // filled once the exits are too many for duplicates
-};
 
 } // namespace
 
@@ -151,8 +100,8 @@ bool SyntaxGraph::getToken(const char*& cursor, std::string& token)
 
 char SyntaxGraph::processVelkSyntax(const char*& cursor, Frontier& frontier)
 {
-    std::vector<OpenGroup> groups;
-    auto current = std::make_shared<const Frontier>(frontier);
+    std::vector<SyntaxGroup> groups;
+    auto current = std::make_shared<NodeList>(frontier);
     char end = '\0';
     std::string token;
     bool atEnd = false;
@@ -167,8 +116,8 @@ char SyntaxGraph::processVelkSyntax(const char*& cursor, Frontier& frontier)
                 end = first;
                 break;
             }
-            OpenGroup& group = groups.back();
-            group.addExits(*current);
+            SyntaxGroup& group = groups.back();
+            group.addExits(std::move(current));
             if (first == '|') {
                 current = group.start();
             } else {
@@ -176,12 +125,12 @@ char SyntaxGraph::processVelkSyntax(const char*& cursor, Frontier& frontier)
                 groups.pop_back();
             }
         } else {
-            Frontier joined = *current;
+            Frontier joined = current->frontier();
             joinToNode(token, joined);
-            current = std::make_shared<const Frontier>(std::move(joined));
+            current = std::make_shared<NodeList>(joined);
         }
     }
-    frontier = *current;
+    frontier = current->frontier();
     return end;
 }
 

@@ -1,0 +1,78 @@
+/// The groups that are open while a synopsis is read, and the nodes at which they may be left.
+#ifndef CORVANE_COMMAND_SYNTAXGROUP_H
+#define CORVANE_COMMAND_SYNTAXGROUP_H
+
+#include <cstddef>
+#include <list>
+#include <memory>
+#include <unordered_map>
+#include <vector>
+
+namespace Corvane::CmdTableHelper {
+
+class Node;
+
+/// A list of nodes that is joined to others in the time that the shorter of the two takes: each of a hundred thousand
+/// nested groups hands all of its exits on to the group around it.
+class NodeList
+{
+public:
+    using Frontier = std::vector<std::shared_ptr<Node>>;
+
+    NodeList() = default;
+    explicit NodeList(const Frontier& nodes) : m_nodes(nodes.begin(), nodes.end()) {}
+    NodeList(const NodeList& other) : m_nodes(other.m_nodes) {}
+    NodeList(NodeList&&) = default;
+    NodeList& operator=(const NodeList&) = delete;
+    NodeList& operator=(NodeList&&) = delete;
+    ~NodeList() = default;
+
+    std::size_t size() const { return m_nodes.size(); }
+    Frontier frontier() const { return {m_nodes.begin(), m_nodes.end()}; }
+
+    /// Adds the nodes of `later`, which is left empty.
+    void append(NodeList&& later);
+
+    /// Adds the nodes of `later`, which is left empty, and keeps the first occurrence of each node only.
+    void appendNew(NodeList&& later);
+
+private:
+    void keepFirstOccurrences();
+
+    std::list<std::shared_ptr<Node>> m_nodes;
+    // Where each node stands in a list that is known to hold none twice; empty while that is not known.
+    std::unordered_map<const Node*, std::list<std::shared_ptr<Node>>::iterator> m_places;
+};
+
+/// A group that was opened and not closed yet. Frontiers are replaced, not changed, while a sequence is read, so that
+/// nested groups share those that they begin with.
+class SyntaxGroup
+{
+public:
+    using SharedNodes = std::shared_ptr<NodeList>;
+
+    /// Opens a group after the nodes of `start`; if `optional`, it may be left there.
+    SyntaxGroup(SharedNodes start, bool optional) : m_start(std::move(start)), m_mayBeSkipped(optional) {}
+
+    /// The nodes after which each alternative begins.
+    const SharedNodes& start() const { return m_start; }
+
+    /// Ends an alternative: the group may be left at its last nodes.
+    void addExits(SharedNodes alternative);
+
+    /// Returns  the nodes at which the group may be left, after its last alternative.
+    SharedNodes takeExits() { return std::make_shared<NodeList>(std::move(m_exits)); }
+
+private:
+    void add(NodeList&& nodes);
+
+    SharedNodes m_start;
+    bool m_mayBeSkipped; // and the exits lack the start so far
+    bool m_startIsExit = false;
+    NodeList m_exits;
+    bool m_keepsDuplicates = true;
+};
+
+} // namespace Corvane::CmdTableHelper
+
+#endif

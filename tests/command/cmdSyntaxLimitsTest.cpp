@@ -1,0 +1,216 @@
+/// Synopses and lines of unusual size and shape: bounded work, no overflow, nothing lost.
+#include <set>
+#include <string>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "tests/command/graphSupport.h"
+#include "tests/support/smallStack.h"
+
+namespace {
+
+using namespace Corvane::CmdTableHelper;
+using namespace Corvane::CmdTableHelper::Testing;
+using Corvane::Testing::runOnSmallStack;
+using testing::ElementsAre;
+
+constexpr int deep = 100000;
+
+std::string repeated(const std::string& text, int times)
+{
+    std::string all;
+    for (int i = 0; i < times; ++i) {
+        all += text;
+    }
+    return all;
+}
+
+std::vector<std::string> line(const std::string& first, const std::string& word, int times)
+{
+    std::vector<std::string> words(static_cast<std::size_t>(times) + 1, word);
+    words.front() = first;
+    return words;
+}
+
+SyntaxGraph::Frontier endsOf(SyntaxGraph& graph, const std::string& synopsis)
+{
+    SyntaxGraph::Frontier frontier{graph.root};
+    const char* cursor = synopsis.c_str();
+    SyntaxGraph::processVelkSyntax(cursor, frontier);
+    return frontier;
+}
+
+std::size_t distinct(const SyntaxGraph::Frontier& frontier)
+{
+    return std::set<NodePtr>(frontier.begin(), frontier.end()).size();
+}
+
+TEST(DeepSynopsis, OfNestedBracketsNeedsNoStack)
+{
+    for (const char* brackets : {"[]", "{}"}) {
+        runOnSmallStack([&] {
+            SyntaxGraph graph;
+            const std::string open(deep, brackets[0]);
+            const std::string close(deep, brackets[1]);
+            add(graph, "x", {"x " + open + "y" + close + " z"});
+            EXPECT_EQ(dispatch(graph, {"x", "y", "z"}).result, 1);
+            EXPECT_EQ(dispatch(graph, {"x", "y"}).text, "Usage: x y z \n\n");
+            pelmSyntaxFrom(graph.root);
+        });
+    }
+}
+
+TEST(DeepSynopsis, OfNestedOptionalWordsIsPrintedWithoutStack)
+{
+    runOnSmallStack([] {
+        SyntaxGraph graph;
+        const int depth = deep;
+        add(graph, "x", {"x " + repeated("[w ", depth) + std::string(static_cast<std::size_t>(depth), ']')});
+        const std::string pelm = pelmSyntaxFrom(graph.root);
+        EXPECT_EQ(pelm, "x [" + repeated("w [", depth - 1) + "w" +
+                            std::string(static_cast<std::size_t>(depth) - 1, ']') + "] ");
+        EXPECT_EQ(dispatch(graph, line("x", "w", depth)).result, 1);
+    });
+}
+
+TEST(DeepSynopsis, OfManyWordsIsParsedPrintedMatchedAndDestroyed)
+{
+    runOnSmallStack([] {
+        SyntaxGraph graph;
+        add(graph, "x", {"x " + repeated("w ", deep)});
+        EXPECT_EQ(syntaxFrom(graph.root), "x " + repeated("w ", deep));
+        EXPECT_EQ(pelmSyntaxFrom(graph.root), "x " + repeated("w ", deep));
+        EXPECT_EQ(dispatch(graph, line("x", "w", deep)).result, 1);
+        EXPECT_EQ(dispatch(graph, line("x", "w", deep - 1)).text, "Usage: x " + repeated("w ", deep) + "\n\n");
+    });
+}
+
+TEST(DeepSynopsis, ThatStaysOpenIsClosedAtTheEnd)
+{
+    runOnSmallStack([] {
+        SyntaxGraph graph;
+        add(graph, "x", {"x " + std::string(deep, '{') + "y"});
+        EXPECT_EQ(dispatch(graph, {"x", "y"}).result, 1);
+    });
+}
+
+TEST(Destruction, FreesACyclicGraph)
+{
+    std::weak_ptr<Node> node;
+    {
+        SyntaxGraph graph;
+        add(graph, "x", {"x [w p] w"});
+        node = at(graph.root, {"x", "w"});
+        ASSERT_FALSE(node.expired());
+    }
+    EXPECT_TRUE(node.expired());
+}
+
+TEST(Duplicates, DoubleWithEachGroupUpToTheLimit)
+{
+    SyntaxGraph graph;
+    // Each "[[]]" appends the frontier to itself twice more.
+    EXPECT_EQ(endsOf(graph, "x" + repeated("[]", 10)).size(), 1024U);
+    EXPECT_EQ(endsOf(graph, "x" + repeated("[]", 11)).size(), 1U);
+    EXPECT_EQ(endsOf(graph, "x" + repeated("[]", 11) + repeated("[]", 10)).size(), 1024U);
+}
+
+TEST(Duplicates, OfMoreThanTheLimitAreDroppedInTheOrderOfTheFirst)
+{
+    SyntaxGraph graph;
+    const auto before = endsOf(graph, "x" + repeated("[[a]]", 4) + "[b]");
+    EXPECT_EQ(before.size(), 32U) << "each group doubles the exits and adds one";
+    EXPECT_THAT(namesOf({before.front(), before.back()}), ElementsAre("x", "b"));
+
+    const auto after = endsOf(graph, "y {" + repeated("|", 1100) + " a | b | a }");
+    EXPECT_THAT(namesOf(after), ElementsAre("y", "a", "b"));
+}
+
+TEST(Duplicates, DoNotMakeManyOptionalGroupsExpensive)
+{
+    SyntaxGraph graph;
+    std::string synopsis = "x";
+    for (int i = 0; i < 200; ++i) {
+        synopsis += " [[w" + std::to_string(i) + "]]";
+    }
+    const auto ends = endsOf(graph, synopsis);
+    EXPECT_EQ(distinct(ends), 201U);
+    EXPECT_LE(ends.size(), 3U * 1024U);
+}
+
+TEST(Duplicates, DoNotMakeManyEmptyAlternativesExpensive)
+{
+    SyntaxGraph graph;
+    EXPECT_EQ(endsOf(graph, "x" + repeated("[]", 10) + "{" + std::string(1000000, '|') + "}").size(), 1U);
+}
+
+TEST(Search, AmongAmbiguousPlaceholdersIsBoundedByNodesTimesWords)
+{
+    // Two placeholders at every step and no way to the end: 2^60 ways, tried one by one, would never end.
+    SyntaxGraph graph;
+    std::string synopsis = "x";
+    for (int i = 0; i < 60; ++i) {
+        synopsis += " { <a" + std::to_string(i) + "> | <b" + std::to_string(i) + "> }";
+    }
+    add(graph, "x", {synopsis + " end"});
+    EXPECT_EQ(dispatch(graph, line("x", "v", 61)).result, -1);
+    auto complete = line("x", "v", 61);
+    complete.back() = "end";
+    EXPECT_EQ(dispatch(graph, complete).result, 1);
+}
+
+TEST(Search, ThroughALongLineNeedsNoStack)
+{
+    runOnSmallStack([] { // every word of the line is ambiguous
+        SyntaxGraph graph;
+        std::string synopsis = "x";
+        const int words = 2000;
+        for (int i = 0; i < words; ++i) {
+            synopsis += " { <a> | <b> }";
+        }
+        add(graph, "x", {synopsis + " end"});
+        auto complete = line("x", "v", words + 1);
+        EXPECT_EQ(dispatch(graph, complete).result, -1);
+        complete.back() = "end";
+        EXPECT_EQ(dispatch(graph, complete).result, 1);
+    });
+}
+
+TEST(Lines, OfTenThousandWordsAreMatched)
+{
+    SyntaxGraph graph;
+    add(graph, "x", {"x <a>"});
+    EXPECT_EQ(dispatch(graph, line("x", "v", 10000)).result, 1);
+    EXPECT_EQ(dispatch(graph, line("y", "v", 10000)).text, "Usage: x <a> \n\n");
+}
+
+TEST(Lines, WithWordsOfAMebibyteAreMatched)
+{
+    const std::string word(1024 * 1024, 'w');
+    SyntaxGraph graph;
+    add(graph, "x", {"x <a> " + word + " [y]", "x <b> " + word + " y z"});
+    EXPECT_EQ(dispatch(graph, {"x", word, word}).result, 1);
+    EXPECT_EQ(dispatch(graph, {"x", word, word, "y", "z"}).result, 1);
+    EXPECT_EQ(dispatch(graph, {"x", word}).text, "Usage: x " + word + " " + word + " [ y ] \n\n");
+    EXPECT_EQ(dispatch(graph, {word}).result, -1);
+}
+
+TEST(Synopses, OfAMebibyteAreParsed)
+{
+    SyntaxGraph graph;
+    const std::string name = "<" + std::string(1024 * 1024, 'n');
+    add(graph, "x", {"x " + name + ">"});
+    EXPECT_EQ(dispatch(graph, {"x", "v"}).result, 1);
+}
+
+TEST(Synopses, EndAtANul)
+{
+    SyntaxGraph graph;
+    add(graph, "x", {std::string("x a\0b", 5)});
+    EXPECT_EQ(dispatch(graph, {"x", "a"}).result, 1);
+    EXPECT_TRUE(at(graph.root, {"x", "a"})->subnodes.empty());
+}
+
+} // namespace

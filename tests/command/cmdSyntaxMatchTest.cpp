@@ -1,0 +1,253 @@
+/// Which handler a typed line leads to, and what it is answered when it leads to none.
+#include <string>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "tests/command/graphSupport.h"
+
+namespace {
+
+using namespace Corvane::CmdTableHelper;
+using namespace Corvane::CmdTableHelper::Testing;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using Words = std::vector<std::string>;
+
+struct Walked
+{
+    NodePtr node;
+    std::string usedWords;
+};
+
+Walked walk(const SyntaxGraph& graph, const std::vector<const char*>& words)
+{
+    Walked walked;
+    walked.node = graph.findCommandArguments(graph.root, &walked.usedWords, words.size(), words.data());
+    return walked;
+}
+
+class DispatchOfShow : public testing::Test
+{
+protected:
+    DispatchOfShow() { graph.addCommand("show", {{"show [-l] <file> { on | off }", returning(7)}}); }
+    SyntaxGraph graph;
+};
+
+TEST_F(DispatchOfShow, FindsTheHandlerOfACompleteLine)
+{
+    EXPECT_EQ(dispatch(graph, {"show", "a.txt", "on"}), (Dispatched{7, ""}));
+    std::ostringstream out;
+    const char* const argv[] = {"show", "a.txt", "on"};
+    EXPECT_EQ(graph.dispatchCommand(3, argv, out), &at(graph.root, {"show", "<file>", "on"})->handler);
+}
+
+TEST_F(DispatchOfShow, PrefersAKeywordToThePlaceholder)
+{
+    EXPECT_EQ(dispatch(graph, {"show", "-l", "a.txt", "off"}), (Dispatched{7, ""}));
+    EXPECT_EQ(dispatch(graph, {"show", "-l", "on"}), (Dispatched{-1, "Usage: show -l <file> { on | off } \n\n"}));
+}
+
+TEST_F(DispatchOfShow, ShowsHowALineThatStopsShortGoesOn)
+{
+    EXPECT_EQ(dispatch(graph, {"show", "a.txt"}), (Dispatched{-1, "Usage: show <file> { on | off } \n\n"}));
+    EXPECT_EQ(dispatch(graph, {"show"}), (Dispatched{-1, "Usage: show [ -l ] <file> { on | off } \n\n"}));
+}
+
+TEST_F(DispatchOfShow, ShowsEverythingForAnUnknownCommand)
+{
+    EXPECT_EQ(dispatch(graph, {"list"}), (Dispatched{-1, "Usage: show [ -l ] <file> { on | off } \n\n"}));
+    EXPECT_EQ(dispatch(graph, {"SHOW", "a.txt", "on"}),
+              (Dispatched{-1, "Usage: show [ -l ] <file> { on | off } \n\n"}));
+    EXPECT_EQ(dispatch(graph, {""}), (Dispatched{-1, "Usage: show [ -l ] <file> { on | off } \n\n"}));
+}
+
+TEST_F(DispatchOfShow, ShowsEverythingForNoWords)
+{
+    std::ostringstream out;
+    EXPECT_EQ(graph.dispatchCommand(0, nullptr, out), nullptr);
+    EXPECT_EQ(out.str(), "Usage: show [ -l ] <file> { on | off } \n\n");
+}
+
+TEST_F(DispatchOfShow, StopsAtAWordThatDoesNotMatch)
+{
+    EXPECT_EQ(dispatch(graph, {"show", "a.txt", "maybe", "on"}),
+              (Dispatched{-1, "Usage: show <file> { on | off } \n\n"}));
+}
+
+TEST_F(DispatchOfShow, IgnoresWordsBehindTheEnd)
+{
+    EXPECT_EQ(dispatch(graph, {"show", "a.txt", "on", "extra"}), (Dispatched{7, ""}));
+}
+
+TEST_F(DispatchOfShow, TakesEmptyWordsForAPlaceholder)
+{
+    EXPECT_EQ(dispatch(graph, {"show", "", "on"}), (Dispatched{7, ""}));
+}
+
+TEST_F(DispatchOfShow, ReportsANullWord)
+{
+    std::ostringstream out;
+    const char* const nullCommand[] = {nullptr};
+    EXPECT_THROW(graph.dispatchCommand(1, nullCommand, out), std::logic_error);
+    const char* const nullWord[] = {"show", nullptr, "on"};
+    EXPECT_THROW(graph.dispatchCommand(3, nullWord, out), std::logic_error);
+    // A null word behind the end of the line is not looked at, and the lock is free again.
+    const char* const unseen[] = {"show", "a.txt", "on"};
+    EXPECT_NE(graph.dispatchCommand(3, unseen, out), nullptr);
+}
+
+TEST(Dispatch, OfAnEmptyGraphShowsNothing)
+{
+    const SyntaxGraph graph;
+    EXPECT_EQ(dispatch(graph, {"x"}), (Dispatched{-1, "Usage: \n\n"}));
+    EXPECT_EQ(dispatch(graph, {}), (Dispatched{-1, "Usage: \n\n"}));
+}
+
+TEST(Dispatch, OfNoWordsFindsTheHandlerOfTheRoot)
+{
+    SyntaxGraph graph;
+    add(graph, "x", {""});
+    EXPECT_EQ(dispatch(graph, {}), (Dispatched{1, ""}));
+}
+
+TEST(Dispatch, GoesOnBehindANodeWithAHandler)
+{
+    SyntaxGraph graph;
+    add(graph, "x", {"x [-l] [-v]"});
+    graph.addCommand("x", {{"x -l -v", returning(5)}});
+    EXPECT_EQ(dispatch(graph, {"x"}).result, 1);
+    EXPECT_EQ(dispatch(graph, {"x", "-l"}).result, 1);
+    EXPECT_EQ(dispatch(graph, {"x", "-l", "-v"}).result, 5);
+}
+
+TEST(Dispatch, NeedsTheNameOfARegisteredCommand)
+{
+    SyntaxGraph graph;
+    add(graph, "list", {"show a"});
+    // "show" begins a synopsis but is no command; "list" is one, but nothing begins with it.
+    EXPECT_EQ(dispatch(graph, {"show", "a"}), (Dispatched{-1, "Usage: show a \n\n"}));
+    EXPECT_EQ(dispatch(graph, {"list", "a"}), (Dispatched{-1, "Usage: show a \n\n"}));
+}
+
+TEST(Dispatch, LeadsACommandNameToThePlaceholderItIsBoundTo)
+{
+    SyntaxGraph graph;
+    add(graph, "run", {"<program> <argument>"});
+    EXPECT_EQ(dispatch(graph, {"run", "fast"}), (Dispatched{1, ""}));
+    EXPECT_EQ(dispatch(graph, {"run"}), (Dispatched{-1, "Usage: run <argument> \n\n"}));
+    EXPECT_EQ(dispatch(graph, {"walk", "fast"}), (Dispatched{-1, "Usage: <program> <argument> \n\n"}));
+    EXPECT_THAT(namesOf(graph.findMatchingRootSubnodes("run")), ElementsAre("<program>"));
+    EXPECT_THAT(graph.findMatchingRootSubnodes("walk"), IsEmpty());
+}
+
+TEST(Dispatch, TriesEveryPlaceholderOfTheRootForAPendingName)
+{
+    SyntaxGraph graph;
+    add(graph, "", {"<a> one", "<b> two"});
+    add(graph, "run", {});
+    EXPECT_THAT(namesOf(graph.findMatchingRootSubnodes("run")), ElementsAre("<a>", "<b>"));
+    EXPECT_EQ(dispatch(graph, {"run", "one"}), (Dispatched{1, ""}));
+    EXPECT_EQ(dispatch(graph, {"run", "two"}), (Dispatched{2, ""}));
+    EXPECT_EQ(dispatch(graph, {"run", "three"}), (Dispatched{-1, "Usage: run one \n\n"}));
+}
+
+TEST(Dispatch, TakesTheFirstPlaceholderWhoseRestLeadsToAHandler)
+{
+    SyntaxGraph graph;
+    add(graph, "x", {"x <a> one", "x <b> two", "x <c> one"});
+    EXPECT_EQ(dispatch(graph, {"x", "v", "one"}), (Dispatched{1, ""}));
+    EXPECT_EQ(dispatch(graph, {"x", "v", "two"}), (Dispatched{2, ""}));
+}
+
+TEST(Dispatch, TakesTheEarliestOfSeveralPlaceholdersThatEndALine)
+{
+    SyntaxGraph graph;
+    add(graph, "x", {"x <a>", "x <b>"});
+    EXPECT_EQ(dispatch(graph, {"x", "v"}), (Dispatched{1, ""}));
+}
+
+TEST(Dispatch, ShowsTheFirstPlaceholdersUsageWhenNoneLeadsToAHandler)
+{
+    SyntaxGraph graph;
+    add(graph, "x", {"x <a> one", "x <b> two"});
+    // The typed word is shown, not a placeholder's name: it could be either.
+    EXPECT_EQ(dispatch(graph, {"x", "v"}), (Dispatched{-1, "Usage: x v one \n\n"}));
+    EXPECT_EQ(dispatch(graph, {"x", "v", "nine"}), (Dispatched{-1, "Usage: x v one \n\n"}));
+}
+
+TEST(Dispatch, SearchesThroughChoicesBehindChoices)
+{
+    SyntaxGraph graph;
+    add(graph, "x", {"x <a> <b> no", "x <a> <c> nope", "x <d> <e> never", "x <d> <f> yes"});
+    EXPECT_EQ(dispatch(graph, {"x", "1", "2", "yes"}), (Dispatched{4, ""}));
+    EXPECT_EQ(dispatch(graph, {"x", "1", "2", "nope"}), (Dispatched{2, ""}));
+    EXPECT_EQ(dispatch(graph, {"x", "1", "2", "?"}), (Dispatched{-1, "Usage: x 1 { <b> | <c> } \n\n"}));
+}
+
+TEST(Dispatch, EndsASearchAtAHandlerThatIsFollowedByWordsThatDoNotMatch)
+{
+    SyntaxGraph graph;
+    add(graph, "x", {"x <a> one", "x <b>"});
+    EXPECT_EQ(dispatch(graph, {"x", "v", "rest", "more"}), (Dispatched{2, ""}));
+}
+
+TEST(Dispatch, PrintsAPelmCommandInItsOwnFormat)
+{
+    SyntaxGraph graph;
+    add(graph, "pelm", {"pelm x [-l] <y>"});
+    add(graph, "other", {"other x [-l] <y>"});
+    EXPECT_EQ(dispatch(graph, {"pelm", "x"}), (Dispatched{-1, "Usage: pelm x { -l | <y> } \n\n"}));
+    EXPECT_EQ(dispatch(graph, {"other", "x"}), (Dispatched{-1, "Usage: other x [ -l ] <y> \n\n"}));
+}
+
+TEST(Dispatch, PrintsInThePelmFormatWhereverThatLineEnds)
+{
+    SyntaxGraph graph;
+    add(graph, "x", {"x y [-l]"});
+    // "pelm" is no command here; the walk stays at the root.
+    EXPECT_EQ(dispatch(graph, {"pelm"}), (Dispatched{-1, "Usage: x y [-l] \n\n"}));
+    EXPECT_EQ(dispatch(graph, {"pelms"}), (Dispatched{-1, "Usage: x y [ -l ] \n\n"}));
+}
+
+TEST(Walk, StaysWhereItIsWithoutWords)
+{
+    SyntaxGraph graph;
+    add(graph, "x", {"x a"});
+    std::string usedWords = "kept";
+    const NodePtr x = at(graph.root, {"x"});
+    EXPECT_EQ(graph.findCommandArguments(x, &usedWords, 0, nullptr), x);
+    EXPECT_EQ(usedWords, "kept");
+}
+
+TEST(Walk, AppendsTheWordsAsTheSynopsisWritesThem)
+{
+    SyntaxGraph graph;
+    add(graph, "x", {"x <a> y <b> z"});
+    const Walked walked = walk(graph, {"x", "1", "y", "2"});
+    EXPECT_EQ(walked.usedWords, "x <a> y <b> ");
+    EXPECT_EQ(walked.node, at(graph.root, {"x", "<a>", "y", "<b>"}));
+}
+
+TEST(Walk, AppendsTheFirstWordAsItWasTyped)
+{
+    SyntaxGraph graph;
+    add(graph, "run", {"<program> a b"});
+    EXPECT_EQ(walk(graph, {"run", "a"}).usedWords, "run a ");
+}
+
+TEST(Walk, StartsAtAnyNodeAndNeedsNoUsedWords)
+{
+    SyntaxGraph graph;
+    add(graph, "x", {"x <a> y"});
+    const char* const words[] = {"1", "y"};
+    const NodePtr x = at(graph.root, {"x"});
+    EXPECT_EQ(graph.findCommandArguments(x, nullptr, 2, words), at(x, {"<a>", "y"}));
+    std::string usedWords;
+    // The first word is appended as typed, wherever the walk starts.
+    graph.findCommandArguments(x, &usedWords, 1, words);
+    EXPECT_EQ(usedWords, "1 ");
+}
+
+} // namespace

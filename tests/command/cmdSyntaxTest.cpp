@@ -1,0 +1,395 @@
+/// How synopses become a graph: tokens, nodes, groups, and the names of commands.
+#include "command/src/cmdSyntax.h"
+
+#include <set>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "tests/command/graphSupport.h"
+
+namespace {
+
+using namespace Corvane::CmdTableHelper;
+using namespace Corvane::CmdTableHelper::Testing;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+std::vector<std::string> tokensOf(const std::string& synopsis)
+{
+    std::vector<std::string> tokens;
+    const char* cursor = synopsis.c_str();
+    for (std::string token; SyntaxGraph::getToken(cursor, token);) {
+        tokens.push_back(token);
+    }
+    return tokens;
+}
+
+/// A graph that holds one synopsis, and where a sequence read from the root ends.
+struct Parsed
+{
+    explicit Parsed(const std::string& synopsis)
+    {
+        const char* cursor = synopsis.c_str();
+        frontier = {graph.root};
+        end = SyntaxGraph::processVelkSyntax(cursor, frontier);
+        rest = cursor;
+    }
+    SyntaxGraph graph;
+    SyntaxGraph::Frontier frontier;
+    char end;
+    std::string rest;
+};
+
+const char* addressOf(const void* member)
+{
+    return static_cast<const char*>(member);
+}
+
+TEST(SyntaxTokens, AreSeparatedByBlanksAndBrackets)
+{
+    EXPECT_THAT(tokensOf("show [-l] <file> { on | off }"),
+                ElementsAre("show", "[", "-l", "]", "<file>", "{", "on", "|", "off", "}"));
+    EXPECT_THAT(tokensOf("a|b"), ElementsAre("a", "|", "b"));
+    EXPECT_THAT(tokensOf("\t a\t\tb "), ElementsAre("a", "b"));
+    EXPECT_THAT(tokensOf(""), IsEmpty());
+    EXPECT_THAT(tokensOf(" \t "), IsEmpty());
+}
+
+TEST(SyntaxTokens, KeepWhatStandsBetweenAngleBracketsTogether)
+{
+    EXPECT_THAT(tokensOf("<a b|c>"), ElementsAre("<a b|c>"));
+    EXPECT_THAT(tokensOf("x<a [b]>y z"), ElementsAre("x<a [b]>y", "z"));
+    EXPECT_THAT(tokensOf("<a<b c>d e> f"), ElementsAre("<a<b c>d e>", "f"));
+    EXPECT_THAT(tokensOf("<n:1-8> ..."), ElementsAre("<n:1-8>", "..."));
+}
+
+TEST(SyntaxTokens, SwallowTheRestAfterAnAngleBracketThatIsNotClosed)
+{
+    EXPECT_THAT(tokensOf("get <a b [c]"), ElementsAre("get", "<a b [c]"));
+}
+
+TEST(SyntaxTokens, CountASurplusClosingAngleBracket)
+{
+    // The count stands at -1 before "<" and at 0 behind it, so the blank ends the token.
+    EXPECT_THAT(tokensOf("a><b c>"), ElementsAre("a><b", "c>"));
+}
+
+TEST(SyntaxTokens, LeaveTheTokenEmptyAtTheEnd)
+{
+    const char* cursor = "  ";
+    std::string token = "before";
+    EXPECT_FALSE(SyntaxGraph::getToken(cursor, token));
+    EXPECT_EQ(token, "");
+    EXPECT_EQ(*cursor, '\0');
+}
+
+TEST(SyntaxNode, IsAnArgumentByItsName)
+{
+    for (const char* name : {"<file>", "a>b<", "<n:1-8>", "x<y>", "...", "><"}) {
+        EXPECT_TRUE(Node(name).isArgument) << name;
+    }
+    for (const char* name : {"", "-l", "<a", "b>", "..", "....", " "}) {
+        EXPECT_FALSE(Node(name).isArgument) << name;
+    }
+}
+
+TEST(SyntaxNode, StartsWithoutSubnodesAndHandler)
+{
+    const Node node("x");
+    EXPECT_EQ(node.name, "x");
+    EXPECT_THAT(node.subnodes, IsEmpty());
+    EXPECT_EQ(node.handler.index(), 0U);
+}
+
+TEST(SyntaxNode, KeepsItsMembersInOrder)
+{
+    const Node node("x");
+    EXPECT_LT(addressOf(&node.subnodes), addressOf(&node.handler));
+    EXPECT_LT(addressOf(&node.handler), addressOf(&node.isArgument));
+    EXPECT_LT(addressOf(&node.isArgument), addressOf(&node.name));
+}
+
+TEST(SyntaxNode, ReusesASubnodeOfTheSameName)
+{
+    Node node("x");
+    const NodePtr first = node.addNewSubnode("a");
+    EXPECT_EQ(node.addNewSubnode("a"), first);
+    EXPECT_EQ(node.findExactSubnode("a"), first);
+    EXPECT_EQ(node.findExactSubnode("A"), nullptr);
+    EXPECT_EQ(node.subnodes.size(), 1U);
+}
+
+TEST(SyntaxNode, HandsBackANodeThatItDidNotAttach)
+{
+    Node node("x");
+    const NodePtr attached = node.addNewSubnode("a");
+    const auto other = std::make_shared<Node>("a");
+    EXPECT_EQ(node.addExistingSubnode(other), other);
+    EXPECT_THAT(node.subnodes, ElementsAre(attached));
+}
+
+TEST(SyntaxNode, MatchesAKeywordBeforeAnyPlaceholder)
+{
+    Node node("x");
+    EXPECT_THAT(node.findMatchingSubnodes("a"), IsEmpty());
+    node.addNewSubnode("<p>");
+    node.addNewSubnode("on");
+    node.addNewSubnode("...");
+    EXPECT_THAT(namesOf(node.findMatchingSubnodes("on")), ElementsAre("on"));
+    EXPECT_THAT(namesOf(node.findMatchingSubnodes("off")), ElementsAre("<p>", "..."));
+    EXPECT_THAT(namesOf(node.findMatchingSubnodes("o")), ElementsAre("<p>", "..."));
+    EXPECT_THAT(namesOf(node.findMatchingSubnodes("ON")), ElementsAre("<p>", "..."));
+    EXPECT_THAT(namesOf(node.findMatchingSubnodes("<p>")), ElementsAre("<p>", "..."));
+}
+
+TEST(SyntaxNode, MatchesNothingWithoutAPlaceholder)
+{
+    Node node("x");
+    node.addNewSubnode("on");
+    EXPECT_THAT(node.findMatchingSubnodes("off"), IsEmpty());
+    EXPECT_THAT(node.findMatchingSubnodes(""), IsEmpty());
+}
+
+TEST(SyntaxGraph, StartsWithTheRootOnly)
+{
+    const SyntaxGraph graph;
+    EXPECT_EQ(graph.root->name, " ");
+    EXPECT_FALSE(graph.root->isArgument);
+    EXPECT_THAT(graph.root->subnodes, IsEmpty());
+    EXPECT_THAT(graph.pendingCommandNames, IsEmpty());
+    EXPECT_THAT(graph.commandNodes, IsEmpty());
+}
+
+TEST(SyntaxGraph, KeepsItsMembersInOrder)
+{
+    const SyntaxGraph graph;
+    EXPECT_EQ(addressOf(&graph), addressOf(&graph.mutex));
+    EXPECT_LT(addressOf(&graph.mutex), addressOf(&graph.root));
+    EXPECT_LT(addressOf(&graph.root), addressOf(&graph.pendingCommandNames));
+    EXPECT_LT(addressOf(&graph.pendingCommandNames), addressOf(&graph.commandNodes));
+}
+
+TEST(SyntaxGraph, SharesTheNodeThatFollowsAnOptionalGroup)
+{
+    SyntaxGraph graph;
+    graph.addCommand("show", {{"show [-l] <file> { on | off }", returning(7)}});
+    EXPECT_THAT(subnodesOf(graph.root), ElementsAre("show"));
+    const NodePtr show = at(graph.root, {"show"});
+    EXPECT_THAT(subnodesOf(show), ElementsAre("-l", "<file>"));
+    EXPECT_EQ(at(show, {"-l", "<file>"}), at(show, {"<file>"}));
+    EXPECT_THAT(subnodesOf(at(show, {"-l"})), ElementsAre("<file>"));
+    EXPECT_THAT(subnodesOf(at(show, {"<file>"})), ElementsAre("on", "off"));
+    EXPECT_EQ(resultOf(at(show, {"<file>", "on"})->handler), 7);
+    EXPECT_EQ(resultOf(at(show, {"<file>", "off"})->handler), 7);
+    for (const auto& path : std::vector<std::vector<std::string>>{{}, {"show"}, {"show", "-l"}, {"show", "<file>"}}) {
+        EXPECT_FALSE(at(graph.root, path)->handler.hasFunction());
+    }
+    EXPECT_EQ(graph.commandNodes.at("show"), show);
+    EXPECT_THAT(graph.pendingCommandNames, IsEmpty());
+
+    graph.addCommand("show", {{"show dump", returning(8)}});
+    EXPECT_THAT(subnodesOf(show), ElementsAre("-l", "<file>", "dump"));
+    EXPECT_EQ(resultOf(at(show, {"dump"})->handler), 8);
+}
+
+TEST(SyntaxGraph, StopsAtATopLevelBar)
+{
+    SyntaxGraph graph;
+    add(graph, "a", {"a|b"});
+    EXPECT_THAT(subnodesOf(graph.root), ElementsAre("a"));
+    EXPECT_THAT(subnodesOf(at(graph.root, {"a"})), IsEmpty());
+    EXPECT_EQ(resultOf(at(graph.root, {"a"})->handler), 1);
+}
+
+TEST(SyntaxGraph, StopsAtATopLevelClosingBracket)
+{
+    EXPECT_EQ(Parsed("a | b").end, '|');
+    EXPECT_EQ(Parsed("a | b").rest, " b");
+    EXPECT_EQ(Parsed("a ] b").end, ']');
+    EXPECT_EQ(Parsed("a } b").end, '}');
+    EXPECT_EQ(Parsed("a b").end, '\0');
+    EXPECT_THAT(namesOf(Parsed("a ] b").frontier), ElementsAre("a"));
+    EXPECT_THAT(namesOf(Parsed("| b").frontier), ElementsAre(" "));
+}
+
+TEST(SyntaxGraph, GivesAHandlerToEveryEndOfASynopsis)
+{
+    SyntaxGraph graph;
+    add(graph, "x", {"x [-l]"});
+    EXPECT_EQ(resultOf(at(graph.root, {"x"})->handler), 1);
+    EXPECT_EQ(resultOf(at(graph.root, {"x", "-l"})->handler), 1);
+
+    SyntaxGraph choice;
+    add(choice, "x", {"x { -a | -b }"});
+    EXPECT_FALSE(at(choice.root, {"x"})->handler.hasFunction());
+    EXPECT_EQ(resultOf(at(choice.root, {"x", "-a"})->handler), 1);
+    EXPECT_EQ(resultOf(at(choice.root, {"x", "-b"})->handler), 1);
+}
+
+TEST(SyntaxGraph, KeepsDuplicatesInTheFrontier)
+{
+    EXPECT_THAT(namesOf(Parsed("x [ [ y ] ]").frontier), ElementsAre("x", "x", "y"));
+    EXPECT_THAT(namesOf(Parsed("x [[[]]]").frontier), ElementsAre("x", "x", "x", "x"));
+    EXPECT_THAT(namesOf(Parsed("x { | a | }").frontier), ElementsAre("x", "a", "x"));
+}
+
+TEST(SyntaxGraph, AttachesAFollowingWordOnceToADuplicate)
+{
+    SyntaxGraph graph;
+    add(graph, "x", {"x [ [ y ] ] z"});
+    const NodePtr x = at(graph.root, {"x"});
+    EXPECT_THAT(subnodesOf(x), ElementsAre("y", "z"));
+    EXPECT_EQ(at(x, {"y", "z"}), at(x, {"z"}));
+}
+
+TEST(SyntaxGraph, MakesAThirdNodeForARepeatedOptionalWord)
+{
+    SyntaxGraph graph;
+    add(graph, "a", {"a [a] a"});
+    const NodePtr first = at(graph.root, {"a"});
+    const NodePtr second = at(first, {"a"});
+    const NodePtr third = at(second, {"a"});
+    ASSERT_TRUE(third);
+    EXPECT_NE(second, third);
+    EXPECT_THAT(third->subnodes, IsEmpty());
+    EXPECT_FALSE(first->handler.hasFunction());
+    EXPECT_FALSE(second->handler.hasFunction());
+    EXPECT_EQ(resultOf(third->handler), 1);
+}
+
+TEST(SyntaxGraph, LeavesAParentAloneThatHasAnotherNodeOfThatName)
+{
+    SyntaxGraph graph;
+    add(graph, "x", {"x b c", "x [a|b] c"});
+    const NodePtr x = at(graph.root, {"x"});
+    EXPECT_THAT(subnodesOf(x), ElementsAre("b", "a", "c"));
+    // "b" had a "c" of its own before; "x" and "a" share the new one.
+    EXPECT_EQ(at(x, {"a", "c"}), at(x, {"c"}));
+    EXPECT_NE(at(x, {"b", "c"}), at(x, {"c"}));
+}
+
+TEST(SyntaxGraph, GivesTheRootTheHandlerOfAnEmptySynopsis)
+{
+    for (const char* synopsis : {"", "  ", "| a", "[ ]"}) {
+        SyntaxGraph graph;
+        add(graph, "x", {synopsis});
+        EXPECT_EQ(resultOf(graph.root->handler), 1) << synopsis;
+        EXPECT_THAT(graph.root->subnodes, IsEmpty()) << synopsis;
+    }
+}
+
+TEST(SyntaxGraph, ReadsAPlaceholderWithBlanksAsOneWord)
+{
+    SyntaxGraph graph;
+    add(graph, "get", {"get <a b>", "get <a"});
+    EXPECT_THAT(subnodesOf(at(graph.root, {"get"})), ElementsAre("<a b>", "<a"));
+    EXPECT_TRUE(at(graph.root, {"get", "<a b>"})->isArgument);
+    EXPECT_FALSE(at(graph.root, {"get", "<a"})->isArgument);
+}
+
+TEST(SyntaxGraph, DoesNotMatchAClosingBracketWithTheOpeningOne)
+{
+    SyntaxGraph graph;
+    add(graph, "o", {"o [ x } y"});
+    EXPECT_THAT(subnodesOf(at(graph.root, {"o"})), ElementsAre("x", "y"));
+    EXPECT_EQ(at(graph.root, {"o", "x", "y"}), at(graph.root, {"o", "y"}));
+}
+
+TEST(SyntaxGraph, ClosesEveryGroupAtTheEndOfTheText)
+{
+    SyntaxGraph graph;
+    add(graph, "x", {"x [ a { b"});
+    EXPECT_TRUE(at(graph.root, {"x"})->handler.hasFunction());
+    EXPECT_FALSE(at(graph.root, {"x", "a"})->handler.hasFunction());
+    EXPECT_TRUE(at(graph.root, {"x", "a", "b"})->handler.hasFunction());
+}
+
+TEST(SyntaxGraph, MergesCommonPrefixesAcrossCommands)
+{
+    SyntaxGraph graph;
+    add(graph, "show", {"show a"});
+    add(graph, "list", {"show b"});
+    EXPECT_THAT(subnodesOf(graph.root), ElementsAre("show"));
+    EXPECT_THAT(subnodesOf(at(graph.root, {"show"})), ElementsAre("a", "b"));
+}
+
+TEST(SyntaxGraph, ReplacesAHandlerByTheLaterSynopsisThatEndsThere)
+{
+    SyntaxGraph graph;
+    add(graph, "x", {"x a", "x [b] a"});
+    EXPECT_EQ(resultOf(at(graph.root, {"x", "a"})->handler), 2);
+}
+
+TEST(CommandNames, AreResolvedByAFirstWordOfTheirOwn)
+{
+    SyntaxGraph graph;
+    add(graph, "x", {"x a"});
+    EXPECT_EQ(graph.commandNodes.at("x"), at(graph.root, {"x"}));
+    EXPECT_THAT(graph.pendingCommandNames, IsEmpty());
+}
+
+TEST(CommandNames, StayPendingUntilALaterCommandBringsTheirFirstWord)
+{
+    SyntaxGraph graph;
+    add(graph, "b", {"a one"});
+    EXPECT_THAT(graph.pendingCommandNames, ElementsAre("b"));
+    EXPECT_THAT(graph.commandNodes, IsEmpty());
+    add(graph, "a", {"b two"});
+    EXPECT_THAT(graph.pendingCommandNames, IsEmpty());
+    EXPECT_EQ(graph.commandNodes.at("a"), at(graph.root, {"a"}));
+    EXPECT_EQ(graph.commandNodes.at("b"), at(graph.root, {"b"}));
+}
+
+TEST(CommandNames, FollowTheOnlyPlaceholderAndStayPending)
+{
+    SyntaxGraph graph;
+    add(graph, "run", {"<program> <argument>"});
+    EXPECT_THAT(graph.pendingCommandNames, ElementsAre("run"));
+    EXPECT_EQ(graph.commandNodes.at("run"), at(graph.root, {"<program>"}));
+
+    // With a second placeholder the name could mean either: its entry stays as it was.
+    add(graph, "walk", {"<other>"});
+    EXPECT_THAT(graph.pendingCommandNames, ElementsAre("run", "walk"));
+    EXPECT_EQ(graph.commandNodes.at("run"), at(graph.root, {"<program>"}));
+    EXPECT_EQ(graph.commandNodes.count("walk"), 0U);
+
+    // A first word of its own takes the entry over and settles it.
+    add(graph, "", {"run fast"});
+    EXPECT_THAT(graph.pendingCommandNames, ElementsAre("walk"));
+    EXPECT_EQ(graph.commandNodes.at("run"), at(graph.root, {"run"}));
+}
+
+TEST(CommandNames, ThatAreEmptyAddNothingButHaveThePendingOnesLookedAt)
+{
+    SyntaxGraph graph;
+    add(graph, "late", {"early"});
+    ASSERT_THAT(graph.pendingCommandNames, ElementsAre("late"));
+    graph.root->addNewSubnode("late");
+    graph.registerCommandName("");
+    EXPECT_THAT(graph.pendingCommandNames, IsEmpty());
+    EXPECT_EQ(graph.commandNodes.size(), 1U);
+    EXPECT_EQ(graph.commandNodes.at("late"), at(graph.root, {"late"}));
+}
+
+TEST(CommandNames, AreNotPendingAgainOnceResolved)
+{
+    SyntaxGraph graph;
+    add(graph, "x", {"x a"});
+    add(graph, "x", {"y b"});
+    EXPECT_THAT(graph.pendingCommandNames, IsEmpty());
+    EXPECT_EQ(graph.commandNodes.at("x"), at(graph.root, {"x"}));
+}
+
+TEST(CommandNames, OfATableWithoutSynopsesStayPending)
+{
+    SyntaxGraph graph;
+    add(graph, "empty", {});
+    EXPECT_THAT(graph.pendingCommandNames, ElementsAre("empty"));
+    EXPECT_THAT(graph.root->subnodes, IsEmpty());
+}
+
+} // namespace
