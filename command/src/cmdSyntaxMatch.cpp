@@ -111,12 +111,13 @@ public:
     }
 
 private:
-    /// A word that several placeholders match, and the one of them to be tried next (null: none is left).
+    /// A word that several placeholders match, the first of them, and the one to be tried next (null: none is left).
     struct Choice
     {
         const Node* parent;
-        const NodePtr* candidate;
         unsigned long word;
+        const NodePtr* first;
+        const NodePtr* next;
     };
 
     struct Place
@@ -146,22 +147,25 @@ private:
         return node == m_graph.root ? matchRootWord(m_graph, m_argv[i]) : match(*node, textOf(m_argv[i]));
     }
 
-    /// Tries the placeholders depth first, the earliest registered first.
+    /// Tries the placeholders depth first, the earliest registered first. Where none of a choice leads to a handler,
+    /// the line ends at the first of them, which may have a handler itself.
     ///
-    /// Returns  the first node with a handler at which the line ends, or null.
-    const NodePtr* search(const Node& parent, const NodePtr* candidate, unsigned long word)
+    /// Returns  the node at which the line ends; null if that is the first of the outermost choice.
+    const NodePtr* search(const Node& parent, const NodePtr* first, unsigned long word)
     {
-        std::vector<Choice> choices{{&parent, candidate, word}};
+        std::vector<Choice> choices{{&parent, word, first, first}};
         while (!choices.empty()) {
             Choice& choice = choices.back();
-            if (choice.candidate == nullptr) {
+            const NodePtr* const node = choice.next;
+            if (node != nullptr) {
+                choice.next = nextPlaceholder(*choice.parent, node + 1);
+                if (const NodePtr* const end = follow(node, choice.word + 1, choices)) {
+                    return end;
+                }
+            } else if (choices.size() > 1 && (*choice.first)->handler.hasFunction()) {
+                return choice.first;
+            } else {
                 choices.pop_back();
-                continue;
-            }
-            const NodePtr* const node = choice.candidate;
-            choice.candidate = nextPlaceholder(*choice.parent, node + 1);
-            if (const NodePtr* const end = follow(node, choice.word + 1, choices)) {
-                return end;
             }
         }
         return nullptr;
@@ -181,7 +185,7 @@ private:
                 break;
             }
             if (matches.several) {
-                choices.push_back({node->get(), matches.first, word});
+                choices.push_back({node->get(), word, matches.first, matches.first});
                 return nullptr;
             }
             node = matches.first;

@@ -186,6 +186,15 @@ TEST(Dispatch, SearchesThroughChoicesBehindChoices)
     EXPECT_EQ(dispatch(graph, {"x", "1", "2", "?"}), (Dispatched{-1, "Usage: x 1 { <b> | <c> } \n\n"}));
 }
 
+TEST(Dispatch, EndsASearchAtTheFirstPlaceholderOfAnInnerChoiceIfThatHasAHandler)
+{
+    SyntaxGraph graph;
+    add(graph, "x", {"x <a> one", "x <b> [<c>] <d> end"});
+    graph.addCommand("x", {{"x <b> <c>", returning(9)}});
+    // Behind "<b>" neither "<c>" nor "<d>" leads to a handler with "v"; the inner choice then ends at "<c>".
+    EXPECT_EQ(dispatch(graph, {"x", "v", "v", "v"}), (Dispatched{9, ""}));
+}
+
 TEST(Dispatch, EndsASearchAtAHandlerThatIsFollowedByWordsThatDoNotMatch)
 {
     SyntaxGraph graph;

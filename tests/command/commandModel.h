@@ -1,0 +1,69 @@
+/// A second, plain implementation of the command tables' rules, written as the rules read: recursive, with copies, and
+/// without a thought for time or depth. The library is compared with it on random tables and lines.
+#ifndef CORVANE_TESTS_COMMAND_COMMANDMODEL_H
+#define CORVANE_TESTS_COMMAND_COMMANDMODEL_H
+
+#include <map>
+#include <memory>
+#include <optional>
+#include <set>
+#include <string>
+#include <vector>
+
+namespace Corvane::CmdTableHelper::Testing {
+
+/// Thrown where the rules, taken literally, would not end.
+struct Endless
+{
+};
+
+class CommandModel
+{
+public:
+    CommandModel();
+    ~CommandModel();
+    CommandModel(const CommandModel&) = delete;
+    CommandModel& operator=(const CommandModel&) = delete;
+
+    /// Registers a command; `firstHandler` is the number of the first synopsis's handler, the others count on.
+    void addCommand(const std::string& commandName, const std::vector<std::string>& synopses, int firstHandler);
+
+    struct Answer
+    {
+        std::optional<int> handler;
+        std::string text;
+    };
+    /// Throws Endless if the usage would not end.
+    Answer dispatch(const std::vector<std::string>& words);
+
+private:
+    struct Node;
+    using NodePtr = std::shared_ptr<Node>;
+    using Nodes = std::vector<NodePtr>;
+
+    static NodePtr exactSubnode(const NodePtr& node, const std::string& name);
+    static bool getToken(const char*& cursor, std::string& token);
+    static char process(const char*& cursor, Nodes& frontier);
+    static void join(const std::string& word, Nodes& frontier);
+    static Nodes matching(const NodePtr& node, const std::string& word);
+    Nodes matchingRoot(const std::string& word) const;
+    NodePtr walk(NodePtr node, std::string* usedWords, const std::vector<std::string>& words);
+
+    void count();
+    void printSyntax(NodePtr node);
+    void printPelmSyntax(NodePtr node);
+    NodePtr printSimpleSubNodes(NodePtr node);
+    NodePtr printSubNodes(const NodePtr& from, const NodePtr& stop);
+    void writeAlternatives(const NodePtr& node);
+
+    NodePtr m_root;
+    std::set<std::string> m_pending;
+    std::map<std::string, NodePtr> m_commandNodes;
+    std::set<NodePtr> m_all;
+    std::string m_out;
+    int m_steps = 0;
+};
+
+} // namespace Corvane::CmdTableHelper::Testing
+
+#endif
