@@ -202,7 +202,7 @@ CommandModel::Answer CommandModel::dispatch(const std::vector<std::string>& word
         return {found->handler, ""};
     }
     m_out = "Usage: " + usedWords;
-    m_steps = 0;
+    m_followed = {found};
     if (!words.empty() && words[0] == "pelm") {
         printPelmSyntax(found);
     } else {
@@ -211,10 +211,10 @@ CommandModel::Answer CommandModel::dispatch(const std::vector<std::string>& word
     return {std::nullopt, m_out + "\n\n"};
 }
 
-void CommandModel::count()
+void CommandModel::follow(const NodePtr& node)
 {
-    if (++m_steps > 2000) {
-        throw Endless();
+    if (!m_followed.insert(node).second) {
+        throw ComesBack();
     }
 }
 
@@ -228,7 +228,6 @@ void CommandModel::writeAlternatives(const NodePtr& node)
 void CommandModel::printSyntax(NodePtr node)
 {
     while (true) {
-        count();
         const Nodes& subnodes = node->subnodes;
         if (subnodes.empty()) {
             return;
@@ -241,9 +240,11 @@ void CommandModel::printSyntax(NodePtr node)
                 m_out += c->name + " ";
             }
             node = c;
+            follow(node);
         } else if (subnodes.size() == 2 && !subnodes[0]->subnodes.empty() && subnodes[0]->subnodes[0] == subnodes[1]) {
             m_out += "[ " + subnodes[0]->name + " ] " + subnodes[1]->name + " ";
             node = subnodes[1];
+            follow(node);
         } else {
             m_out += "{ ";
             writeAlternatives(node);
@@ -255,8 +256,8 @@ void CommandModel::printSyntax(NodePtr node)
 
 CommandModel::NodePtr CommandModel::printSubNodes(const NodePtr& from, const NodePtr& stop)
 {
-    count();
     NodePtr cur = from;
+    follow(cur);
     m_out += cur->name;
     if (cur->subnodes.empty()) {
         return from;
@@ -266,13 +267,13 @@ CommandModel::NodePtr CommandModel::printSubNodes(const NodePtr& from, const Nod
         return cur;
     }
     while (true) {
-        count();
         if (child->subnodes.empty()) {
             return cur;
         }
         if (cur->subnodes.size() == 1) {
             m_out += " " + child->name;
             cur = child;
+            follow(cur);
             child = child->subnodes[0];
         } else {
             m_out += " [";
@@ -291,11 +292,10 @@ CommandModel::NodePtr CommandModel::printSubNodes(const NodePtr& from, const Nod
 
 CommandModel::NodePtr CommandModel::printSimpleSubNodes(NodePtr node)
 {
-    count();
     NodePtr cur = std::move(node);
+    follow(cur);
     m_out += cur->name;
     while (!cur->subnodes.empty()) {
-        count();
         if (cur->subnodes.size() > 1) {
             m_out += " [";
             cur = printSubNodes(cur->subnodes[0], cur->subnodes[1]);
@@ -307,6 +307,7 @@ CommandModel::NodePtr CommandModel::printSimpleSubNodes(NodePtr node)
         } else {
             m_out += " " + cur->subnodes[0]->name;
             cur = NodePtr(cur->subnodes[0]);
+            follow(cur);
         }
     }
     return cur;
@@ -315,7 +316,6 @@ CommandModel::NodePtr CommandModel::printSimpleSubNodes(NodePtr node)
 void CommandModel::printPelmSyntax(NodePtr node)
 {
     for (int pass = 1;; ++pass) {
-        count();
         const Nodes subnodes = node->subnodes;
         const std::size_t n = subnodes.size();
         if (n == 0) {
@@ -331,6 +331,7 @@ void CommandModel::printPelmSyntax(NodePtr node)
                 m_out += "] ";
             } else {
                 node = subnodes[0];
+                follow(node);
                 m_out += node->name + " ";
             }
             continue;
@@ -350,6 +351,7 @@ void CommandModel::printPelmSyntax(NodePtr node)
         if (first->subnodes[0] == subnodes[1]) {
             m_out += "[" + first->name + "] ";
             node = first;
+            follow(node);
         } else {
             m_out += "[";
             node = printSubNodes(first, subnodes[1]);

@@ -12,8 +12,8 @@
 
 namespace Corvane::CmdTableHelper::Testing {
 
-/// Thrown where the rules, taken literally, would not end.
-struct Endless
+/// Thrown where a usage comes back to a node that it has followed: there the rules alone may not end.
+struct ComesBack
 {
 };
 
@@ -33,7 +33,7 @@ public:
         std::optional<int> handler;
         std::string text;
     };
-    /// Throws Endless if the usage would not end.
+    /// Throws ComesBack.
     Answer dispatch(const std::vector<std::string>& words);
 
 private:
@@ -49,7 +49,7 @@ private:
     Nodes matchingRoot(const std::string& word) const;
     NodePtr walk(NodePtr node, std::string* usedWords, const std::vector<std::string>& words);
 
-    void count();
+    void follow(const NodePtr& node);
     void printSyntax(NodePtr node);
     void printPelmSyntax(NodePtr node);
     NodePtr printSimpleSubNodes(NodePtr node);
@@ -59,9 +59,8 @@ private:
     NodePtr m_root;
     std::set<std::string> m_pending;
     std::map<std::string, NodePtr> m_commandNodes;
-    std::set<NodePtr> m_all;
     std::string m_out;
-    int m_steps = 0;
+    std::set<NodePtr> m_followed;
 };
 
 } // namespace Corvane::CmdTableHelper::Testing
