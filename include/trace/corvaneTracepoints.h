@@ -30,8 +30,8 @@
 
 #include <lttng/tracepoint.h>
 
-#include <stddef.h>
-#include <stdint.h>
+#include <cstddef>
+#include <cstdint>
 
 // clang-format off
 

@@ -1,0 +1,30 @@
+# A thin front to the CMake presets. Each target installs what it needs if it is missing.
+#
+#   make build    build the library and the examples (profile desk; distro where the 2.12 SDK can't be had)
+#   make demo     run the example shell on a script and show the trace of that run
+#   make test     build and run the tests
+#   make check    everything that CI runs
+#   make clean    remove the build trees
+
+.PHONY: build demo test check clean
+
+CTEST_FLAGS ?= -j2
+
+build:
+	@tools/packages build test
+	@tools/build "$$(tools/profile)"
+
+demo:
+	@tools/packages build test
+	@profile=$$(tools/profile) && tools/build $$profile && tools/demo build/$$profile
+
+test:
+	@tools/packages build test
+	@profile=$$(tools/profile) && tools/build $$profile && ctest --preset $$profile $(CTEST_FLAGS)
+
+check:
+	@tools/packages build test check
+	@tools/check
+
+clean:
+	rm -rf build
