@@ -1,0 +1,73 @@
+/// The simulated radio unit that the commands look at and change: carriers, a temperature and alarms.
+///
+/// Threads  no lock: it belongs to the thread that runs the commands.
+#ifndef UNITSHELL_UNIT_H
+#define UNITSHELL_UNIT_H
+
+#include <string>
+#include <vector>
+
+namespace UnitShell {
+
+struct Carrier
+{
+    unsigned int id;
+    const char* band;
+    bool on;
+    double power; // dBm, while it is on
+};
+
+enum class AlarmState
+{
+    raised,
+    acknowledged,
+    cleared
+};
+
+struct Alarm
+{
+    unsigned int id;
+    std::string cause;
+    AlarmState state;
+    double temperature; // degrees Celsius, when it was raised
+};
+
+const char* textOf(AlarmState state);
+
+class Unit
+{
+public:
+    std::vector<Carrier>& carriers() { return m_carriers; }
+    /// Returns the carrier, or null if there is none of that number.
+    Carrier* findCarrier(const std::string& id);
+
+    /// In degrees Celsius.
+    double temperature() const { return m_temperature; }
+    double low() const { return m_low; }
+    double high() const { return m_high; }
+
+    /// Both raise an alarm if the temperature is beyond a limit then and no alarm says so yet.
+    void setTemperature(double celsius);
+    void setLimits(double low, double high);
+
+    /// All alarms there ever were, oldest first.
+    std::vector<Alarm>& alarms() { return m_alarms; }
+    /// Returns the alarm, or null if there is none of that number.
+    Alarm* findAlarm(const std::string& id);
+    /// Returns whether what raised the alarm is still the case.
+    bool persists(const Alarm& alarm) const { return trouble() == alarm.cause; }
+
+private:
+    std::string trouble() const;
+    void raiseAlarms();
+
+    std::vector<Carrier> m_carriers = {{1, "B1", true, 40}, {2, "B3", false, 37}, {3, "B7", false, 43}};
+    double m_temperature = 42.5;
+    double m_low = -20;
+    double m_high = 85;
+    std::vector<Alarm> m_alarms;
+};
+
+} // namespace UnitShell
+
+#endif
