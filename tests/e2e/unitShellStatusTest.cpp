@@ -1,0 +1,161 @@
+/// The exit statuses of the example shell, and how it ends.
+#include <csignal>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "tests/e2e/shellSession.h"
+
+namespace {
+
+using Corvane::Testing::runShell;
+using Corvane::Testing::ShellSession;
+using Corvane::Testing::Stdin;
+using testing::HasSubstr;
+using testing::StartsWith;
+
+constexpr const char* usage = "Usage: unitShell [--echo] [FILE]\n"
+                              "       unitShell [--echo] -c LINE\n"
+                              "       unitShell --help\n";
+
+TEST(UnitShellStatus, IsTheResultOfTheOneLine)
+{
+    const auto good = runShell({"-c", "show carrier 1"});
+    EXPECT_EQ(good.status, 0);
+    EXPECT_EQ(good.out, "carrier 1: band B1, on, 40.0 dBm\n");
+    EXPECT_EQ(good.err, "");
+
+    const auto bad = runShell({"-c", "show carrier 9"});
+    EXPECT_EQ(bad.status, 1);
+    EXPECT_EQ(bad.out, "there is no carrier '9'\n");
+    EXPECT_EQ(bad.err, "");
+}
+
+TEST(UnitShellStatus, IsTwentyForALineThatIsNoCommand)
+{
+    const auto unknown = runShell({"-c", "frobnicate"});
+    EXPECT_EQ(unknown.status, 20);
+    EXPECT_EQ(unknown.out, "Usage: { show | set | pelm | help | exit } \n\n");
+    EXPECT_EQ(runShell({"-c", "show"}).status, 20);
+}
+
+TEST(UnitShellStatus, IsTwoForALineThatCantBeSplit)
+{
+    const auto result = runShell({"-c", "show carrier '1"});
+    EXPECT_EQ(result.status, 2);
+    EXPECT_EQ(result.out, "");
+    EXPECT_EQ(result.err, "unitShell: the quote ' in column 14 is never closed\n");
+}
+
+TEST(UnitShellStatus, IsZeroForALineWithNothingInIt)
+{
+    for (const char* const line : {"", "   ", "# nothing"}) {
+        const auto result = runShell({"-c", line});
+        EXPECT_EQ(result.status, 0) << line;
+        EXPECT_EQ(result.out + result.err, "") << line;
+    }
+}
+
+TEST(UnitShellStatus, AtTheEndOfInputIsThatOfTheLastCommand)
+{
+    EXPECT_EQ(runShell({}, "").status, 0);
+    EXPECT_EQ(runShell({}, "show carrier 9\nshow carrier 1\n").status, 0);
+    EXPECT_EQ(runShell({}, "show carrier 1\nshow carrier 9\n").status, 1);
+    EXPECT_EQ(runShell({}, "show carrier 9\n\n# a comment\n").status, 1);
+    EXPECT_EQ(runShell({}, "nothing of the kind\n").status, 20);
+}
+
+TEST(UnitShellStatus, IsTheOneGivenToExit)
+{
+    EXPECT_EQ(runShell({}, "exit 3\nshow carriers\n").status, 3);
+    EXPECT_EQ(runShell({}, "exit 3\nshow carriers\n").out, "");
+    EXPECT_EQ(runShell({"-c", "exit 255"}).status, 255);
+    EXPECT_EQ(runShell({"-c", "exit 0"}).status, 0);
+}
+
+TEST(UnitShellStatus, OfABareExitIsThatOfTheCommandBefore)
+{
+    EXPECT_EQ(runShell({}, "exit\n").status, 0);
+    EXPECT_EQ(runShell({}, "show carrier 9\nexit\n").status, 1);
+}
+
+TEST(UnitShellStatus, AWrongExitDoesNotEndTheShell)
+{
+    for (const char* const line : {"exit 256", "exit -1", "exit soon", "exit 1 2", "exit ''"}) {
+        const auto result = runShell({}, std::string(line) + "\nshow carrier 1\n");
+        EXPECT_EQ(result.status, 0) << line;
+        EXPECT_THAT(result.out, HasSubstr("carrier 1: band B1")) << line;
+    }
+    EXPECT_EQ(runShell({}, "exit 256\n").status, 1);
+}
+
+TEST(UnitShellStatus, HelpIsShownOnRequest)
+{
+    const auto result = runShell({"--help"});
+    EXPECT_EQ(result.status, 0);
+    EXPECT_THAT(result.out, StartsWith(usage));
+    EXPECT_THAT(result.out, HasSubstr("130 after SIGINT"));
+    EXPECT_EQ(result.err, "");
+}
+
+TEST(UnitShellStatus, WrongArgumentsAreAnsweredWithTheUsage)
+{
+    const std::vector<std::vector<std::string>> wrong = {
+        {"--nonsense"}, {"-x"}, {"-c"}, {"one", "two"}, {"-c", "show carriers", "file"}, {"-c", "show\ncarriers"}};
+    for (const auto& arguments : wrong) {
+        const auto result = runShell(arguments);
+        EXPECT_EQ(result.status, 2) << arguments[0];
+        EXPECT_EQ(result.out, "") << arguments[0];
+        EXPECT_THAT(result.err, HasSubstr(usage)) << arguments[0];
+    }
+}
+
+TEST(UnitShellStatus, AFileThatCantBeReadIsNamed)
+{
+    const auto absent = runShell({"/no/such/file"});
+    EXPECT_EQ(absent.status, 2);
+    EXPECT_EQ(absent.err, "unitShell: can't read '/no/such/file': No such file or directory\n");
+    const auto folder = runShell({"/"});
+    EXPECT_EQ(folder.status, 2);
+    EXPECT_EQ(folder.err, "unitShell: can't read '/': Is a directory\n");
+}
+
+class UnitShellSignal : public testing::TestWithParam<int>
+{
+};
+
+TEST_P(UnitShellSignal, EndsAShellThatWaitsForInput)
+{
+    ShellSession session(Stdin::pipe, {});
+    session.type("show carrier 1\n");
+    session.waitFor("carrier 1: band B1");
+    session.signal(GetParam());
+    EXPECT_EQ(session.waitForEnd(), 128 + GetParam());
+    EXPECT_EQ(session.err(), "");
+}
+
+TEST_P(UnitShellSignal, DiscardsALineThatIsNotWhole)
+{
+    ShellSession session(Stdin::pipe, {});
+    session.type("show carrier 1\nshow carrier 2");
+    session.waitFor("carrier 1: band B1");
+    session.signal(GetParam());
+    EXPECT_EQ(session.waitForEnd(), 128 + GetParam());
+    EXPECT_EQ(session.out(), "carrier 1: band B1, on, 40.0 dBm\n");
+}
+
+INSTANTIATE_TEST_SUITE_P(, UnitShellSignal, testing::Values(SIGINT, SIGTERM));
+
+TEST(UnitShellSignals, AnInterruptThatWasIgnoredFromTheStartStaysIgnored)
+{
+    ShellSession session(Stdin::pipe, {}, true);
+    session.type("show carrier 1\n");
+    session.waitFor("carrier 1: band B1");
+    session.signal(SIGINT);
+    session.type("show carrier 2\n");
+    session.waitFor("carrier 2: band B3");
+    session.endInput();
+    EXPECT_EQ(session.waitForEnd(), 0);
+}
+
+} // namespace

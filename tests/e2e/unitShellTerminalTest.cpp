@@ -1,0 +1,126 @@
+/// The example shell at a terminal: prompt, line editing, history, and how it ends there.
+#include <csignal>
+
+#include <gtest/gtest.h>
+
+#include "tests/e2e/shellSession.h"
+
+namespace {
+
+using Corvane::Testing::ShellSession;
+using Corvane::Testing::Stdin;
+
+constexpr const char* up = "\x1b[A";
+constexpr const char* left = "\x1b[D";
+constexpr const char* backspace = "\x7f";
+constexpr const char* controlC = "\x03";
+constexpr const char* controlD = "\x04";
+
+class UnitShellTerminal : public testing::Test
+{
+protected:
+    /// Types only when the shell reads: what comes earlier would be taken in by the terminal as it was before.
+    void SetUp() override { session.waitFor("unit> "); }
+
+    ShellSession session{Stdin::terminal, {}};
+};
+
+class UnitShellLineEditing : public UnitShellTerminal
+{
+protected:
+    void SetUp() override
+    {
+        if (!UNIT_SHELL_EDITS_LINES) {
+            GTEST_SKIP() << "unitShell is built without line editing";
+        }
+        UnitShellTerminal::SetUp();
+    }
+};
+
+TEST_F(UnitShellTerminal, AnswersEachLineAfterAPrompt)
+{
+    session.type("show carrier 1\r");
+    session.waitFor("carrier 1: band B1, on, 40.0 dBm");
+    session.waitFor("unit> ");
+    session.type("exit 5\r");
+    EXPECT_EQ(session.waitForEnd(), 5);
+}
+
+TEST_F(UnitShellTerminal, TheEndOfInputEndsItWithTheStatusOfTheLastCommand)
+{
+    session.type("show carrier 9\r");
+    session.waitFor("there is no carrier '9'");
+    session.waitFor("unit> ");
+    session.type(controlD);
+    EXPECT_EQ(session.waitForEnd(), 1);
+    EXPECT_TRUE(session.terminalIsAsBefore());
+}
+
+TEST_F(UnitShellTerminal, AnInterruptInTheMiddleOfALineEndsIt)
+{
+    session.type("show carrier 1");
+    session.waitFor("show carrier 1"); // which the terminal has shown
+    session.type(controlC);
+    EXPECT_EQ(session.waitForEnd(), 128 + SIGINT);
+    EXPECT_EQ(session.out().find("band B1"), std::string::npos);
+    EXPECT_TRUE(session.terminalIsAsBefore());
+}
+
+TEST_F(UnitShellTerminal, ATerminationEndsItAndLeavesTheTerminalAsItWas)
+{
+    session.signal(SIGTERM);
+    EXPECT_EQ(session.waitForEnd(), 128 + SIGTERM);
+    EXPECT_TRUE(session.terminalIsAsBefore());
+}
+
+TEST_F(UnitShellTerminal, TakesAWordOfAnyLanguage)
+{
+    session.type("show carrier \xc3\xa9\xe2\x82\xac\r");
+    session.waitFor("there is no carrier '\xc3\xa9\xe2\x82\xac'");
+    session.type("exit 0\r");
+    EXPECT_EQ(session.waitForEnd(), 0);
+}
+
+TEST_F(UnitShellLineEditing, BackspaceTakesTheLastCharacterAway)
+{
+    session.type(std::string("show carrier 13") + backspace + "\r");
+    session.waitFor("carrier 1: band B1, on, 40.0 dBm");
+}
+
+TEST_F(UnitShellLineEditing, TheLeftArrowMovesToWhereACharacterIsMissing)
+{
+    session.type(std::string("show carrir 2") + left + left + left + "e\r");
+    session.waitFor("carrier 2: band B3, off, 37.0 dBm");
+}
+
+TEST_F(UnitShellLineEditing, TheUpArrowBringsEarlierLinesBack)
+{
+    session.type("show carrier 1\r");
+    session.waitFor("carrier 1: band B1");
+    session.waitFor("unit> ");
+    session.type("show carrier 2\r");
+    session.waitFor("carrier 2: band B3");
+    session.waitFor("unit> ");
+    session.type(std::string(up) + up + "\r");
+    session.waitFor("carrier 1: band B1");
+    session.waitFor("unit> ");
+}
+
+TEST_F(UnitShellLineEditing, EmptyLinesAreNotKeptInTheHistory)
+{
+    session.type("show carrier 1\r");
+    session.waitFor("carrier 1: band B1");
+    session.waitFor("unit> ");
+    session.type("  \r");
+    session.waitFor("unit> ");
+    session.type(std::string(up) + "\r");
+    session.waitFor("carrier 1: band B1");
+}
+
+TEST_F(UnitShellLineEditing, BytesThatAreNoCharacterAreLeftOut)
+{
+    session.type("show carrier \xff\x32\r");
+    session.waitFor("carrier 2: band B3, off, 37.0 dBm");
+}
+
+} // namespace
