@@ -17,8 +17,6 @@ namespace {
 using Words = std::vector<std::string>;
 
 constexpr unsigned int mostSamples = 10;
-constexpr double coldestLimit = -60;
-constexpr double hottestLimit = 150;
 
 int report(const Words& words, Unit& unit, std::ostream& out)
 {
@@ -65,9 +63,9 @@ int setLimits(const Words& words, Unit& unit, std::ostream& out)
 {
     // One word is the high limit, two are the low one and the high one.
     const std::string& lastWord = words[std::min<std::size_t>(words.size() - 1, 3)];
-    const auto high = readNumber(lastWord, "the high limit", coldestLimit, hottestLimit, out);
-    const auto low = words.size() > 3 ? readNumber(words[2], "the low limit", coldestLimit, hottestLimit, out)
-                                      : std::optional(unit.low());
+    const auto high = readNumber(lastWord, "the high limit", coldest, hottest, out);
+    const auto low =
+        words.size() > 3 ? readNumber(words[2], "the low limit", coldest, hottest, out) : std::optional(unit.low());
     if (!high || !low || goesOn(words.size(), 4, out)) {
         return failed;
     }

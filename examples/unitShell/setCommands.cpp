@@ -16,8 +16,6 @@ using Words = const char* const*;
 
 constexpr double lowestPower = 0;
 constexpr double highestPower = 46;
-constexpr double coldest = -60;
-constexpr double hottest = 150;
 
 bool isOn(const char* word)
 {

@@ -19,7 +19,7 @@ constexpr int broken = 1;  // the command broke off, or its answer could not be 
 constexpr int badLine = 2; // the line can't be split into words
 constexpr int signalled = 128;
 
-int complain(const char* what, int status)
+int complain(const std::string& what, int status)
 {
     std::cerr << "unitShell: " << what << "\n";
     return status;
@@ -52,11 +52,11 @@ int Shell::runLine(const std::string& line)
 int Shell::execute(const std::string& line)
 {
     if (line.size() > maxLineLength) {
-        return complain("the line is longer than 1048576 bytes", badLine);
+        return complain("the line is longer than " + std::to_string(maxLineLength) + " bytes", badLine);
     }
     const SplitLine split = splitLine(line);
     if (!split.error.empty()) {
-        return complain(split.error.c_str(), badLine);
+        return complain(split.error, badLine);
     }
     if (split.words.empty()) {
         return m_status;

@@ -9,6 +9,10 @@
 
 namespace UnitShell {
 
+/// What the unit's sensor can measure, in degrees Celsius.
+constexpr double coldest = -60;
+constexpr double hottest = 150;
+
 struct Carrier
 {
     unsigned int id;

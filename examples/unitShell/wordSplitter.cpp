@@ -3,6 +3,21 @@
 
 namespace UnitShell {
 
+namespace {
+
+bool isBlank(char c)
+{
+    return c == ' ' || c == '\t' || c == '\r';
+}
+
+/// Returns whether `c` takes `next` as it is, where `quote` is the quote that is open, or NUL.
+bool escapes(char c, char next, char quote)
+{
+    return c == '\\' && (quote == '\0' || (quote == '"' && (next == '"' || next == '\\')));
+}
+
+} // namespace
+
 SplitLine splitLine(const std::string& line)
 {
     if (line.find('\0') != std::string::npos) {
@@ -15,7 +30,7 @@ SplitLine splitLine(const std::string& line)
     for (std::size_t i = 0; i < line.size(); ++i) {
         const char c = line[i];
         const char next = i + 1 < line.size() ? line[i + 1] : '\0';
-        if (quote == '\0' && (c == ' ' || c == '\t' || c == '\r')) {
+        if (quote == '\0' && isBlank(c)) {
             inWord = false;
             continue;
         }
@@ -26,11 +41,10 @@ SplitLine splitLine(const std::string& line)
             split.words.emplace_back();
             inWord = true;
         }
-        const bool escapes = c == '\\' && (quote == '\0' || (quote == '"' && (next == '"' || next == '\\')));
-        if (escapes && next == '\0') {
-            return {{}, "nothing follows the backslash at the end of the line"};
-        }
-        if (escapes) {
+        if (escapes(c, next, quote)) {
+            if (next == '\0') {
+                return {{}, "nothing follows the backslash at the end of the line"};
+            }
             split.words.back() += next;
             ++i;
         } else if (quote == '\0' && (c == '\'' || c == '"')) {
