@@ -6,7 +6,7 @@
 #   make check    everything that CI runs
 #   make clean    remove the build trees
 
-.PHONY: build demo test check clean
+.PHONY: build demo test check check-wider clean
 
 CTEST_FLAGS ?= -j2
 
@@ -22,7 +22,9 @@ test:
 	@tools/packages build test
 	@profile=$$(tools/profile) && tools/build $$profile && ctest --preset $$profile $(CTEST_FLAGS)
 
-check:
+check: test check-wider
+
+check-wider:
 	@tools/packages build test check
 	@tools/check
 

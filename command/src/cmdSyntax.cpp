@@ -117,7 +117,7 @@ char SyntaxGraph::processVelkSyntax(const char*& cursor, Frontier& frontier)
                 break;
             }
             SyntaxGroup& group = groups.back();
-            group.addExits(std::move(current));
+            group.addExits(current);
             if (first == '|') {
                 current = group.start();
             } else {
@@ -164,6 +164,7 @@ void SyntaxGraph::checkBrackets(const std::string& synopsis, char open, char clo
     }
 }
 
+// NOLINTNEXTLINE(readability-make-member-function-const): it changes the graph, if not the root pointer
 void SyntaxGraph::addSynopsis(const std::string& synopsis, const ShellCommandFunction& function)
 {
     std::vector<ShellCommandFunction> replaced;

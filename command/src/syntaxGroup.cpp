@@ -53,7 +53,7 @@ void NodeList::keepFirstOccurrences()
     }
 }
 
-void SyntaxGroup::addExits(SharedNodes alternative)
+void SyntaxGroup::addExits(const SharedNodes& alternative)
 {
     if (m_mayBeSkipped) {
         m_mayBeSkipped = false;
@@ -66,7 +66,7 @@ void SyntaxGroup::addExits(SharedNodes alternative)
         }
         m_startIsExit = true;
     }
-    // Of a list that nobody else holds the nodes are taken, not copied.
+    // The nodes of a list that only the caller holds are taken, not copied: the caller goes on with another list.
     add(alternative.use_count() == 1 ? std::move(*alternative) : NodeList(*alternative));
 }
 

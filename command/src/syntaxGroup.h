@@ -57,8 +57,9 @@ public:
     /// The nodes after which each alternative begins.
     const SharedNodes& start() const { return m_start; }
 
-    /// Ends an alternative: the group may be left at its last nodes.
-    void addExits(SharedNodes alternative);
+    /// Ends an alternative: the group may be left at its last nodes. Takes the nodes out of a list that only the caller
+    /// holds.
+    void addExits(const SharedNodes& alternative);
 
     /// Returns  the nodes at which the group may be left, after its last alternative.
     SharedNodes takeExits() { return std::make_shared<NodeList>(std::move(m_exits)); }

@@ -1,11 +1,10 @@
 /// Reads values out of the words of a command and writes them back.
 #include "arguments.h"
 
-#include <array>
 #include <charconv>
-#include <cstdio>
-#include <limits>
+#include <iomanip>
 #include <ostream>
+#include <sstream>
 #include <type_traits>
 
 namespace UnitShell {
@@ -78,9 +77,9 @@ Alarm* readAlarm(const std::string& word, Unit& unit, std::ostream& out)
 
 std::string oneDecimal(double number)
 {
-    std::array<char, std::numeric_limits<double>::max_exponent10 + 8> text = {};
-    std::snprintf(text.data(), text.size(), "%.1f", number);
-    return text.data();
+    std::ostringstream text;
+    text << std::fixed << std::setprecision(1) << number;
+    return text.str();
 }
 
 } // namespace UnitShell

@@ -12,7 +12,7 @@ namespace UnitShell {
 constexpr const char* prompt = "unit> ";
 
 /// A longer line is not kept whole: its first maxLineLength + 1 bytes stand for it.
-constexpr std::size_t maxLineLength = 1024 * 1024;
+constexpr std::size_t maxLineLength = std::size_t{1024} * 1024;
 
 class LineSource
 {
@@ -43,7 +43,7 @@ private:
     int m_descriptor;
     std::string m_path; // empty for a descriptor of the caller's
     std::string m_prompt;
-    std::array<char, 4096> m_buffer;
+    std::array<char, 4096> m_buffer = {};
     std::size_t m_pos = 0;
     std::size_t m_end = 0;
 };

@@ -1,9 +1,9 @@
 /// Counts and times the commands that run.
 #include "statistics.h"
 
-#include <array>
-#include <cstdio>
+#include <iomanip>
 #include <ostream>
+#include <sstream>
 
 #include <command/cmdTableHelperIf.h>
 
@@ -49,10 +49,11 @@ void Statistics::write(std::ostream& out) const
 void Statistics::writeCount(const std::string& name, const Count& count, std::ostream& out)
 {
     const std::chrono::duration<double, std::milli> time = count.time;
-    std::array<char, 64> numbers = {};
-    std::snprintf(numbers.data(), numbers.size(), " %4u run, %3u failed, %.3f ms\n", count.runs, count.failures,
-                  time.count());
-    out << name << std::string(name.size() < 8 ? 8 - name.size() : 0, ' ') << numbers.data();
+    std::ostringstream line; // the caller's stream keeps its format
+    line << std::left << std::setw(8) << name << std::right << ' ' << std::setw(4) << count.runs << " run, "
+         << std::setw(3) << count.failures << " failed, " << std::fixed << std::setprecision(3) << time.count()
+         << " ms\n";
+    out << line.str();
 }
 
 std::vector<Corvane::CmdTableHelper::CmdDefinitionCpp> statisticsTable(const Statistics& statistics)

@@ -103,7 +103,8 @@ private:
 
 std::unique_ptr<LineSource> terminalLines()
 {
-    std::setlocale(LC_CTYPE, ""); // what is a character is the user's choice; numbers keep the form of the C locale
+    static_cast<void>(std::setlocale(
+        LC_CTYPE, "")); // what is a character is the user's choice; numbers keep the form of the C locale
     return std::make_unique<EditedLines>();
 }
 
