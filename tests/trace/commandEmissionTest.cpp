@@ -1,0 +1,185 @@
+/// What the command service emits, at each of its three sites, with all arguments. The path is the one of the source
+/// file, as the site hands it to libtpx, which this program replaces.
+#include <ostream>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "command/src/cmdTableHelperImplV2.h"
+#include "tests/support/probeRecorder.h"
+#include "tests/trace/countedCosts.h"
+
+namespace {
+
+using Corvane::CmdTableHelper::CmdDefinitionCpp;
+using Corvane::CmdTableHelper::V2::CmdTableHelperImpl;
+using Corvane::Testing::allocatedBytes;
+using Corvane::Testing::ProbedEvent;
+using Corvane::Testing::ProbeRecord;
+using Corvane::Testing::ProbeRecorder;
+using Corvane::Testing::shortenedPaths;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+constexpr const char* syntaxFile = "command/src/cmdSyntax.cpp";
+constexpr const char* serviceFile = "command/src/cmdTableHelperImplV2.cpp";
+
+int succeed(const std::vector<std::string>&, std::ostream&)
+{
+    return 0;
+}
+
+ProbeRecord registered(const std::string& synopsis)
+{
+    return {ProbedEvent::Trace2, syntaxFile, 209, "-", "Registered VELK syntax: " + synopsis};
+}
+
+ProbeRecord unbalanced(const std::string& synopsis, const std::string& pair)
+{
+    return {ProbedEvent::Error, syntaxFile, 192, "",
+            "VELK syntax \"" + synopsis + "\": Unbalanced " + pair + " brackets"};
+}
+
+ProbeRecord executed(const std::string& words)
+{
+    return {ProbedEvent::Trace1, serviceFile, 150, "-", "Execute VELK command: " + words};
+}
+
+class CommandEmission : public testing::Test
+{
+protected:
+    void registerSynopses(const std::string& commandName, const std::vector<std::string>& synopses)
+    {
+        std::vector<CmdDefinitionCpp> table;
+        for (const std::string& synopsis : synopses) {
+            table.push_back({synopsis, succeed, nullptr});
+        }
+        m_service.registerCmdTable(commandName, table);
+    }
+
+    int execute(const std::vector<std::string>& words)
+    {
+        std::ostringstream out;
+        return m_service.executeCmd(words, out);
+    }
+
+    CmdTableHelperImpl m_service;
+};
+
+TEST_F(CommandEmission, TracesEveryRegisteredSynopsisInTheOrderOfTheTable)
+{
+    ProbeRecorder recorder;
+    registerSynopses("show", {"show [-l] <file> { on | off }", "show", ""});
+    EXPECT_THAT(recorder.take(),
+                ElementsAre(registered("show [-l] <file> { on | off }"), registered("show"), registered("")));
+}
+
+TEST_F(CommandEmission, TracesNothingForAnEmptyTable)
+{
+    ProbeRecorder recorder;
+    registerSynopses("show", {});
+    EXPECT_THAT(recorder.take(), IsEmpty());
+}
+
+TEST_F(CommandEmission, ReportsAnUnbalancedPairOfEachKind)
+{
+    ProbeRecorder recorder;
+    registerSynopses("show", {"show [-l", "show { on | off", "show <file"});
+    EXPECT_THAT(recorder.take(), ElementsAre(registered("show [-l"), unbalanced("show [-l", "[]"),
+                                             registered("show { on | off"), unbalanced("show { on | off", "{}"),
+                                             registered("show <file"), unbalanced("show <file", "<>")));
+}
+
+TEST_F(CommandEmission, ReportsCurlyThenSquareThenAngleBrackets)
+{
+    ProbeRecorder recorder;
+    registerSynopses("x", {"x <[{", "x >]}"});
+    EXPECT_THAT(recorder.take(), ElementsAre(registered("x <[{"), unbalanced("x <[{", "{}"), unbalanced("x <[{", "[]"),
+                                             unbalanced("x <[{", "<>"), registered("x >]}"), unbalanced("x >]}", "{}"),
+                                             unbalanced("x >]}", "[]"), unbalanced("x >]}", "<>")));
+}
+
+TEST_F(CommandEmission, ReportsNoPairThatBalancesInAnyOrder)
+{
+    ProbeRecorder recorder;
+    registerSynopses("x", {"x ] [", "x } > < {"});
+    EXPECT_THAT(recorder.take(), ElementsAre(registered("x ] ["), registered("x } > < {")));
+}
+
+TEST_F(CommandEmission, ReportsUnbalancedBracketsWhileSynopsesAreNotTraced)
+{
+    ProbeRecorder recorder({ProbedEvent::Error});
+    registerSynopses("show", {"show [-l", "show"});
+    EXPECT_THAT(recorder.take(), ElementsAre(unbalanced("show [-l", "[]")));
+}
+
+TEST_F(CommandEmission, TracesAnExecutedLineWithItsWordsJoined)
+{
+    registerSynopses("show", {"show [-l] <file> { on | off }"});
+    ProbeRecorder recorder;
+    EXPECT_EQ(execute({"show", "-l", "a.txt", "on"}), 0);
+    EXPECT_EQ(execute({"show", "a b", "", "extra"}), 20);
+    EXPECT_EQ(execute({"show", "", "off", "", "more words"}), 0);
+    EXPECT_THAT(recorder.take(), ElementsAre(executed("show -l a.txt on"), executed("show  off  more words")));
+}
+
+TEST_F(CommandEmission, TracesALineWithoutWordsThatTheRootHandles)
+{
+    registerSynopses("", {"[show]"});
+    ProbeRecorder recorder;
+    EXPECT_EQ(execute({}), 0);
+    EXPECT_THAT(recorder.take(), ElementsAre(executed("")));
+}
+
+TEST_F(CommandEmission, TracesNothingForALineThatLeadsToNoHandler)
+{
+    registerSynopses("show", {"show [-l] <file> { on | off }"});
+    ProbeRecorder recorder;
+    EXPECT_EQ(execute({"show", "a.txt"}), 20);
+    EXPECT_EQ(execute({"list"}), 20);
+    EXPECT_EQ(execute({}), 20);
+    EXPECT_THAT(recorder.take(), IsEmpty());
+}
+
+TEST_F(CommandEmission, TracesALineBeforeItsHandlerRuns)
+{
+    ProbeRecorder recorder({ProbedEvent::Trace1});
+    std::vector<ProbeRecord> seenByHandler;
+    const std::vector<CmdDefinitionCpp> table = {{"look",
+                                                  [&](const std::vector<std::string>&, std::ostream&) {
+                                                      seenByHandler = recorder.take();
+                                                      return 3;
+                                                  },
+                                                  nullptr}};
+    m_service.registerCmdTable("look", table);
+    EXPECT_EQ(execute({"look"}), 3);
+    EXPECT_THAT(seenByHandler, ElementsAre(executed("look")));
+}
+
+TEST_F(CommandEmission, BuildsNoTextAtAnySiteWhileItsEventIsOff)
+{
+    const unsigned int pathsBefore = shortenedPaths();
+    registerSynopses("show", {"show <file>", "show [-l", "show {", "show <"});
+    const std::string longWord(1 << 20, 'w');
+    const std::vector<std::string> words = {"show", longWord};
+    std::ostringstream out;
+
+    const std::size_t bytesBefore = allocatedBytes();
+    EXPECT_EQ(m_service.executeCmd(words, out), 0);
+    const std::size_t bytesWhileOff = allocatedBytes() - bytesBefore;
+    EXPECT_EQ(shortenedPaths(), pathsBefore);
+
+    const ProbeRecorder recorder;
+    const std::size_t bytesBeforeOn = allocatedBytes();
+    EXPECT_EQ(m_service.executeCmd(words, out), 0);
+    const std::size_t bytesWhileOn = allocatedBytes() - bytesBeforeOn;
+    EXPECT_EQ(shortenedPaths(), pathsBefore + 1);
+
+    // The matching copies the word or doesn't; the text holds it at least once more.
+    EXPECT_GE(bytesWhileOn, bytesWhileOff + longWord.size());
+}
+
+} // namespace

@@ -1,0 +1,162 @@
+/// How the library emits: nothing at all while an event is off, everything once while it is on.
+#include <ostream>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "tests/support/probeRecorder.h"
+#include "tests/trace/countedCosts.h"
+#include "trace/emit.h"
+
+namespace {
+
+using Corvane::Testing::allocatedBytes;
+using Corvane::Testing::isEnabled;
+using Corvane::Testing::ProbedEvent;
+using Corvane::Testing::ProbeRecord;
+using Corvane::Testing::ProbeRecorder;
+using Corvane::Testing::shortenedPaths;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+/// Emits one of the four events with a text that is longer than any string keeps inside itself, and counts the calls.
+void emit(ProbedEvent event, unsigned int& calls)
+{
+    const auto writeText = [&](std::ostream& msg) {
+        ++calls;
+        msg << "a text that doesn't fit into the object of a string: " << 4711;
+    };
+    switch (event) {
+    case ProbedEvent::Trace1:
+        return Corvane::Trace::trace1("x/y/z.cpp", 1, writeText);
+    case ProbedEvent::Trace2:
+        return Corvane::Trace::trace2("x/y/z.cpp", 2, writeText);
+    case ProbedEvent::Info:
+        return Corvane::Trace::info("x/y/z.cpp", 3, writeText);
+    case ProbedEvent::Error:
+        return Corvane::Trace::error("x/y/z.cpp", 4, writeText);
+    }
+}
+
+/// The record of an emission by emit().
+ProbeRecord recordOf(ProbedEvent event)
+{
+    const bool isTrace = event == ProbedEvent::Trace1 || event == ProbedEvent::Trace2;
+    return {event, "x/y/z.cpp", static_cast<unsigned int>(event) + 1, isTrace ? "-" : "",
+            "a text that doesn't fit into the object of a string: 4711"};
+}
+
+class Emit : public testing::TestWithParam<ProbedEvent>
+{
+};
+
+TEST_P(Emit, DoesNothingWhileTheEventIsOff)
+{
+    ASSERT_FALSE(isEnabled(GetParam()));
+    unsigned int calls = 0;
+    const std::size_t bytesBefore = allocatedBytes();
+    const unsigned int pathsBefore = shortenedPaths();
+
+    emit(GetParam(), calls);
+
+    EXPECT_EQ(calls, 0U);
+    EXPECT_EQ(allocatedBytes(), bytesBefore);
+    EXPECT_EQ(shortenedPaths(), pathsBefore);
+}
+
+TEST_P(Emit, DoesNothingWhileOnlyOtherEventsAreOn)
+{
+    std::vector<ProbedEvent> others;
+    for (const ProbedEvent event : {ProbedEvent::Trace1, ProbedEvent::Trace2, ProbedEvent::Info, ProbedEvent::Error}) {
+        if (event != GetParam()) {
+            others.push_back(event);
+        }
+    }
+    ProbeRecorder recorder(others);
+    unsigned int calls = 0;
+    const unsigned int pathsBefore = shortenedPaths();
+
+    emit(GetParam(), calls);
+
+    EXPECT_EQ(calls, 0U);
+    EXPECT_EQ(shortenedPaths(), pathsBefore);
+    EXPECT_THAT(recorder.take(), IsEmpty());
+}
+
+TEST_P(Emit, BuildsTheTextOnceWhileTheEventIsOn)
+{
+    ProbeRecorder recorder({GetParam()});
+    ASSERT_TRUE(isEnabled(GetParam()));
+    unsigned int calls = 0;
+    const std::size_t bytesBefore = allocatedBytes();
+    const unsigned int pathsBefore = shortenedPaths();
+
+    emit(GetParam(), calls);
+
+    EXPECT_EQ(calls, 1U);
+    EXPECT_GT(allocatedBytes(), bytesBefore); // so that the test above would see a text that is built
+    EXPECT_EQ(shortenedPaths(), pathsBefore + 1);
+    EXPECT_THAT(recorder.take(), ElementsAre(recordOf(GetParam())));
+}
+
+TEST_P(Emit, BuildsTheTextOnceForSeveralProbes)
+{
+    ProbeRecorder first({GetParam()});
+    ProbeRecorder second({GetParam()});
+    unsigned int calls = 0;
+
+    emit(GetParam(), calls);
+
+    EXPECT_EQ(calls, 1U);
+    EXPECT_THAT(first.take(), ElementsAre(recordOf(GetParam())));
+    EXPECT_THAT(second.take(), ElementsAre(recordOf(GetParam())));
+}
+
+TEST_P(Emit, IsOffAgainWhenTheProbeIsGone)
+{
+    {
+        const ProbeRecorder recorder({GetParam()});
+        ASSERT_TRUE(isEnabled(GetParam()));
+    }
+    ASSERT_FALSE(isEnabled(GetParam()));
+    unsigned int calls = 0;
+
+    emit(GetParam(), calls);
+
+    EXPECT_EQ(calls, 0U);
+}
+
+std::string nameOf(const testing::TestParamInfo<ProbedEvent>& event)
+{
+    return std::vector<std::string>{"TRACE1", "TRACE2", "INFO", "ERROR"}.at(static_cast<std::size_t>(event.param));
+}
+
+INSTANTIATE_TEST_SUITE_P(Every, Emit,
+                         testing::Values(ProbedEvent::Trace1, ProbedEvent::Trace2, ProbedEvent::Info,
+                                         ProbedEvent::Error),
+                         nameOf);
+
+TEST(EmitText, ReachesTheCallerOfASiteWhenItThrows)
+{
+    const auto writeText = [](std::ostream&) { throw std::runtime_error("no text"); };
+    EXPECT_NO_THROW(Corvane::Trace::info("x.cpp", 1, writeText));
+
+    ProbeRecorder recorder({ProbedEvent::Info});
+    EXPECT_THROW(Corvane::Trace::info("x.cpp", 1, writeText), std::runtime_error);
+    EXPECT_THAT(recorder.take(), IsEmpty());
+}
+
+TEST(EmitText, MayBeEmptyOrLong)
+{
+    const std::string text(1 << 20, 'x');
+    ProbeRecorder recorder({ProbedEvent::Info});
+    Corvane::Trace::info("x.cpp", 1, [](std::ostream&) {});
+    Corvane::Trace::info("x.cpp", 2, [&](std::ostream& msg) { msg << text; });
+    EXPECT_THAT(recorder.take(), ElementsAre(ProbeRecord{ProbedEvent::Info, "x.cpp", 1, "", ""},
+                                             ProbeRecord{ProbedEvent::Info, "x.cpp", 2, "", text}));
+}
+
+} // namespace
