@@ -3,10 +3,22 @@
 
 #include <climits>
 #include <cstddef>
+#include <cstdlib>
 #include <cstring>
 
 #include <lttng/ust-events.h>
 #include <lttng/ust-version.h>
+
+namespace {
+
+/// Returns  the error that the environment asks for; 0 for none.
+int refusal()
+{
+    const char* const number = std::getenv("CORVANE_NO_TRACER_REFUSES");
+    return number != nullptr ? std::atoi(number) : 0;
+}
+
+} // namespace
 
 // Both lines' own headers declare these functions, and so check that the definitions fit.
 #if LTTNG_UST_MAJOR_VERSION == 2 && LTTNG_UST_MINOR_VERSION < 13
@@ -31,6 +43,9 @@ const char* signatureOf(const EventDescription& event)
 
 [[gnu::visibility("default")]] int lttng_probe_register(lttng_probe_desc* description)
 {
+    if (const int error = refusal()) {
+        return error;
+    }
     registered = description;
     return 0;
 }
@@ -64,6 +79,9 @@ const char* signatureOf(const EventDescription& event)
 [[gnu::visibility("default")]] lttng_ust_registered_probe*
 lttng_ust_probe_register(const lttng_ust_probe_desc* description)
 {
+    if (refusal() != 0) {
+        return nullptr;
+    }
     registered = description;
     return reinterpret_cast<lttng_ust_registered_probe*>(&registration);
 }

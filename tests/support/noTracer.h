@@ -1,7 +1,8 @@
 /// Takes the place of the tracer to which the provider registers its probe. No daemon can turn an event on in a process
 /// that has this one, and what the provider registers can be looked at.
 ///
-/// It is linked into the tests with a recording fake, and is a library of its own for a process without LTTng.
+/// It is linked into the tests with a recording fake, and is a library of its own for a process without LTTng. If the
+/// environment has CORVANE_NO_TRACER_REFUSES=NUMBER, it refuses the registration with that error.
 ///
 /// Threads  any, once the program's constructors are over.
 #ifndef CORVANE_TESTS_SUPPORT_NOTRACER_H
