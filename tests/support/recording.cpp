@@ -4,7 +4,6 @@
 #include <algorithm>
 #include <cstddef>
 #include <ostream>
-#include <regex>
 #include <sstream>
 #include <stdexcept>
 
@@ -146,33 +145,38 @@ std::string nameOf(const std::string& identifier)
     return identifier.substr(identifier.compare(0, 1, "_") == 0 ? 1 : 0);
 }
 
-DeclaredField readField(const std::string& line)
+DeclaredField readString(Reader& line)
 {
-    static const std::regex stringField(R"(string (\w+);)");
-    static const std::regex otherStringField(R"(string (\{.*\}) (\w+);)");
-    static const std::regex integerField(R"(integer \{ (.*) \} (\w+)(\[ (\w+) \])?;)");
-    std::smatch match;
-    if (std::regex_match(line, match, stringField)) { // UTF-8 is what a string is that doesn't say otherwise
-        return {nameOf(match[1]), "UTF-8 string"};
+    // UTF-8 is what a string is that doesn't say otherwise.
+    const std::string type = line.take("{ ") ? "string with " + line.upTo(" } ") : "UTF-8 string";
+    return {nameOf(line.upTo(";")), type};
+}
+
+DeclaredField readInteger(Reader& line)
+{
+    line.need("{ size = ");
+    const std::string size = line.upTo("; align = ");
+    line.upTo("; signed = ");
+    const std::string sign = line.take("0") ? "unsigned " : "signed ";
+    line.upTo("; encoding = none; base = ");
+    const std::string type = sign + size + "-bit integer, base " + line.upTo("; } ");
+    const std::string declarator = line.upTo(";");
+    const std::size_t bracket = declarator.find("[ ");
+    if (bracket == std::string::npos) {
+        return {nameOf(declarator), type};
     }
-    if (std::regex_match(line, match, otherStringField)) {
-        return {nameOf(match[2]), "string " + match[1].str()};
+    const std::string length = declarator.substr(bracket + 2, declarator.rfind(" ]") - bracket - 2);
+    return {nameOf(declarator.substr(0, bracket)), "sequence of " + type + ", length in " + nameOf(length)};
+}
+
+DeclaredField readField(const std::string& text)
+{
+    Reader line(text);
+    if (line.take("string ")) {
+        return readString(line);
     }
-    if (!std::regex_match(line, match, integerField)) {
-        throw std::runtime_error("not a field: " + line);
-    }
-    static const std::regex attributes(R"(size = (\d+); align = \d+; signed = ([01]); encoding = none; base = (\d+);)");
-    const std::string text = match[1];
-    std::smatch parts;
-    if (!std::regex_match(text, parts, attributes)) {
-        return {nameOf(match[2]), "integer " + text};
-    }
-    const std::string type =
-        (parts[2] == "1" ? "signed " : "unsigned ") + parts[1].str() + "-bit integer, base " + parts[3].str();
-    if (!match[3].matched) {
-        return {nameOf(match[2]), type};
-    }
-    return {nameOf(match[2]), "sequence of " + type + ", length in " + nameOf(match[4])};
+    line.need("integer ");
+    return readInteger(line);
 }
 
 std::string trimmed(const std::string& line)

@@ -42,7 +42,6 @@ protected:
         return m_session->finish();
     }
 
-private:
     std::unique_ptr<LiveSession> m_session;
 };
 
@@ -198,6 +197,20 @@ TEST_F(LiveTrace, RecordsWhatTheCommandServiceEmits)
                           plain(serviceFile, "150", "-", "Execute VELK command: show -l a.txt on")),
                     event("TRACE1", "TRACE_DEBUG_PROGRAM (8)",
                           plain(serviceFile, "150", "-", "Execute VELK command: show  off say \"x\""))));
+}
+
+TEST_F(LiveTrace, IsThatOfTheProgramsThatAreFollowed)
+{
+    EXPECT_EQ(Corvane::Testing::runProgram({CORVANE_USE_COMMANDS}, m_session->environment()).status, 0);
+    EXPECT_EQ(m_session->run({CORVANE_EMIT_ALL_EVENTS}).status, 0);
+    EXPECT_EQ(m_session->run({CORVANE_EMIT_ALL_EVENTS}).status, 0);
+
+    const Recording recording = m_session->finish();
+
+    ASSERT_EQ(recording.events.size(), 40U);
+    EXPECT_EQ(recording.events.front(), recording.events.at(20));
+    EXPECT_EQ(recording.events.at(19), recording.events.back());
+    EXPECT_EQ(recording.declared.size(), 20U);
 }
 
 } // namespace
