@@ -77,8 +77,8 @@ private:
 
     char escaped()
     {
-        static const std::string letters = "abfnrtv";
-        static const std::string meanings = "\a\b\f\n\r\t\v";
+        static const std::string letters = "abefnrtv";
+        static const std::string meanings = "\a\b\x1B\f\n\r\t\v";
         const char c = next();
         if (c == 'x') {
             const std::string digits{next(), next()};

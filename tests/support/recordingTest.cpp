@@ -32,9 +32,9 @@ TEST(RecordedEvents, AreReadWithNumbersTextsAndSequences)
 
 TEST(RecordedEvents, HaveTheBytesOfTheirTexts)
 {
-    const auto events = parseEvents(head + R"({ msg = "a \"b\" \\ { x = 1, y }\n\t\x01\xFF" })");
+    const auto events = parseEvents(head + R"({ msg = "a \"b\" \\ { x = 1, y }\n\t\e\'\x01\x7f" })");
     ASSERT_EQ(events.size(), 1U);
-    EXPECT_EQ(events[0].fields.at(0).value, "a \"b\" \\ { x = 1, y }\n\t\x01\xFF");
+    EXPECT_EQ(events[0].fields.at(0).value, "a \"b\" \\ { x = 1, y }\n\t\x1B'\x01\x7F");
 }
 
 TEST(RecordedEvents, AreRefusedInAnyOtherForm)

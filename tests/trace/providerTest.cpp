@@ -12,11 +12,11 @@
 // The linker's names for the ends of the section that lists the objects for their registration.
 extern "C" {
 #if CORVANE_TEST_OLD_LTTNG
-extern lttng_ust_tracepoint* const __start___tracepoints_ptrs[] [[gnu::visibility("hidden")]];
-extern lttng_ust_tracepoint* const __stop___tracepoints_ptrs[] [[gnu::visibility("hidden")]];
+[[gnu::visibility("hidden")]] extern lttng_ust_tracepoint* const __start___tracepoints_ptrs[];
+[[gnu::visibility("hidden")]] extern lttng_ust_tracepoint* const __stop___tracepoints_ptrs[];
 #else
-extern lttng_ust_tracepoint* const __start_lttng_ust_tracepoints_ptrs[] [[gnu::visibility("hidden")]];
-extern lttng_ust_tracepoint* const __stop_lttng_ust_tracepoints_ptrs[] [[gnu::visibility("hidden")]];
+[[gnu::visibility("hidden")]] extern lttng_ust_tracepoint* const __start_lttng_ust_tracepoints_ptrs[];
+[[gnu::visibility("hidden")]] extern lttng_ust_tracepoint* const __stop_lttng_ust_tracepoints_ptrs[];
 #endif
 }
 
