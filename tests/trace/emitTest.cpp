@@ -1,7 +1,9 @@
 /// How the library emits: nothing at all while an event is off, everything once while it is on.
+#include <future>
 #include <ostream>
 #include <stdexcept>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include <gmock/gmock.h>
@@ -19,6 +21,7 @@ using Corvane::Testing::ProbedEvent;
 using Corvane::Testing::ProbeRecord;
 using Corvane::Testing::ProbeRecorder;
 using Corvane::Testing::shortenedPaths;
+using testing::Each;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
@@ -157,6 +160,41 @@ TEST(EmitText, MayBeEmptyOrLong)
     Corvane::Trace::info("x.cpp", 2, [&](std::ostream& msg) { msg << text; });
     EXPECT_THAT(recorder.take(), ElementsAre(ProbeRecord{ProbedEvent::Info, "x.cpp", 1, "", ""},
                                              ProbeRecord{ProbedEvent::Info, "x.cpp", 2, "", text}));
+}
+
+TEST(EmitThreads, EachReachTheProbeWithAllTheirTexts)
+{
+    constexpr unsigned int threadCount = 4;
+    constexpr unsigned int textCount = 1000;
+    ProbeRecorder recorder({ProbedEvent::Trace1, ProbedEvent::Error});
+    std::promise<void> start;
+    const std::shared_future<void> started = start.get_future().share();
+    std::vector<std::thread> threads;
+    for (unsigned int thread = 0; thread < threadCount; ++thread) {
+        threads.emplace_back([thread, started] {
+            started.wait();
+            for (unsigned int i = 0; i < textCount; ++i) {
+                const auto writeText = [&](std::ostream& msg) { msg << i; };
+                Corvane::Trace::trace1("x.cpp", thread, writeText);
+                Corvane::Trace::error("x.cpp", thread, writeText);
+                Corvane::Trace::info("x.cpp", thread, writeText); // off
+            }
+        });
+    }
+    start.set_value();
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
+
+    std::vector<std::vector<std::string>> texts(threadCount);
+    for (const ProbeRecord& record : recorder.take()) {
+        texts.at(record.line).push_back(record.msg);
+    }
+    std::vector<std::string> expected;
+    for (unsigned int i = 0; i < textCount; ++i) {
+        expected.insert(expected.end(), 2, std::to_string(i));
+    }
+    EXPECT_THAT(texts, Each(expected));
 }
 
 } // namespace
