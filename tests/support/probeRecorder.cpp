@@ -91,8 +91,13 @@ bool operator==(const ProbeRecord& left, const ProbeRecord& right)
 
 std::ostream& operator<<(std::ostream& out, const ProbeRecord& record)
 {
-    return out << attachmentOf(record.event).name << " \"" << record.file << "\", " << record.line << ", \""
-               << record.obj << "\", \"" << record.msg << "\"";
+    return out << record.event << " \"" << record.file << "\", " << record.line << ", \"" << record.obj << "\", \""
+               << record.msg << "\"";
+}
+
+std::ostream& operator<<(std::ostream& out, ProbedEvent event)
+{
+    return out << attachmentOf(event).name;
 }
 
 bool isEnabled(ProbedEvent event)

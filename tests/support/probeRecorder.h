@@ -41,6 +41,7 @@ struct ProbeRecord
 
 bool operator==(const ProbeRecord& left, const ProbeRecord& right);
 std::ostream& operator<<(std::ostream& out, const ProbeRecord& record);
+std::ostream& operator<<(std::ostream& out, ProbedEvent event);
 
 /// Returns  whether the event is on.
 bool isEnabled(ProbedEvent event);
