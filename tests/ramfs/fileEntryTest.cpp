@@ -1,0 +1,326 @@
+/// File entries: where writing lands, how storage grows, and what the diagnostic texts say.
+#include <ctime>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "tests/ramfs/ramfsTestSupport.h"
+
+namespace Corvane::RamFs::V1 {
+namespace {
+
+using Access = FileEntryTestAccess;
+
+const std::string toStart = " can't update header, Move the offset to the start of the content \n";
+const std::string toEnd = " can't update header, Move the offset to the end of the content \n";
+
+class FileEntryTest : public testing::Test
+{
+protected:
+    FileEntry::WriteResult write(unsigned int at, const std::string& text)
+    {
+        pos = at;
+        return entry->write(pos, bytes(text.data()), static_cast<unsigned int>(text.size()));
+    }
+    FileEntry::AppendResult append(const std::string& text)
+    {
+        return entry->append(bytes(text.data()), static_cast<unsigned int>(text.size()));
+    }
+    std::string read(unsigned int at, unsigned int length)
+    {
+        pos = at;
+        std::vector<unsigned char> buffer(length);
+        buffer.resize(entry->read(pos, buffer.data(), length));
+        return textOf(buffer);
+    }
+    void setHeader(const std::string& text)
+    {
+        entry->insertHeader(bytes(text.data()), static_cast<unsigned int>(text.size()));
+    }
+    void setFooter(const std::string& text)
+    {
+        entry->appendFooter(bytes(text.data()), static_cast<unsigned int>(text.size()));
+    }
+
+    std::shared_ptr<FileEntry> entry = FileEntry::create(3, 0);
+    unsigned int pos = 0;
+};
+
+TEST_F(FileEntryTest, ANewEntryIsEmptyWithZeroFilledStorage)
+{
+    const std::time_t before = std::time(nullptr);
+    const auto created = FileEntry::create(-7, 5);
+    const std::time_t after = std::time(nullptr);
+    EXPECT_EQ(created->getFileRef(), -7);
+    EXPECT_EQ(created->getFileSize(), 0U);
+    EXPECT_EQ(Access::content(*created), std::vector<unsigned char>(5, 0));
+    EXPECT_TRUE(created->readHeader().empty());
+    EXPECT_TRUE(created->readFooter().empty());
+    EXPECT_FALSE(created->getDelayedDelete());
+    EXPECT_GE(created->getCreationTime(), before);
+    EXPECT_LE(created->getCreationTime(), after);
+}
+
+TEST_F(FileEntryTest, TheFirstWriteGrowsTheStorageByTenPercentBeyondNeed)
+{
+    const auto result = write(0, "0123456789");
+    EXPECT_EQ(result.bytesWritten, 10U);
+    EXPECT_EQ(result.text, "3 FileEntry::lockFreeWrite() extending file vector to 11 bytes");
+    EXPECT_EQ(Access::contentSize(*entry), 10U);
+    EXPECT_EQ(Access::storage(*entry), 11U);
+    EXPECT_EQ(pos, 10U);
+}
+
+TEST_F(FileEntryTest, AWriteThatFitsTheStorageSaysTheBareNumber)
+{
+    write(0, "0123456789");
+    EXPECT_EQ(write(10, "a").text, "3");
+    EXPECT_EQ(Access::storage(*entry), 11U);
+    EXPECT_EQ(write(11, "b").text, "3 FileEntry::lockFreeWrite() extending file vector to 13 bytes");
+    EXPECT_EQ(wholeFile(*entry), "0123456789ab");
+}
+
+TEST_F(FileEntryTest, OneByteAtTheEndOfAHundredGrowsToAHundredAndEleven)
+{
+    entry = FileEntry::create(3, 100);
+    EXPECT_EQ(write(0, std::string(100, 'x')).text, "3");
+    EXPECT_EQ(write(100, "y").text, "3 FileEntry::lockFreeWrite() extending file vector to 111 bytes");
+    EXPECT_EQ(Access::storage(*entry), 111U);
+}
+
+TEST_F(FileEntryTest, TheTextBeginsWithANegativeNumberToo)
+{
+    entry = FileEntry::create(-12, 1);
+    EXPECT_EQ(write(0, "a").text, "-12");
+}
+
+TEST_F(FileEntryTest, StorageBeyondTheContentStaysZero)
+{
+    write(0, std::string(100, 'x'));
+    const auto& content = Access::content(*entry);
+    ASSERT_EQ(content.size(), 110U);
+    EXPECT_EQ(std::vector<unsigned char>(content.begin() + 100, content.end()), std::vector<unsigned char>(10, 0));
+}
+
+TEST_F(FileEntryTest, AnOverwriteInsideTheContentKeepsItsLength)
+{
+    write(0, "abcdef");
+    const auto result = write(2, "XY");
+    EXPECT_EQ(result.bytesWritten, 2U);
+    EXPECT_EQ(result.text, "3");
+    EXPECT_EQ(pos, 4U);
+    EXPECT_EQ(wholeFile(*entry), "abXYef");
+}
+
+TEST_F(FileEntryTest, AnOverwriteMayRunPastTheEnd)
+{
+    write(0, "abcdef");
+    EXPECT_EQ(write(4, "1234").text, "3 FileEntry::lockFreeWrite() extending file vector to 8 bytes");
+    EXPECT_EQ(wholeFile(*entry), "abcd1234");
+}
+
+TEST_F(FileEntryTest, AWriteOfNothingInsideTheContentChangesNothing)
+{
+    write(0, "abcdef");
+    const auto result = write(2, "");
+    EXPECT_EQ(result.bytesWritten, 0U);
+    EXPECT_EQ(result.text, "3");
+    EXPECT_EQ(pos, 2U);
+    EXPECT_EQ(wholeFile(*entry), "abcdef");
+}
+
+TEST_F(FileEntryTest, AWriteInTheHeaderMovesToTheStartOfTheContent)
+{
+    setHeader("HDR:");
+    const auto result = write(0, "abc");
+    EXPECT_EQ(result.bytesWritten, 3U);
+    EXPECT_EQ(result.text, "3" + toStart + " FileEntry::lockFreeWrite() extending file vector to 3 bytes");
+    EXPECT_EQ(pos, 7U);
+    EXPECT_EQ(wholeFile(*entry), "HDR:abc");
+}
+
+TEST_F(FileEntryTest, AWriteInTheFooterMovesToTheEndOfTheContent)
+{
+    write(0, "abc");
+    setFooter("END");
+    const auto result = write(6, "de");
+    EXPECT_EQ(result.bytesWritten, 2U);
+    EXPECT_EQ(result.text, "3" + toEnd + " FileEntry::lockFreeWrite() extending file vector to 5 bytes");
+    EXPECT_EQ(pos, 5U);
+    EXPECT_EQ(wholeFile(*entry), "abcdeEND");
+}
+
+TEST_F(FileEntryTest, AWriteBeyondTheFileLeavesNoGap)
+{
+    write(0, "abc");
+    EXPECT_EQ(write(1000000, "d").text, "3" + toEnd + " FileEntry::lockFreeWrite() extending file vector to 4 bytes");
+    EXPECT_EQ(wholeFile(*entry), "abcd");
+}
+
+TEST_F(FileEntryTest, AWriteOfNothingStillCorrectsThePosition)
+{
+    setHeader("HDR:");
+    EXPECT_EQ(write(1, "").text, "3" + toStart);
+    EXPECT_EQ(pos, 4U);
+    EXPECT_EQ(write(9, "").text, "3" + toEnd);
+    EXPECT_EQ(pos, 4U);
+}
+
+TEST_F(FileEntryTest, NullDataWriteNothingAndLeaveThePosition)
+{
+    setHeader("HDR:");
+    pos = 1;
+    const auto result = entry->write(pos, nullptr, 5);
+    EXPECT_EQ(result.bytesWritten, 0U);
+    EXPECT_EQ(result.text, "3 p_buffer is empty");
+    EXPECT_EQ(pos, 1U);
+    EXPECT_EQ(entry->write(pos, nullptr, 0).text, "3 p_buffer is empty");
+}
+
+TEST_F(FileEntryTest, AnAppendLandsAtTheEndOfTheContent)
+{
+    append("abc");
+    const auto result = append("de");
+    EXPECT_EQ(result.position, 5U);
+    EXPECT_EQ(result.bytesWritten, 2U);
+    EXPECT_EQ(result.text, "3 FileEntry::lockFreeWrite() extending file vector to 5 bytes");
+    EXPECT_EQ(wholeFile(*entry), "abcde");
+}
+
+TEST_F(FileEntryTest, AnAppendBeforeAFooterAlwaysCarriesTheNote)
+{
+    setHeader("H");
+    append("abc");
+    setFooter("END");
+    const auto result = append("d");
+    EXPECT_EQ(result.position, 5U);
+    EXPECT_EQ(result.text, "3" + toEnd + " FileEntry::lockFreeWrite() extending file vector to 4 bytes");
+    EXPECT_EQ(append("").text, "3" + toEnd);
+    EXPECT_EQ(wholeFile(*entry), "HabcdEND");
+}
+
+TEST_F(FileEntryTest, AnAppendOfNullTellsTheEndOfTheFile)
+{
+    append("abc");
+    setFooter("END");
+    const auto result = entry->append(nullptr, 4);
+    EXPECT_EQ(result.position, 6U);
+    EXPECT_EQ(result.bytesWritten, 0U);
+    EXPECT_EQ(result.text, "3 p_buffer is empty");
+}
+
+TEST_F(FileEntryTest, AReadCrossesAllThreeRegions)
+{
+    setHeader("HDR:");
+    write(4, "content");
+    setFooter("END");
+    EXPECT_EQ(read(0, 100), "HDR:contentEND");
+    EXPECT_EQ(pos, 14U);
+    EXPECT_EQ(read(2, 4), "R:co");
+    EXPECT_EQ(pos, 6U);
+    EXPECT_EQ(read(10, 2), "tE");
+    EXPECT_EQ(read(4, 7), "content");
+    EXPECT_EQ(read(13, 1), "D");
+    for (unsigned int at = 0; at <= 14; ++at) {
+        for (unsigned int length = 0; length <= 15; ++length) {
+            ASSERT_EQ(read(at, length), std::string("HDR:contentEND").substr(at, length)) << at << " " << length;
+        }
+    }
+}
+
+TEST_F(FileEntryTest, AReadAtOrPastTheEndCopiesNothing)
+{
+    write(0, "abc");
+    EXPECT_EQ(read(3, 5), "");
+    EXPECT_EQ(pos, 3U);
+    EXPECT_EQ(read(77, 5), "");
+    EXPECT_EQ(pos, 77U);
+}
+
+TEST_F(FileEntryTest, AReadIntoNullCopiesNothingAndTakesNoLock)
+{
+    write(0, "abc");
+    pos = 1;
+    EXPECT_EQ(entry->read(pos, nullptr, 2), 0U);
+    EXPECT_EQ(pos, 1U);
+}
+
+TEST_F(FileEntryTest, AReadNeverShowsTheReserve)
+{
+    entry = FileEntry::create(3, 100);
+    write(0, "abc");
+    setFooter("END");
+    EXPECT_EQ(read(0, 1000), "abcEND");
+}
+
+TEST_F(FileEntryTest, HeaderAndFooterAreReplacedAsAWhole)
+{
+    setHeader("long header");
+    setHeader("short");
+    EXPECT_EQ(textOf(entry->readHeader()), "short");
+    setHeader("longer again");
+    EXPECT_EQ(textOf(entry->readHeader()), "longer again");
+    setFooter("long footer");
+    setFooter("f");
+    EXPECT_EQ(textOf(entry->readFooter()), "f");
+    EXPECT_EQ(wholeFile(*entry), "longer againf");
+}
+
+TEST_F(FileEntryTest, LengthZeroRemovesHeaderAndFooter)
+{
+    setHeader("HDR:");
+    write(4, "abc");
+    setFooter("END");
+    setHeader("");
+    EXPECT_EQ(read(0, 100), "abcEND");
+    entry->appendFooter(nullptr, 0);
+    EXPECT_EQ(read(0, 100), "abc");
+}
+
+TEST_F(FileEntryTest, NullWithALengthLeavesHeaderAndFooter)
+{
+    setHeader("HDR:");
+    setFooter("END");
+    entry->insertHeader(nullptr, 3);
+    entry->appendFooter(nullptr, 9);
+    EXPECT_EQ(wholeFile(*entry), "HDR:END");
+}
+
+TEST_F(FileEntryTest, ResizingReservesAndNeverShrinks)
+{
+    entry = FileEntry::create(3, 100);
+    write(0, "abc");
+    EXPECT_FALSE(entry->contentResize(50));
+    EXPECT_FALSE(entry->contentResize(100));
+    EXPECT_EQ(Access::storage(*entry), 100U);
+    EXPECT_TRUE(entry->contentResize(200));
+    EXPECT_EQ(Access::storage(*entry), 200U);
+    EXPECT_EQ(entry->getFileSize(), 3U);
+    EXPECT_EQ(write(3, std::string(197, 'x')).text, "3");
+}
+
+TEST_F(FileEntryTest, TheOwnerCountCountsItself)
+{
+    EXPECT_EQ(entry->getUserCount(), 2U);
+    const auto second = entry->getPtr();
+    EXPECT_EQ(second, entry);
+    EXPECT_EQ(entry->getUserCount(), 3U);
+}
+
+TEST_F(FileEntryTest, DelayedDeleteIsSetForGood)
+{
+    entry->setDelayedDelete();
+    EXPECT_TRUE(entry->getDelayedDelete());
+    entry->setDelayedDelete();
+    EXPECT_TRUE(entry->getDelayedDelete());
+}
+
+TEST(FileEntryDeathTest, AnEntryWithoutAnOwnerHasNoneToShare)
+{
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    EXPECT_DEATH(FileEntry(1, 0).getPtr(), "");
+    EXPECT_DEATH(static_cast<void>(FileEntry(1, 0).getUserCount()), "");
+}
+
+} // namespace
+} // namespace Corvane::RamFs::V1

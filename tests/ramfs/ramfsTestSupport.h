@@ -1,0 +1,124 @@
+/// What the tests of the in-memory file system share: short forms, and access to what the classes keep to themselves.
+#ifndef CORVANE_TESTS_RAMFS_RAMFSTESTSUPPORT_H
+#define CORVANE_TESTS_RAMFS_RAMFSTESTSUPPORT_H
+
+#include <cstddef>
+#include <memory>
+#include <mutex>
+#include <shared_mutex>
+#include <string>
+#include <vector>
+
+#include "ramfs/src/fileEntry.h"
+#include "ramfs/src/fileHandleImpl.h"
+#include "ramfs/src/fileManagerImpl.h"
+#include "ramfs/src/fileStreamBufImpl.h"
+
+namespace Corvane::RamFs::V1 {
+
+struct FileEntryTestAccess
+{
+    static std::size_t storage(const FileEntry& entry) { return entry.m_content.size(); }
+    static unsigned int contentSize(const FileEntry& entry) { return entry.m_contentSize; }
+    static void setContentSize(FileEntry& entry, unsigned int size) { entry.m_contentSize = size; }
+    static std::vector<unsigned char>& header(FileEntry& entry) { return entry.m_header; }
+    static std::vector<unsigned char>& content(FileEntry& entry) { return entry.m_content; }
+    static std::vector<unsigned char>& footer(FileEntry& entry) { return entry.m_footer; }
+
+    /// Returns  the members in the order in which they are expected to lie.
+    static std::vector<const void*> members(const FileEntry& entry)
+    {
+        return {&entry.m_fileRef,     &entry.m_header,       &entry.m_content,       &entry.m_footer,
+                &entry.m_contentSize, &entry.m_creationTime, &entry.m_delayedDelete, &entry.m_mutex};
+    }
+
+    /// Returns  whether nobody holds the entry's lock.
+    static bool isUnlocked(FileEntry& entry)
+    {
+        const std::unique_lock<std::shared_mutex> lock(entry.m_mutex, std::try_to_lock);
+        return lock.owns_lock();
+    }
+};
+
+struct FileHandleTestAccess
+{
+    static unsigned int pos(const FileHandleIf& handle) { return impl(handle).m_pos; }
+    static void setPos(FileHandleIf& handle, unsigned int pos) { dynamic_cast<FileHandleImpl&>(handle).m_pos = pos; }
+    static FileEntry& entry(const FileHandleIf& handle) { return *impl(handle).m_fileEntry; }
+    static std::vector<const void*> members(const FileHandleImpl& handle)
+    {
+        return {&handle.m_fileName, &handle.m_fileEntry, &handle.m_pos};
+    }
+
+private:
+    static const FileHandleImpl& impl(const FileHandleIf& handle)
+    {
+        return dynamic_cast<const FileHandleImpl&>(handle);
+    }
+};
+
+struct FileManagerTestAccess
+{
+    static int fileRefCounter(const FileManagerImpl& manager) { return manager.m_fileRefCounter; }
+    static void setFileRefCounter(FileManagerImpl& manager, int value) { manager.m_fileRefCounter = value; }
+    static std::size_t fileCount(const FileManagerImpl& manager) { return manager.m_files.size(); }
+    static std::vector<const void*> members(const FileManagerImpl& manager)
+    {
+        return {&manager.m_files, &manager.m_fileRefCounter, &manager.m_mutex};
+    }
+
+    /// Returns  whether nobody holds the directory's lock, shared or exclusively.
+    static bool isUnlocked(const FileManagerImpl& manager)
+    {
+        const std::unique_lock<std::shared_mutex> lock(manager.m_mutex, std::try_to_lock);
+        return lock.owns_lock();
+    }
+};
+
+struct FileStreamBufTestAccess
+{
+    static std::string pendingText(const FileStreamBufImpl& buffer) { return buffer.m_stream.str(); }
+    static std::vector<const void*> members(const FileStreamBufImpl& buffer)
+    {
+        return {&buffer.m_fileHandle, &buffer.m_stream};
+    }
+};
+
+using Handle = std::shared_ptr<FileHandleIf>;
+
+inline const unsigned char* bytes(const char* text)
+{
+    return reinterpret_cast<const unsigned char*>(text);
+}
+
+inline std::string textOf(const std::vector<unsigned char>& data)
+{
+    return {data.begin(), data.end()};
+}
+
+/// Returns  up to `length` bytes from the handle's position on.
+inline std::string readText(FileHandleIf& handle, unsigned int length)
+{
+    std::vector<unsigned char> buffer(length);
+    buffer.resize(handle.read(buffer.data(), length));
+    return textOf(buffer);
+}
+
+/// Returns  all bytes of an entry.
+inline std::string wholeFile(FileEntry& entry)
+{
+    std::vector<unsigned char> buffer(entry.getFileSize() + 1);
+    unsigned int pos = 0;
+    buffer.resize(entry.read(pos, buffer.data(), static_cast<unsigned int>(buffer.size())));
+    return textOf(buffer);
+}
+
+/// Returns  all bytes of a file. The handle's position stays as it is.
+inline std::string wholeFile(const FileHandleIf& handle)
+{
+    return wholeFile(FileHandleTestAccess::entry(handle));
+}
+
+} // namespace Corvane::RamFs::V1
+
+#endif
