@@ -1,0 +1,246 @@
+/// The directory: names, numbers, dates, opening and delayed deletion.
+#include <climits>
+#include <ctime>
+#include <set>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "tests/ramfs/ramfsTestSupport.h"
+
+namespace Corvane::RamFs::V1 {
+namespace {
+
+using testing::ElementsAre;
+
+/// Returns  a time as it stands in file names.
+std::string dateText(std::time_t time)
+{
+    char text[100];
+    const std::tm* const local = std::localtime(&time);
+    return {text, std::strftime(text, sizeof text, "%Y%h%d-%H_%M_%S", local)};
+}
+
+class FileManagerTest : public testing::Test
+{
+protected:
+    int counter() const { return FileManagerTestAccess::fileRefCounter(manager); }
+    std::size_t count() const { return FileManagerTestAccess::fileCount(manager); }
+
+    FileManagerImpl manager;
+};
+
+TEST(FileManagerInstance, IsOneObject)
+{
+    FileManagerIf& first = FileManagerIf::getInstance();
+    EXPECT_EQ(&first, &FileManagerIf::getInstance());
+    EXPECT_NE(dynamic_cast<FileManagerImpl*>(&first), nullptr);
+}
+
+TEST_F(FileManagerTest, AutomaticNumbersAreNotDisturbedByGivenOnes)
+{
+    EXPECT_EQ(manager.create("a", 0, 0)->getFileRef(), 1);
+    EXPECT_EQ(manager.create("b", 0, 7)->getFileRef(), 7);
+    EXPECT_EQ(manager.create("c", 0, 0)->getFileRef(), 2);
+    EXPECT_EQ(manager.create("a", 10, 0), nullptr);
+    EXPECT_EQ(counter(), 2);
+    EXPECT_EQ(manager.create("d", 0, 0)->getFileRef(), 3);
+}
+
+TEST_F(FileManagerTest, NegativeNumbersAreTakenAsTheyAre)
+{
+    EXPECT_EQ(manager.create("a", 0, -5)->getFileRef(), -5);
+    EXPECT_EQ(manager.create("b", 0, INT_MIN)->getFileRef(), INT_MIN);
+    EXPECT_TRUE(manager.exists(-5));
+    EXPECT_EQ(manager.open(INT_MIN)->getFileName(), "b");
+}
+
+TEST_F(FileManagerTest, NumberingGoesOnAfterRemoveAll)
+{
+    manager.create("a", 0, 0);
+    manager.removeAll();
+    EXPECT_EQ(manager.create("a", 0, 0)->getFileRef(), 2);
+}
+
+TEST_F(FileManagerTest, AfterTheLargestAutomaticNumberComesTheSmallest)
+{
+    FileManagerTestAccess::setFileRefCounter(manager, INT_MAX - 1);
+    EXPECT_EQ(manager.create("a", 0, 0)->getFileRef(), INT_MAX);
+    EXPECT_EQ(manager.create("b", 0, 0)->getFileRef(), INT_MIN);
+}
+
+TEST_F(FileManagerTest, ANewFileIsEmptyAndHasItsStorage)
+{
+    const Handle handle = manager.create("a", 100, 0);
+    EXPECT_EQ(handle->getFileName(), "a");
+    EXPECT_EQ(handle->getFileSize(), 0U);
+    EXPECT_FALSE(handle->contentResize(100));
+    EXPECT_TRUE(handle->contentResize(101));
+    EXPECT_EQ(handle->getUserCount(), 3U);
+}
+
+TEST_F(FileManagerTest, AFailedCreateChangesNothing)
+{
+    manager.create("a", 0, 0)->write("abc");
+    EXPECT_EQ(manager.create("a", 50, 9), nullptr);
+    EXPECT_FALSE(manager.exists(9));
+    EXPECT_EQ(wholeFile(*manager.open("a")), "abc");
+}
+
+TEST_F(FileManagerTest, ADateInTheNameIsTheCreationTime)
+{
+    const Handle handle = manager.create("log_<date>.txt", 0, 0);
+    const std::string name = "log_" + dateText(handle->getCreationTime()) + ".txt";
+    EXPECT_EQ(handle->getFileName(), name);
+    EXPECT_TRUE(manager.exists(name));
+    EXPECT_FALSE(manager.exists("log_<date>.txt"));
+}
+
+TEST_F(FileManagerTest, OnlyTheFirstDateIsReplaced)
+{
+    const Handle handle = manager.create("<date>_<date>", 0, 0);
+    EXPECT_EQ(handle->getFileName(), dateText(handle->getCreationTime()) + "_<date>");
+}
+
+TEST_F(FileManagerTest, WhatOnlyLooksLikeADateIsAName)
+{
+    EXPECT_EQ(manager.create("log_<Date>", 0, 0)->getFileName(), "log_<Date>");
+    EXPECT_EQ(manager.create("log_<date", 0, 0)->getFileName(), "log_<date");
+    EXPECT_EQ(manager.create("", 0, 0)->getFileName(), "");
+}
+
+TEST_F(FileManagerTest, TwoFilesOfOneSecondReplaceEachOther)
+{
+    // Until two creations fall into one second: not the clock but the replacement is looked at.
+    for (;;) {
+        const Handle first = manager.create("log_<date>", 0, 0);
+        const Handle second = manager.create("log_<date>", 0, 0);
+        if (first->getFileName() != second->getFileName()) {
+            manager.removeAll();
+            continue;
+        }
+        EXPECT_NE(first->getFileRef(), second->getFileRef());
+        EXPECT_EQ(count(), 1U);
+        EXPECT_FALSE(manager.exists(first->getFileRef()));
+        EXPECT_TRUE(manager.exists(second->getFileRef()));
+        first->write("first");
+        second->write("second");
+        EXPECT_EQ(wholeFile(*first), "first");
+        EXPECT_EQ(wholeFile(*manager.open(second->getFileName())), "second");
+        EXPECT_EQ(first->getUserCount(), 2U);
+        break;
+    }
+}
+
+TEST_F(FileManagerTest, OpeningFindsTheExactNameOrTheNumber)
+{
+    manager.create("a", 0, 5)->write("abc");
+    EXPECT_EQ(wholeFile(*manager.open("a")), "abc");
+    EXPECT_EQ(wholeFile(*manager.open(5)), "abc");
+    EXPECT_EQ(manager.open(5)->getFileName(), "a");
+    EXPECT_EQ(manager.open("b"), nullptr);
+    EXPECT_EQ(manager.open(""), nullptr);
+    EXPECT_EQ(manager.open("A"), nullptr);
+    EXPECT_EQ(manager.open(6), nullptr);
+}
+
+TEST_F(FileManagerTest, EachOpenHasAPositionOfItsOwn)
+{
+    const Handle first = manager.create("a", 0, 0);
+    first->write("abc");
+    const Handle second = manager.open("a");
+    EXPECT_NE(first, second);
+    EXPECT_EQ(readText(*second, 2), "ab");
+    EXPECT_EQ(FileHandleTestAccess::pos(*first), 3U);
+    EXPECT_EQ(first->getUserCount(), 4U);
+}
+
+TEST_F(FileManagerTest, CloseEmptiesTheCallersPointerOnly)
+{
+    Handle handle = manager.create("a", 0, 0);
+    const Handle other = handle;
+    manager.close(handle);
+    EXPECT_EQ(handle, nullptr);
+    EXPECT_EQ(other->getUserCount(), 3U);
+    EXPECT_TRUE(manager.exists("a"));
+    manager.close(handle);
+    EXPECT_EQ(handle, nullptr);
+}
+
+TEST_F(FileManagerTest, OneNumberMayBeSharedByFiles)
+{
+    manager.create("x", 0, 1);
+    EXPECT_EQ(manager.create("y", 0, 0)->getFileRef(), 1);
+    EXPECT_THAT(manager.open(1)->getFileName(), testing::AnyOf("x", "y"));
+    std::ostringstream out;
+    EXPECT_TRUE(manager.remove(1, out, true));
+    EXPECT_EQ(out.str(), "File with reference number 1 was deleted\n");
+    EXPECT_EQ(count(), 0U);
+}
+
+TEST_F(FileManagerTest, ADelayedDeleteTakesTheFileAwayAtItsNextOpen)
+{
+    const Handle before = manager.create("a", 0, 5);
+    before->write("abc");
+    EXPECT_TRUE(manager.setDelayedDelete(5));
+    EXPECT_TRUE(manager.exists("a"));
+    EXPECT_TRUE(manager.exists(5));
+    before->append("d");
+    const Handle last = manager.open("a");
+    EXPECT_EQ(wholeFile(*last), "abcd");
+    EXPECT_FALSE(manager.exists("a"));
+    EXPECT_FALSE(manager.exists(5));
+    EXPECT_EQ(manager.open("a"), nullptr);
+    EXPECT_EQ(manager.open(5), nullptr);
+    last->append("e");
+    EXPECT_EQ(wholeFile(*before), "abcde");
+    EXPECT_EQ(last->getUserCount(), 3U); // two handles and the call
+}
+
+TEST_F(FileManagerTest, ADelayedDeleteHoldsForOpeningByNumberToo)
+{
+    manager.create("a", 0, 5);
+    EXPECT_TRUE(manager.setDelayedDelete(5));
+    EXPECT_EQ(manager.open(5)->getFileName(), "a");
+    EXPECT_FALSE(manager.exists("a"));
+}
+
+TEST_F(FileManagerTest, OpenAllLeavesMarksAlone)
+{
+    manager.create("a", 0, 1);
+    manager.create("b", 0, 2);
+    manager.setDelayedDelete(1);
+    std::set<std::string> names;
+    for (const Handle& handle : manager.openAll()) {
+        EXPECT_EQ(FileHandleTestAccess::pos(*handle), 0U);
+        names.insert(handle->getFileName());
+    }
+    EXPECT_THAT(names, ElementsAre("a", "b"));
+    EXPECT_EQ(manager.openAll().size(), 2U);
+    EXPECT_TRUE(manager.exists("a"));
+    manager.removeAll();
+    EXPECT_TRUE(manager.openAll().empty());
+}
+
+TEST_F(FileManagerTest, NothingIsFoundInAnEmptyDirectory)
+{
+    EXPECT_FALSE(manager.exists(0));
+    EXPECT_FALSE(manager.exists(""));
+    EXPECT_FALSE(manager.setDelayedDelete(0));
+    EXPECT_FALSE(manager.remove(0, false));
+    EXPECT_FALSE(manager.remove("", false));
+    EXPECT_EQ(manager.open(0), nullptr);
+}
+
+TEST_F(FileManagerTest, HandlesOutliveTheDirectory)
+{
+    auto own = std::make_unique<FileManagerImpl>();
+    const Handle handle = own->create("a", 0, 0);
+    own.reset();
+    handle->write("abc");
+    EXPECT_EQ(wholeFile(*handle), "abc");
+    EXPECT_EQ(handle->getUserCount(), 2U);
+}
+
+} // namespace
+} // namespace Corvane::RamFs::V1
