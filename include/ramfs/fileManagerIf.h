@@ -44,8 +44,8 @@ public:
     /// Requires  `fileRef` is the reference number, or 0 for the next automatic one: 1, 2, 3, ... A given number isn't
     ///           checked against those in use, and automatic numbers don't skip it.
     /// Returns   a handle at position 0, with the file's final name; empty if a file with the given name exists.
-    /// Errors    std::bad_alloc, also where `initialSize` can't be had; the directory then stays as it was, but an
-    ///           automatic number may be used up.
+    /// Errors    std::bad_alloc, also where `initialSize` can't be had. The file is then not listed, unless only its
+    ///           handle could not be made; an automatic number may be used up.
     /// Units     `initialSize` is the storage, in bytes, that is reserved for the content; the file is empty.
     virtual std::shared_ptr<FileHandleIf> create(const std::string& fileName, unsigned int initialSize,
                                                  int fileRef) = 0;

@@ -11,7 +11,7 @@ namespace Corvane::RamFs::V1 {
 namespace {
 
 using Bytes = std::vector<unsigned char>;
-using TestSupport::slotOf;
+using Testing::slotOf;
 
 TEST(RamFsSlots, TheHandlesOperationsFollowTheTwoDestructorSlots)
 {

@@ -21,9 +21,7 @@ struct FileEntryTestAccess
     static std::size_t storage(const FileEntry& entry) { return entry.m_content.size(); }
     static unsigned int contentSize(const FileEntry& entry) { return entry.m_contentSize; }
     static void setContentSize(FileEntry& entry, unsigned int size) { entry.m_contentSize = size; }
-    static std::vector<unsigned char>& header(FileEntry& entry) { return entry.m_header; }
-    static std::vector<unsigned char>& content(FileEntry& entry) { return entry.m_content; }
-    static std::vector<unsigned char>& footer(FileEntry& entry) { return entry.m_footer; }
+    static const std::vector<unsigned char>& content(const FileEntry& entry) { return entry.m_content; }
 
     /// Returns  the members in the order in which they are expected to lie.
     static std::vector<const void*> members(const FileEntry& entry)
@@ -43,7 +41,6 @@ struct FileEntryTestAccess
 struct FileHandleTestAccess
 {
     static unsigned int pos(const FileHandleIf& handle) { return impl(handle).m_pos; }
-    static void setPos(FileHandleIf& handle, unsigned int pos) { dynamic_cast<FileHandleImpl&>(handle).m_pos = pos; }
     static FileEntry& entry(const FileHandleIf& handle) { return *impl(handle).m_fileEntry; }
     static std::vector<const void*> members(const FileHandleImpl& handle)
     {

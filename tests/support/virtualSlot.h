@@ -7,7 +7,7 @@
 #include <cstring>
 #include <stdexcept>
 
-namespace Corvane::TestSupport {
+namespace Corvane::Testing {
 
 /// Overloads are told apart by their signature: slotOf<void(int) const>(&Class::operation).
 ///
@@ -38,6 +38,6 @@ std::size_t slotOf(Signature Class::*operation)
     return offset / sizeof(void*);
 }
 
-} // namespace Corvane::TestSupport
+} // namespace Corvane::Testing
 
 #endif

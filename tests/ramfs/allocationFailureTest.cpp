@@ -1,0 +1,221 @@
+/// Allocations that fail, one after the other, in every operation: bytes, positions, directory and locks afterwards.
+#include <new>
+#include <ostream>
+
+#include <gtest/gtest.h>
+
+#include "tests/ramfs/failingAllocation.h"
+#include "tests/ramfs/ramfsTestSupport.h"
+
+namespace Corvane::RamFs::V1 {
+namespace {
+
+using Testing::FailingAllocation;
+
+/// Tries `operation` with its first allocation failing, then its second, and so on until none fails.
+///
+/// `check` runs after each failed attempt. Returns the number of failed attempts.
+template <typename Operation, typename Check>
+int failEachAllocation(const Operation& operation, const Check& check)
+{
+    for (int count = 0;; ++count) {
+        bool failed = false;
+        bool thrown = false;
+        {
+            const FailingAllocation failing(count);
+            try {
+                operation();
+            } catch (const std::bad_alloc&) {
+                thrown = true;
+            }
+            failed = failing.hasFailed();
+        }
+        EXPECT_EQ(failed, thrown) << "allocation " << count;
+        if (!failed) {
+            return count;
+        }
+        check();
+    }
+}
+
+class AllocationFailureTest : public testing::Test
+{
+protected:
+    AllocationFailureTest()
+    {
+        handle.insertHeader("HDR:");
+        handle.append("content");
+        handle.appendFooter(bytes("END"), 3);
+        handle.setPos(2);
+    }
+
+    void expectIntact()
+    {
+        EXPECT_EQ(wholeFile(handle), "HDR:contentEND");
+        EXPECT_EQ(FileHandleTestAccess::pos(handle), 2U);
+        EXPECT_TRUE(FileEntryTestAccess::isUnlocked(*entry));
+    }
+
+    const std::string large = std::string(100'000, 'x');
+    std::shared_ptr<FileEntry> entry = FileEntry::create(3, 0);
+    FileHandleImpl handle{"a file with a name that is longer than a short string", entry};
+};
+
+TEST_F(AllocationFailureTest, AWriteThatCannotGrowLeavesContentAndPosition)
+{
+    EXPECT_GE(failEachAllocation([&] { handle.write(large); }, [&] { expectIntact(); }), 1);
+    EXPECT_EQ(wholeFile(handle), "HDR:" + large + "END");
+}
+
+TEST_F(AllocationFailureTest, AnAppendThatCannotGrowLeavesContentAndPosition)
+{
+    EXPECT_GE(failEachAllocation([&] { handle.append(large); }, [&] { expectIntact(); }), 1);
+    EXPECT_EQ(wholeFile(handle), "HDR:content" + large + "END");
+}
+
+TEST_F(AllocationFailureTest, HeaderAndFooterThatCannotGrowStay)
+{
+    EXPECT_GE(failEachAllocation([&] { handle.insertHeader(large); }, [&] { expectIntact(); }), 1);
+    handle.insertHeader("HDR:");
+    EXPECT_GE(failEachAllocation([&] { handle.appendFooter(bytes(large.data()), 100'000); }, [&] { expectIntact(); }),
+              1);
+    EXPECT_EQ(wholeFile(handle), "HDR:content" + large);
+}
+
+TEST_F(AllocationFailureTest, StorageThatCannotBeReservedStays)
+{
+    const std::size_t storage = FileEntryTestAccess::storage(*entry);
+    EXPECT_EQ(failEachAllocation([&] { handle.contentResize(100'000); },
+                                 [&] {
+                                     expectIntact();
+                                     EXPECT_EQ(FileEntryTestAccess::storage(*entry), storage);
+                                 }),
+              1);
+}
+
+TEST_F(AllocationFailureTest, LookingAtAFileLeavesItAlone)
+{
+    EXPECT_EQ(failEachAllocation([&] { handle.readHeader(); }, [&] { expectIntact(); }), 1);
+    EXPECT_EQ(failEachAllocation([&] { handle.readFooter(); }, [&] { expectIntact(); }), 1);
+    EXPECT_EQ(failEachAllocation([&] { static_cast<void>(handle.getFileName()); }, [&] { expectIntact(); }), 1);
+}
+
+class DirectoryAllocationFailureTest : public testing::Test
+{
+protected:
+    const std::string name = "a name that is longer than a short string_<date>";
+    FileManagerImpl manager;
+};
+
+TEST_F(DirectoryAllocationFailureTest, ACreateThatFailsLeavesNoTraceInTheDirectoryButItsNumber)
+{
+    const auto attempt = [&] { manager.create("a file with a long enough name", 1000, 0); };
+    const auto check = [&] {
+        EXPECT_TRUE(FileManagerTestAccess::isUnlocked(manager));
+        for (const Handle& handle : manager.openAll()) { // only the handle failed, then
+            EXPECT_EQ(handle->getFileName(), "a file with a long enough name");
+        }
+        manager.removeAll();
+    };
+    EXPECT_GE(failEachAllocation(attempt, check), 4); // entry, its storage, the map's node, the handle
+}
+
+TEST_F(DirectoryAllocationFailureTest, AnInitialSizeThatCannotBeHadMakesNoFile)
+{
+    {
+        const FailingAllocation failing(2); // past the entry and its owner
+        EXPECT_ANY_THROW(manager.create("a", 1'000'000, 0));
+    }
+    EXPECT_EQ(FileManagerTestAccess::fileCount(manager), 0U);
+    EXPECT_NE(manager.create("a", 0, 0), nullptr);
+}
+
+TEST_F(DirectoryAllocationFailureTest, AMarkedFileThatCannotBeOpenedStaysInTheDirectory)
+{
+    manager.create(name, 0, 5);
+    manager.setDelayedDelete(5);
+    EXPECT_GE(failEachAllocation([&] { EXPECT_NE(manager.open(5), nullptr); },
+                                 [&] {
+                                     EXPECT_TRUE(manager.exists(5));
+                                     EXPECT_TRUE(FileManagerTestAccess::isUnlocked(manager));
+                                 }),
+              1);
+    EXPECT_FALSE(manager.exists(5));
+}
+
+TEST_F(DirectoryAllocationFailureTest, OpeningAllAndRemovingReleaseTheLock)
+{
+    manager.create(name + "1", 0, 0);
+    manager.create(name + "2", 0, 0);
+    const auto check = [&] { EXPECT_TRUE(FileManagerTestAccess::isUnlocked(manager)); };
+    EXPECT_GE(failEachAllocation([&] { manager.openAll(); }, check), 3);
+    std::ostringstream out;
+    EXPECT_GE(failEachAllocation([&] { manager.remove("a name", out, true); }, check), 1);
+    EXPECT_EQ(FileManagerTestAccess::fileCount(manager), 0U);
+}
+
+class BufferAllocationFailureTest : public testing::Test
+{
+protected:
+    ~BufferAllocationFailureTest() override { FileManagerIf::getInstance().removeAll(); }
+
+    std::string content() { return wholeFile(*FileManagerIf::getInstance().open("a")); }
+
+    const std::string text = std::string(10'000, 'x');
+    std::shared_ptr<FileStreamBufIf> buffer = FileManagerIf::getInstance().getFileStreamBuf();
+};
+
+TEST_F(BufferAllocationFailureTest, AFailedFlushMakesTheStreamBadAndKeepsTheText)
+{
+    buffer->create("a", 0, 0);
+    std::ostream out(buffer.get());
+    out << text;
+    for (int count = 0;; ++count) {
+        const FailingAllocation failing(count);
+        out.flush();
+        if (!failing.hasFailed()) {
+            break;
+        }
+        EXPECT_TRUE(out.bad());
+        out.clear();
+    }
+    EXPECT_TRUE(out.good());
+    EXPECT_EQ(content(), text);
+}
+
+TEST_F(BufferAllocationFailureTest, ACharacterThatCannotBeKeptMakesTheStreamBadForThatCharacterOnly)
+{
+    buffer->create("a", 0, 0);
+    std::ostream out(buffer.get());
+    {
+        const FailingAllocation failing(0);
+        while (out.good()) {
+            out.put('x');
+        }
+        EXPECT_TRUE(failing.hasFailed());
+    }
+    out.clear();
+    out << "more" << std::flush;
+    EXPECT_TRUE(out.good());
+    EXPECT_EQ(content().substr(content().size() - 5), "xmore");
+}
+
+TEST_F(BufferAllocationFailureTest, ADestructorThatCannotTransferThrowsNothing)
+{
+    for (int count = 0; count < 4; ++count) {
+        FileManagerIf::getInstance().removeAll();
+        auto doomed = FileManagerIf::getInstance().getFileStreamBuf();
+        doomed->create("a", 0, 0);
+        std::ostream(doomed.get()) << text;
+        {
+            const FailingAllocation failing(count);
+            doomed.reset();
+        }
+        const Handle handle = FileManagerIf::getInstance().open("a");
+        EXPECT_EQ(handle->getUserCount(), 3U);
+        EXPECT_TRUE(handle->getFileSize() == 0 || handle->getFileSize() == text.size());
+    }
+}
+
+} // namespace
+} // namespace Corvane::RamFs::V1

@@ -1,0 +1,55 @@
+/// The replaced operator new, apart from the code that calls it, so that the compiler can't see through the pair.
+#include "tests/ramfs/failingAllocation.h"
+
+#include <cstdlib>
+#include <new>
+
+namespace {
+
+thread_local bool armed = false;
+thread_local int allocationsLeft = 0;
+
+} // namespace
+
+namespace Corvane::Testing {
+
+FailingAllocation::FailingAllocation(int count)
+{
+    allocationsLeft = count;
+    armed = true;
+}
+
+FailingAllocation::~FailingAllocation()
+{
+    armed = false;
+}
+
+bool FailingAllocation::hasFailed() const
+{
+    return !armed;
+}
+
+} // namespace Corvane::Testing
+
+void* operator new(std::size_t size)
+{
+    if (armed && allocationsLeft-- == 0) {
+        armed = false;
+        throw std::bad_alloc();
+    }
+    void* const memory = std::malloc(size == 0 ? 1 : size);
+    if (memory == nullptr) {
+        throw std::bad_alloc();
+    }
+    return memory;
+}
+
+void operator delete(void* memory) noexcept
+{
+    std::free(memory);
+}
+
+void operator delete(void* memory, std::size_t /*size*/) noexcept
+{
+    std::free(memory);
+}

@@ -1,0 +1,229 @@
+/// Files and positions at 4294967295 bytes and past them. Most tests only claim to have that much content: a write that
+/// is refused touches none of it.
+#include <climits>
+#include <cstdint>
+#include <cstdlib>
+
+#include <gtest/gtest.h>
+
+#include "tests/ramfs/ramfsTestSupport.h"
+
+namespace Corvane::RamFs::V1 {
+namespace {
+
+using Access = FileEntryTestAccess;
+
+constexpr unsigned int limit = UINT32_MAX;
+const std::string refused = "3 content can't exceed 4294967295 bytes";
+
+class FileLimitsTest : public testing::Test
+{
+protected:
+    /// The content pretends to have `size` bytes; only the first 100 are there.
+    void pretend(unsigned int size) { Access::setContentSize(*entry, size); }
+
+    void expectRefused(unsigned int at, unsigned int length)
+    {
+        const unsigned int before = Access::contentSize(*entry);
+        unsigned int pos = at;
+        const auto result = entry->write(pos, bytes("x"), length);
+        EXPECT_EQ(result.bytesWritten, 0U);
+        EXPECT_EQ(result.text, refused);
+        EXPECT_EQ(pos, at);
+        EXPECT_EQ(Access::contentSize(*entry), before);
+        EXPECT_EQ(Access::content(*entry), std::vector<unsigned char>(100, 0));
+    }
+
+    std::shared_ptr<FileEntry> entry = FileEntry::create(3, 100);
+};
+
+TEST_F(FileLimitsTest, AFullContentTakesNoMore)
+{
+    pretend(limit);
+    expectRefused(limit, 1);
+    expectRefused(limit, limit);
+    expectRefused(limit - 1, 2);
+}
+
+TEST_F(FileLimitsTest, AWriteThatWouldPassTheLimitWritesNothingOfIt)
+{
+    pretend(limit - 5);
+    expectRefused(limit - 5, 6);
+    expectRefused(100, limit - 99);
+}
+
+TEST_F(FileLimitsTest, AnEmptyContentRefusesWhatAHeaderPushesPastTheLastPosition)
+{
+    entry->insertHeader(bytes("HDR:"), 4);
+    expectRefused(4, limit - 3);
+    expectRefused(0, limit - 3); // without a note on the corrected position
+    expectRefused(1000, limit);
+}
+
+TEST_F(FileLimitsTest, APositionFarBeyondASmallFileIsItsEnd)
+{
+    pretend(3);
+    unsigned int pos = limit;
+    const auto result = entry->write(pos, bytes("x"), 1);
+    EXPECT_EQ(result.bytesWritten, 1U);
+    EXPECT_EQ(result.text, "3 can't update header, Move the offset to the end of the content \n");
+    EXPECT_EQ(pos, 4U);
+}
+
+TEST_F(FileLimitsTest, HeaderAndContentPastTheLastPositionRefuseEveryWriteThere)
+{
+    entry->insertHeader(bytes("0123456789"), 10);
+    pretend(limit - 5); // the content ends 5 bytes past the last position
+    expectRefused(limit, 1);
+    expectRefused(limit - 3, 4);
+    EXPECT_EQ(entry->getFileSize(), std::uint64_t{limit} + 5);
+}
+
+TEST_F(FileLimitsTest, TheEndOfALargeFileDoesNotWrapIntoAnAppend)
+{
+    entry->appendFooter(bytes("0123456789"), 10);
+    pretend(limit - 5); // header, content and footer together are 2^32 + 4
+    const auto result = entry->append(bytes("123456"), 6);
+    EXPECT_EQ(result.bytesWritten, 0U);
+    EXPECT_EQ(result.text, refused);
+    EXPECT_EQ(Access::content(*entry), std::vector<unsigned char>(100, 0));
+}
+
+TEST_F(FileLimitsTest, AnAppendPastTheLastPositionIsRefused)
+{
+    entry->insertHeader(bytes("0123456789"), 10);
+    pretend(limit);
+    const auto result = entry->append(bytes("x"), 1);
+    EXPECT_EQ(result.bytesWritten, 0U);
+    EXPECT_EQ(result.position, limit);
+    EXPECT_EQ(result.text, refused);
+    EXPECT_EQ(entry->append(nullptr, 1).position, limit);
+}
+
+TEST_F(FileLimitsTest, AHandleKeepsItsPositionWhenItIsRefused)
+{
+    FileHandleImpl handle("a", entry);
+    pretend(limit);
+    handle.setPos(50);
+    EXPECT_EQ(handle.append("x"), 0U);
+    EXPECT_EQ(handle.append("x", 1), 0U);
+    EXPECT_EQ(handle.append(bytes("x"), 1), 0U);
+    EXPECT_EQ(FileHandleTestAccess::pos(handle), 50U);
+    handle.setPos(ULONG_MAX);
+    EXPECT_EQ(FileHandleTestAccess::pos(handle), limit);
+    EXPECT_EQ(handle.write("x"), 0U);
+    EXPECT_EQ(handle.write(bytes("x"), 1), 0U);
+    EXPECT_EQ(FileHandleTestAccess::pos(handle), limit);
+}
+
+TEST_F(FileLimitsTest, SetPosStopsAtTheLastPosition)
+{
+    FileHandleImpl handle("a", entry);
+    handle.insertHeader("0123456789");
+    pretend(limit);
+    handle.setPos(std::uint64_t{limit} + 3); // it is inside the file, and would be 2 in 32 bits
+    EXPECT_EQ(FileHandleTestAccess::pos(handle), limit);
+    EXPECT_EQ(handle.getFileSize(), std::uint64_t{limit} + 10);
+}
+
+TEST_F(FileLimitsTest, NothingIsReadPastTheLastPosition)
+{
+    entry->insertHeader(bytes("0123456789"), 10);
+    entry->appendFooter(bytes("END"), 3);
+    pretend(limit - 8);
+    unsigned int pos = limit;
+    unsigned char buffer[20];
+    EXPECT_EQ(entry->read(pos, buffer, sizeof buffer), 0U);
+    EXPECT_EQ(pos, limit);
+    pretend(limit - 10); // the content ends where the positions do
+    pos = limit;
+    EXPECT_EQ(entry->read(pos, buffer, sizeof buffer), 0U);
+}
+
+TEST_F(FileLimitsTest, AHundredThousandFilesAreFoundAndRemoved)
+{
+    FileManagerImpl manager;
+    constexpr int count = 100'000;
+    for (int at = 1; at <= count; ++at) {
+        const Handle handle = manager.create("file" + std::to_string(at), 0, 0);
+        ASSERT_EQ(handle->getFileRef(), at);
+        handle->write(std::to_string(at));
+    }
+    EXPECT_EQ(manager.openAll().size(), 100'000U);
+    for (int at = 1; at <= count; at += 997) {
+        EXPECT_EQ(wholeFile(*manager.open("file" + std::to_string(at))), std::to_string(at));
+    }
+    EXPECT_EQ(manager.open(count)->getFileName(), "file100000");
+    EXPECT_TRUE(manager.remove("file9", false)); // that file alone
+    EXPECT_EQ(FileManagerTestAccess::fileCount(manager), 99'999U);
+    EXPECT_TRUE(manager.remove("file9", false)); // those that begin so
+    EXPECT_EQ(FileManagerTestAccess::fileCount(manager), 99'999U - 11'110U);
+    manager.removeAll();
+    EXPECT_TRUE(manager.openAll().empty());
+}
+
+/// These take up to 13 GB of memory.
+class FourGibibytesTest : public testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        if (std::getenv("CORVANE_TEST_4GIB") == nullptr) {
+            GTEST_SKIP() << "needs 13 GB of memory; set CORVANE_TEST_4GIB=1 to run it";
+        }
+    }
+};
+
+TEST_F(FourGibibytesTest, AContentIsFilledToItsLastByte)
+{
+    const std::string block(1U << 28U, 'x');
+    FileHandleImpl handle("a", FileEntry::create(3, 0));
+    EXPECT_TRUE(handle.contentResize(limit));
+    for (int written = 0; written < 15; ++written) {
+        ASSERT_EQ(handle.append(block), block.size());
+    }
+    EXPECT_EQ(handle.append(block), 0U); // one byte too many
+    EXPECT_EQ(handle.append(block.data(), (1U << 28U) - 1), (1U << 28U) - 1);
+    EXPECT_EQ(handle.getFileSize(), limit);
+    EXPECT_EQ(FileHandleTestAccess::pos(handle), limit);
+    EXPECT_EQ(handle.append("y"), 0U);
+    EXPECT_EQ(FileHandleTestAccess::entry(handle).append(bytes(""), 0).text, "3");
+    handle.setPos(limit - 1);
+    EXPECT_EQ(handle.write("y"), 1U);
+    EXPECT_EQ(handle.write("y"), 0U);
+    handle.setPos(limit - 3);
+    EXPECT_EQ(readText(handle, 10), "xxy");
+    handle.appendFooter(bytes("END"), 3);
+    EXPECT_EQ(handle.append("y"), 0U);
+    EXPECT_EQ(readText(handle, 10), "");
+    handle.insertHeader("HDR:");
+    handle.setPos(limit - 4);
+    EXPECT_EQ(readText(handle, 10), "xxxx");
+    EXPECT_EQ(handle.write("y"), 0U);
+}
+
+TEST_F(FourGibibytesTest, TheReserveEndsAtTheLimit)
+{
+    const auto entry = FileEntry::create(3, 4'000'000'000);
+    Access::setContentSize(*entry, 4'000'000'000);
+    unsigned int pos = 4'000'000'000;
+    EXPECT_EQ(entry->write(pos, bytes("x"), 1).text,
+              "3 FileEntry::lockFreeWrite() extending file vector to 4294967295 bytes");
+    EXPECT_EQ(Access::storage(*entry), limit);
+    EXPECT_EQ(entry->getFileSize(), 4'000'000'001U);
+}
+
+TEST_F(FourGibibytesTest, AStringThatNoLengthCanTellIsRefused)
+{
+    const std::string huge(std::size_t{limit} + 3, 'x'); // in 32 bits it would be 2 bytes long
+    FileHandleImpl handle("a", FileEntry::create(3, 0));
+    handle.insertHeader("HDR:");
+    EXPECT_EQ(handle.write(huge), 0U);
+    EXPECT_EQ(handle.append(huge), 0U);
+    handle.insertHeader(huge);
+    EXPECT_EQ(wholeFile(handle), "HDR:");
+    EXPECT_EQ(FileHandleTestAccess::pos(handle), 0U);
+}
+
+} // namespace
+} // namespace Corvane::RamFs::V1

@@ -1,0 +1,310 @@
+/// Every operation of the directory, of handles and of stream buffers, tried against every state that a file can be in.
+#include <functional>
+#include <ostream>
+
+#include <gtest/gtest.h>
+
+#include "tests/ramfs/ramfsTestSupport.h"
+
+namespace Corvane::RamFs::V1 {
+namespace {
+
+/// A file named `name` with the number 5 and what a state has made of it.
+struct Situation
+{
+    std::string name = "f";
+    std::vector<Handle> handles; // open on a file with the content "old"
+    bool nameListed = true;
+    std::string listedContent = "old";
+    std::size_t filesWithNumber = 1;
+    std::size_t files = 1;
+    bool marked = false;
+    bool handlesShareListed = true; // the handles and the listed file are one file
+};
+
+struct State
+{
+    const char* title;
+    std::function<void(FileManagerIf&, Situation&)> make;
+};
+
+void PrintTo(const State& state, std::ostream* out)
+{
+    *out << state.title;
+}
+
+Handle createOld(FileManagerIf& manager, const std::string& name)
+{
+    Handle handle = manager.create(name, 0, 5);
+    handle->write("old");
+    return handle;
+}
+
+/// Makes two files of one final name, which takes two creations in the same second.
+void makeReplaced(FileManagerIf& manager, Situation& it)
+{
+    for (;;) {
+        const Handle former = createOld(manager, "f<date>");
+        const Handle latter = manager.create("f<date>", 0, 6);
+        if (former->getFileName() == latter->getFileName()) {
+            latter->write("new");
+            it.name = former->getFileName();
+            it.handles = {former};
+            break;
+        }
+        manager.removeAll();
+    }
+    it.listedContent = "new";
+    it.filesWithNumber = 0;
+    it.handlesShareListed = false;
+}
+
+const State states[] = {
+    {"Absent",
+     [](FileManagerIf&, Situation& it) {
+         it.nameListed = false;
+         it.filesWithNumber = 0;
+         it.files = 0;
+     }},
+    {"Present", [](FileManagerIf& manager, Situation& it) { createOld(manager, it.name); }},
+    {"OpenByOne", [](FileManagerIf& manager, Situation& it) { it.handles = {createOld(manager, it.name)}; }},
+    {"OpenByTwo",
+     [](FileManagerIf& manager, Situation& it) {
+         it.handles = {createOld(manager, it.name), manager.open(it.name)};
+     }},
+    {"RemovedWhileOpen",
+     [](FileManagerIf& manager, Situation& it) {
+         it.handles = {createOld(manager, it.name)};
+         manager.remove(it.name, false);
+         it.nameListed = false;
+         it.filesWithNumber = 0;
+         it.files = 0;
+         it.handlesShareListed = false;
+     }},
+    {"ReplacedWhileOpen", makeReplaced},
+    {"Marked",
+     [](FileManagerIf& manager, Situation& it) {
+         createOld(manager, it.name);
+         manager.setDelayedDelete(5);
+         it.marked = true;
+     }},
+    {"MarkedWhileOpen",
+     [](FileManagerIf& manager, Situation& it) {
+         it.handles = {createOld(manager, it.name)};
+         manager.setDelayedDelete(5);
+         it.marked = true;
+     }},
+    {"TakenOutByItsLastOpen",
+     [](FileManagerIf& manager, Situation& it) {
+         it.handles = {createOld(manager, it.name)};
+         manager.setDelayedDelete(5);
+         it.handles.push_back(manager.open(5));
+         it.nameListed = false;
+         it.filesWithNumber = 0;
+         it.files = 0;
+         it.handlesShareListed = false;
+     }},
+    {"NumberShared",
+     [](FileManagerIf& manager, Situation& it) {
+         it.handles = {createOld(manager, it.name)};
+         createOld(manager, "g");
+         it.filesWithNumber = 2;
+         it.files = 2;
+     }},
+};
+
+class FileStatesTest : public testing::TestWithParam<State>
+{
+protected:
+    FileStatesTest()
+    {
+        manager.removeAll();
+        GetParam().make(manager, it);
+    }
+
+    ~FileStatesTest() override
+    {
+        // Whatever was done, the handles work on.
+        for (const Handle& handle : it.handles) {
+            const std::string before = wholeFile(*handle);
+            handle->append("!");
+            EXPECT_EQ(wholeFile(*handle), before + "!");
+        }
+        manager.removeAll();
+    }
+
+    void expectUnchanged() const
+    {
+        EXPECT_EQ(manager.exists(it.name), it.nameListed);
+        EXPECT_EQ(manager.exists(5), it.filesWithNumber > 0);
+        EXPECT_EQ(manager.openAll().size(), it.files);
+        for (const Handle& handle : it.handles) {
+            EXPECT_EQ(wholeFile(*handle), "old");
+        }
+    }
+
+    FileManagerIf& manager = FileManagerIf::getInstance();
+    Situation it;
+};
+
+TEST_P(FileStatesTest, Exists)
+{
+    expectUnchanged();
+}
+
+TEST_P(FileStatesTest, CreateOfTheName)
+{
+    const Handle handle = manager.create(it.name, 10, 77);
+    if (it.nameListed) {
+        EXPECT_EQ(handle, nullptr);
+        EXPECT_FALSE(manager.exists(77));
+        expectUnchanged();
+    } else {
+        ASSERT_NE(handle, nullptr);
+        EXPECT_EQ(handle->getFileSize(), 0U);
+        EXPECT_TRUE(manager.exists(it.name));
+        EXPECT_TRUE(manager.exists(77));
+    }
+}
+
+TEST_P(FileStatesTest, CreateOfTheNumber)
+{
+    const Handle handle = manager.create("another", 0, 5);
+    ASSERT_NE(handle, nullptr);
+    EXPECT_TRUE(manager.exists(5));
+    EXPECT_EQ(manager.openAll().size(), it.files + 1);
+}
+
+TEST_P(FileStatesTest, OpenByName)
+{
+    const Handle handle = manager.open(it.name);
+    ASSERT_EQ(handle != nullptr, it.nameListed);
+    if (handle) {
+        EXPECT_EQ(wholeFile(*handle), it.listedContent);
+        EXPECT_EQ(handle->getFileName(), it.name);
+    }
+    EXPECT_EQ(manager.exists(it.name), it.nameListed && !it.marked);
+}
+
+TEST_P(FileStatesTest, OpenByNumber)
+{
+    const Handle handle = manager.open(5);
+    ASSERT_EQ(handle != nullptr, it.filesWithNumber > 0);
+    if (handle) {
+        EXPECT_EQ(wholeFile(*handle), "old");
+        EXPECT_EQ(handle->getFileRef(), 5);
+    }
+    EXPECT_EQ(manager.exists(5), it.filesWithNumber > 0 && !it.marked);
+}
+
+TEST_P(FileStatesTest, OpenAll)
+{
+    EXPECT_EQ(manager.openAll().size(), it.files);
+    expectUnchanged();
+}
+
+TEST_P(FileStatesTest, Close)
+{
+    for (Handle& handle : it.handles) {
+        manager.close(handle);
+        EXPECT_EQ(handle, nullptr);
+    }
+    it.handles.clear();
+    expectUnchanged();
+}
+
+TEST_P(FileStatesTest, RemoveByName)
+{
+    std::ostringstream out;
+    EXPECT_EQ(manager.remove(it.name, out, true), it.nameListed);
+    EXPECT_EQ(out.str(), it.nameListed ? "File '" + it.name + "' deleted" : "File '");
+    EXPECT_FALSE(manager.exists(it.name));
+    EXPECT_FALSE(manager.remove(it.name, false));
+}
+
+TEST_P(FileStatesTest, RemoveByNumber)
+{
+    std::ostringstream out;
+    EXPECT_EQ(manager.remove(5, out, true), it.filesWithNumber > 0);
+    EXPECT_EQ(out.str(), it.filesWithNumber > 0 ? "File with reference number 5 was deleted\n" : "");
+    EXPECT_FALSE(manager.exists(5));
+    EXPECT_EQ(manager.openAll().size(), it.files - it.filesWithNumber);
+}
+
+TEST_P(FileStatesTest, RemoveAll)
+{
+    manager.removeAll();
+    EXPECT_FALSE(manager.exists(it.name));
+    EXPECT_FALSE(manager.exists(5));
+    EXPECT_TRUE(manager.openAll().empty());
+}
+
+TEST_P(FileStatesTest, SetDelayedDelete)
+{
+    EXPECT_EQ(manager.setDelayedDelete(5), it.filesWithNumber > 0);
+    expectUnchanged();
+    if (it.filesWithNumber > 0) {
+        // The same file is met first again; another one with its number stays.
+        EXPECT_NE(manager.open(5), nullptr);
+        EXPECT_EQ(manager.openAll().size(), it.files - 1);
+    }
+}
+
+TEST_P(FileStatesTest, UserCount)
+{
+    // The directory if it lists the file, the handles, the call.
+    for (const Handle& handle : it.handles) {
+        EXPECT_EQ(handle->getUserCount(), it.handles.size() + (it.handlesShareListed ? 2 : 1));
+    }
+}
+
+TEST_P(FileStatesTest, WriteAndReadThroughHandles)
+{
+    unsigned int storage = 0;
+    for (const Handle& handle : it.handles) {
+        handle->setPos(1);
+        EXPECT_EQ(handle->write("xyz"), 3U);
+        handle->insertHeader("H");
+        handle->appendFooter(bytes("F"), 1);
+        EXPECT_EQ(wholeFile(*handle), "HoxyzF");
+        EXPECT_EQ(textOf(handle->readHeader()) + textOf(handle->readFooter()), "HF");
+        storage += 100;
+        EXPECT_TRUE(handle->contentResize(storage));
+        handle->setPos(0);
+        std::ostringstream out;
+        handle->dump(out);
+        EXPECT_EQ(out.str(), "H6F78797AF\n");
+        EXPECT_EQ(handle->getFileRef(), 5);
+        handle->insertHeader("");
+        handle->appendFooter(nullptr, 0);
+    }
+    if (it.nameListed) {
+        const bool changed = !it.handles.empty() && it.handlesShareListed;
+        EXPECT_EQ(wholeFile(*manager.open(it.name)), changed ? "oxyz" : it.listedContent);
+    }
+}
+
+TEST_P(FileStatesTest, AStreamBufferOpens)
+{
+    const auto buffer = manager.getFileStreamBuf();
+    EXPECT_EQ(buffer->open(5), it.filesWithNumber > 0);
+    EXPECT_EQ(manager.exists(5), it.filesWithNumber > 0 && !it.marked);
+    std::ostream(buffer.get()) << "NEW" << std::flush;
+    if (buffer->isOpen()) {
+        EXPECT_EQ(buffer->getFileRef(), 5);
+    }
+}
+
+TEST_P(FileStatesTest, AStreamBufferCreates)
+{
+    const auto buffer = manager.getFileStreamBuf();
+    EXPECT_EQ(buffer->create(it.name, 0, 77), !it.nameListed);
+    EXPECT_EQ(manager.exists(77), !it.nameListed);
+    EXPECT_TRUE(manager.exists(it.name));
+}
+
+INSTANTIATE_TEST_SUITE_P(EveryState, FileStatesTest, testing::ValuesIn(states),
+                         [](const auto& state) { return std::string(state.param.title); });
+
+} // namespace
+} // namespace Corvane::RamFs::V1
