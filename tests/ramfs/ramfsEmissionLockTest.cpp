@@ -1,0 +1,113 @@
+/// Which locks are held while the file system emits: none of an entry ever, and the directory's own only where an entry
+/// or a handle tells of its construction inside one of the directory's steps. While the events are off, nothing is
+/// told.
+#include <future>
+#include <ostream>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "tests/ramfs/emissionObserver.h"
+#include "tests/ramfs/ramfsTestSupport.h"
+#include "tests/support/probeRecorder.h"
+
+namespace Corvane::RamFs::V1 {
+namespace {
+
+using testing::AllOf;
+using testing::Each;
+using testing::ElementsAre;
+using testing::Not;
+using testing::SizeIs;
+
+class EmissionLockTest : public testing::Test
+{
+protected:
+    EmissionLockTest()
+    {
+        file->appendFooter(bytes("END"), 3);
+        Testing::observeEmissions([this](const std::string& path) {
+            // Another thread tries: what a thread holds itself it may not try to take.
+            const auto isUnlocked = [this] {
+                return std::make_pair(FileManagerTestAccess::isUnlocked(manager),
+                                      FileEntryTestAccess::isUnlocked(FileHandleTestAccess::entry(*file)));
+            };
+            const auto [managerUnlocked, entryUnlocked] = std::async(std::launch::async, isUnlocked).get();
+            EXPECT_TRUE(entryUnlocked) << path;
+            seen.push_back(path.substr(path.rfind('/') + 1) + (managerUnlocked ? "" : " under the lock"));
+        });
+    }
+    ~EmissionLockTest() override { Testing::observeEmissions(nullptr); }
+
+    std::vector<std::string> take() { return std::exchange(seen, {}); }
+
+    FileManagerImpl manager;
+    Handle file = manager.create("file", 0, 5);
+    std::vector<std::string> seen;
+    Testing::ProbeRecorder recorder; // turns the events on
+};
+
+TEST_F(EmissionLockTest, ACreateHoldsItsLockWhileTheEntryIsMadeOnly)
+{
+    manager.create("a", 0, 0);
+    EXPECT_THAT(take(), ElementsAre("fileManagerImpl.cpp", "fileEntry.cpp under the lock", "fileManagerImpl.cpp",
+                                    "fileHandleImpl.cpp"));
+    manager.create("a", 0, 0);
+    EXPECT_THAT(take(), ElementsAre("fileManagerImpl.cpp", "fileManagerImpl.cpp", "fileManagerImpl.cpp"));
+}
+
+TEST_F(EmissionLockTest, AnOpenHoldsItsLockWhileTheHandleIsMadeOnly)
+{
+    manager.open("file");
+    EXPECT_THAT(take(), ElementsAre("fileManagerImpl.cpp", "fileHandleImpl.cpp under the lock"));
+    manager.open(5);
+    EXPECT_THAT(take(), ElementsAre("fileManagerImpl.cpp", "fileHandleImpl.cpp under the lock"));
+    manager.openAll();
+    EXPECT_THAT(take(), ElementsAre("fileHandleImpl.cpp under the lock"));
+}
+
+TEST_F(EmissionLockTest, RemovingAndMarkingTellBeforeTheyLock)
+{
+    std::ostringstream out;
+    manager.setDelayedDelete(5);
+    manager.remove("file", out, true);
+    manager.remove("x", out, true);
+    manager.remove(5, out, true);
+    manager.removeAll();
+    EXPECT_THAT(take(), AllOf(SizeIs(5), Each(std::string("fileManagerImpl.cpp"))));
+}
+
+TEST_F(EmissionLockTest, AHandleTellsWithoutAnyLock)
+{
+    std::ostringstream out;
+    file->setPos(1);
+    file->write("abc");
+    file->append("abc");
+    file->append("abc", 3);
+    file->insertHeader("H");
+    file->insertHeader(bytes("H"), 1);
+    file->appendFooter(bytes("F"), 1);
+    file->dump(out);
+    file->contentResize(100);
+    file->contentResize(1);
+    static_cast<void>(file->getCreationTime());
+    EXPECT_THAT(take(), AllOf(SizeIs(15), Each(std::string("fileHandleImpl.cpp"))));
+}
+
+TEST(OffEventsTest, ShortenNoPath)
+{
+    int emissions = 0;
+    Testing::observeEmissions([&](const std::string&) { ++emissions; });
+    FileManagerImpl manager;
+    const Handle file = manager.create("file", 0, 5);
+    std::ostringstream out;
+    file->write("abc");
+    file->dump(out);
+    EXPECT_EQ(manager.create("file", 0, 5), nullptr);
+    manager.removeAll();
+    Testing::observeEmissions(nullptr);
+    EXPECT_EQ(emissions, 0);
+}
+
+} // namespace
+} // namespace Corvane::RamFs::V1
