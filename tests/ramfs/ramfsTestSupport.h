@@ -74,6 +74,10 @@ struct FileManagerTestAccess
 
 struct FileStreamBufTestAccess
 {
+    static const std::shared_ptr<FileHandleIf>& handle(const FileStreamBufIf& buffer)
+    {
+        return dynamic_cast<const FileStreamBufImpl&>(buffer).m_fileHandle;
+    }
     static std::string pendingText(const FileStreamBufImpl& buffer) { return buffer.m_stream.str(); }
     static std::vector<const void*> members(const FileStreamBufImpl& buffer)
     {
