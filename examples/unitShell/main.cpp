@@ -39,6 +39,7 @@ int run(const Options& options)
     tables.add("show", statisticsTable(statistics));
     tables.add("set", setTable(unit));
     tables.add("pelm", pelmTable(unit));
+    tables.add("ramfs", ramfsTable());
     tables.add("help", helpTable(tables));
     tables.add("exit", exitTable(shell));
 
