@@ -23,12 +23,17 @@ function(corvane_target_defaults target)
   endif()
 endfunction()
 
-# A stand-in for one of the unit's closed libraries: same soname, same symbols.
+# A stand-in for one of the unit's closed libraries: same soname, same symbols. MAP names those of a library that has
+# more inside than its symbols.
 function(corvane_add_standin target soversion)
-  cmake_parse_arguments(PARSE_ARGV 2 arg "" "" "SOURCES")
+  cmake_parse_arguments(PARSE_ARGV 2 arg "" "MAP" "SOURCES")
   add_library(${target} SHARED ${arg_SOURCES})
   corvane_target_defaults(${target})
   set_target_properties(${target} PROPERTIES CXX_VISIBILITY_PRESET default SOVERSION ${soversion})
   target_include_directories(${target} PUBLIC "${PROJECT_SOURCE_DIR}/platform/include")
+  if(arg_MAP)
+    set_target_properties(${target} PROPERTIES LINK_DEPENDS "${CMAKE_CURRENT_SOURCE_DIR}/${arg_MAP}")
+    target_link_options(${target} PRIVATE "LINKER:--version-script=${CMAKE_CURRENT_SOURCE_DIR}/${arg_MAP}")
+  endif()
   install(TARGETS ${target} LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}" NAMELINK_SKIP COMPONENT standins)
 endfunction()

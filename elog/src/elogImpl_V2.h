@@ -1,0 +1,39 @@
+/// The event-log client: an active object that finds the engine's mailbox and sends it one message per entry.
+#ifndef CORVANE_ELOG_ELOGIMPL_V2_H
+#define CORVANE_ELOG_ELOGIMPL_V2_H
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include <elog/elogIf.h>
+#include <pindle/activeObjectIf.h>
+
+namespace Corvane::Elog::V2 {
+
+/// Returns  the bytes to allocate for an entry's message; empty if they don't fit 32 bits.
+std::optional<std::uint32_t> messageSize(std::size_t textLength, std::size_t numParams);
+
+class ElogImpl : public ElogIf
+{
+public:
+    ElogImpl();
+    ~ElogImpl() override;
+
+    void elogWrite(unsigned int eventId, const std::string& text, const std::vector<unsigned int>& params) override;
+
+private:
+    // On the active object's thread, which alone touches elogEngineMbox.
+    void aoInit();
+    void aoElogWrite(unsigned int eventId, const std::string& text, const std::vector<unsigned int>& params);
+
+    std::shared_ptr<Pindle::ActiveObject::V1::ActiveObjectIf> activeObject;
+    std::uint32_t elogEngineMbox;
+};
+
+} // namespace Corvane::Elog::V2
+
+#endif

@@ -1,0 +1,58 @@
+/// Interface of the framework library, libpindle.so.0, as far as libcorvane uses it: the active object.
+///
+/// An active object is a thread that first runs an initial job and then the jobs that are posted to it, one at a time
+/// and in the order of posting. What only its jobs touch needs no lock.
+///
+/// The library belongs to the unit. Where the stand-in that is built here had to choose something that the unit's
+/// library may do differently, the choice is marked "Stand-in".
+#ifndef PINDLE_ACTIVEOBJECTIF_H
+#define PINDLE_ACTIVEOBJECTIF_H
+
+#include <functional>
+#include <memory>
+
+namespace Pindle::ActiveObject::V1 {
+
+/// How the thread of an active object is scheduled.
+///
+/// Stand-in  the type is an enumeration, and the only value means: as the thread that creates the object.
+enum class SchedulingPolicy : unsigned int
+{
+    Inherited = 0
+};
+
+/// Threads  any, the active object's own thread included.
+class ActiveObjectIf
+{
+public:
+    /// Queues a job. Returns at once: it waits neither for a running job nor for a long queue. What a job throws ends
+    /// the process, as an exception does that leaves any thread.
+    ///
+    /// Requires  `job` is not empty.
+    /// Errors    std::bad_alloc.
+    /// Owns      the job, until it has run.
+    virtual void post(std::function<void()> job) = 0;
+
+    /// Releasing the last owner ends the active object: the jobs that are queued still run, the thread ends, and only
+    /// then does the release return. If the initial job is blocked, the queued jobs are dropped and the thread is left
+    /// where it is. A job may release the last owner; the release then returns at once, and the rest follows.
+    ///
+    /// Stand-in  the initial job is blocked when its thread is found asleep for some 10 ms. The release waits for as
+    /// long
+    ///           as jobs end; when none has ended for 5 s it gives up, as with a blocked initial job. A thread that is
+    ///           left alone runs no further job.
+    virtual ~ActiveObjectIf();
+
+    /// Starts an active object.
+    ///
+    /// Stand-in  its thread is named pindle-<n>, n counting from 1 in each process.
+    /// Requires  `init` is not empty. It runs on the new thread, before every posted job.
+    /// Returns   the first owner; never null.
+    /// Errors    std::system_error if no thread can be started; std::bad_alloc.
+    /// Owns      copies `init` and keeps the copy until it has run.
+    static std::shared_ptr<ActiveObjectIf> create(const std::function<void()>& init, const SchedulingPolicy& policy);
+};
+
+} // namespace Pindle::ActiveObject::V1
+
+#endif

@@ -1,0 +1,91 @@
+/// Interface of the messaging library, libzel.so.1, as far as libcorvane uses it: mailboxes between threads and
+/// processes.
+///
+/// A mailbox belongs to the thread that created it. It has a name, by which others locate it, and an id, to which they
+/// send. A message is a block of bytes whose first 32-bit word is its message number; the rest is between sender and
+/// receiver. Every call ends in a source file name and a line, for the library's own diagnostics; "" and 0 are fine.
+///
+/// The library belongs to the unit. Where the stand-in that is built here had to choose something that the unit's
+/// library may do differently, the choice is marked "Stand-in".
+///
+/// Stand-in  connects the processes of one user on one machine that have the same XDG_RUNTIME_DIR (/tmp if there is
+///           none): their meeting point is the folder zel-<uid> in it. A child made by fork() without exec() keeps the
+///           mailboxes of its parent alive.
+/// Threads   any; each call is about the calling thread's own mailbox. A message belongs to one thread at a time.
+/// Errors    nothing is thrown.
+#ifndef ZEL_H
+#define ZEL_H
+
+#include <stddef.h>
+#include <stdint.h>
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/// A message. Its bytes are reached through a cast; the block is aligned for any type.
+union zel_msg;
+
+/// Creates the calling thread's mailbox under a name that no living mailbox has. It ends with its thread at the latest,
+/// however the thread or its process ends, and the name is free again at once.
+///
+/// Stand-in  a thread has one mailbox; a second one isn't created. `flags` must be 0. A name has 1 to 60 bytes.
+/// Returns   the id: unique among the mailboxes that are alive on the machine, never 0, below 0xFFF00000. 0xFFFFFFFF on
+///           failure: the name is taken, or there are no resources.
+uint32_t __zel_create_mailbox(const char* name, uint32_t flags, const char* file, int line);
+
+/// Allocates a message of `size` bytes and sets its first word to `msgNo`. The other bytes are not set.
+///
+/// Stand-in  4 bytes to 64 MiB.
+/// Returns   the message; null if there is no memory for it or the size isn't one for a message.
+/// Owns      the caller, until the message is sent, handed over with a locate request, or freed.
+union zel_msg* __zel_alloc(size_t size, uint32_t msgNo, const char* file, int line);
+
+/// Asks for the mailbox `name`. `*reply` comes to the calling thread's mailbox, unchanged and as sent by the located
+/// mailbox, as soon as a mailbox of that name exists: at once, or whenever it is created.
+///
+/// Stand-in  without a mailbox of the calling thread, with another `from` or without a reply the request is dropped.
+/// Requires  `from` is 0xFFF00000: the calling thread's mailbox.
+/// Owns      takes the message over and sets `*reply` to null.
+void __zel_locate_async(const char* name, union zel_msg** reply, uint32_t from, const char* file, int line);
+
+/// Takes the first message that matches out of the calling thread's mailbox; waits for one up to the time-out. Messages
+/// that don't match stay, in their order. Those of one sender are received in the order in which they were sent, each
+/// whole or not at all.
+///
+/// Stand-in  null for `filter`, or a count of 0, matches every message number; a time-out of 0xFFFFFFFF waits for ever.
+///           While 8 MiB of one sender's messages wait unmatched, no more of them are looked at. Signals don't end the
+///           wait.
+/// Requires  `filter` is an array of words: a count, then as many message numbers. `from` is 0xFFF11111, any sender,
+///           or the id of the one sender wanted.
+/// Returns   the message; null when the time is up. Without a mailbox of the calling thread, null at once.
+/// Owns      the caller.
+/// Units     milliseconds; 0 takes what is there.
+union zel_msg* __zel_receive(const uint32_t* filter, uint32_t timeoutMs, uint32_t from, const char* file, int line);
+
+/// Returns  the id of the mailbox that sent a received message, or that a locate reply stands for.
+///
+/// Stand-in  0xFFFFFFFF for null and for a message that was not received.
+uint32_t __zel_sender(const union zel_msg* msg, const char* file, int line);
+
+/// Frees a message and sets `*msg` to null.
+///
+/// Stand-in  null is ignored.
+void __zel_free(union zel_msg** msg, const char* file, int line);
+
+/// Sends a message. Up to 16 MiB are delivered at least.
+///
+/// While the receiver has more messages waiting than it takes, the call waits: nothing is lost and nothing piles up. A
+/// message to a mailbox that doesn't exist, or ends before it has taken the message, is discarded without a sign.
+///
+/// Stand-in  a few hundred KiB per sender wait in the system before the sender does. Without a mailbox of the calling
+///           thread, or with another `from`, the message is discarded.
+/// Requires  `from` is 0xFFF00000: the calling thread's mailbox.
+/// Owns      takes the message over and sets `*msg` to null, whatever becomes of it.
+void __zel_send(union zel_msg** msg, uint32_t to, uint32_t from, const char* file, int line);
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif

@@ -1,0 +1,94 @@
+/// One connection into a mailbox.
+#include "incoming.h"
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <cstring>
+
+#include <sys/socket.h>
+
+namespace Zel {
+
+namespace {
+
+constexpr std::size_t readSize = std::size_t{64} << 10U;
+
+} // namespace
+
+bool Incoming::read(std::deque<Arrived>& arrived)
+{
+    std::array<unsigned char, readSize> buffer;
+    const ssize_t result = ::recv(m_connection.get(), buffer.data(), buffer.size(), MSG_DONTWAIT);
+    if (result <= 0) {
+        return result < 0 && (errno == EAGAIN || errno == EINTR);
+    }
+    const unsigned char* next = buffer.data();
+    auto left = static_cast<std::size_t>(result);
+    while (left > 0) {
+        if (!m_partial) {
+            const std::size_t taken = takeHeader(next, left);
+            next += taken;
+            left -= taken;
+            if (m_headerBytes < sizeof m_header) {
+                return true;
+            }
+            if (!startMessage()) {
+                return false;
+            }
+            continue;
+        }
+        const std::size_t taken = std::min(left, m_header.size - m_partialFill);
+        if (!growTo(m_partialFill + taken)) {
+            return false;
+        }
+        std::memcpy(bytesOf(m_partial.get()) + m_partialFill, next, taken);
+        m_partialFill += taken;
+        next += taken;
+        left -= taken;
+        if (m_partialFill == m_header.size) {
+            finishMessage(arrived);
+        }
+    }
+    return true;
+}
+
+void Incoming::refuseMore()
+{
+    ::shutdown(m_connection.get(), SHUT_RD);
+}
+
+std::size_t Incoming::takeHeader(const unsigned char* bytes, std::size_t count)
+{
+    const std::size_t taken = std::min(count, sizeof m_header - m_headerBytes);
+    std::memcpy(static_cast<unsigned char*>(static_cast<void*>(&m_header)) + m_headerBytes, bytes, taken);
+    m_headerBytes += taken;
+    return taken;
+}
+
+bool Incoming::startMessage()
+{
+    if (m_header.mark != frameMark || m_header.size < smallestMessage || m_header.size > largestMessage) {
+        return false;
+    }
+    m_partial = allocateMessage(std::min<std::size_t>(m_header.size, readSize));
+    m_partialFill = 0;
+    return m_partial != nullptr;
+}
+
+bool Incoming::growTo(std::size_t size)
+{
+    const std::size_t room = sizeOf(m_partial.get());
+    return size <= room || resizeMessage(m_partial, std::min<std::size_t>(std::max(size, 2 * room), m_header.size));
+}
+
+void Incoming::finishMessage(std::deque<Arrived>& arrived)
+{
+    setSender(m_partial.get(), m_header.sender);
+    *m_waitingBytes += m_header.size;
+    arrived.push_back({std::move(m_partial), m_waitingBytes});
+    m_headerBytes = 0;
+    m_hasDelivered = true;
+}
+
+} // namespace Zel

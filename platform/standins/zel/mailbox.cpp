@@ -1,0 +1,262 @@
+/// A thread's mailbox.
+#include "mailbox.h"
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <limits>
+
+#include <sys/socket.h>
+#include <sys/uio.h>
+
+namespace Zel {
+
+namespace {
+
+constexpr std::uint32_t anySender = 0xFFF11111U;
+constexpr std::uint32_t forEverMs = 0xFFFFFFFFU;
+constexpr std::size_t mostConnections = 512;
+constexpr std::size_t mostWaitingBytes = std::size_t{8} << 20U;   // of one sender, while others are wanted
+constexpr std::size_t mostPartialBytes = std::size_t{256} << 20U; // of all senders
+constexpr int retryMs = 100; // where the system has run out of something and tells nobody when there is more
+
+} // namespace
+
+bool Filter::matches(const zel_msg* message) const
+{
+    if (sender != anySender && sender != senderOf(message)) {
+        return false;
+    }
+    const std::uint32_t count = numbers == nullptr ? 0 : numbers[0];
+    return count == 0 || std::find(numbers + 1, numbers + 1 + count, numberOf(message)) != numbers + 1 + count;
+}
+
+std::unique_ptr<Mailbox> Mailbox::create(const std::string& name)
+{
+    auto meetingPoint = MeetingPoint::open();
+    if (!meetingPoint) {
+        return nullptr;
+    }
+    auto address = meetingPoint->takeName(name);
+    if (!address) {
+        return nullptr;
+    }
+    return std::unique_ptr<Mailbox>(new Mailbox(std::move(*meetingPoint), name, std::move(*address)));
+}
+
+Mailbox::Mailbox(MeetingPoint meetingPoint, std::string name, Address address)
+    : m_meetingPoint(std::move(meetingPoint)), m_name(std::move(name)), m_address(std::move(address))
+{
+}
+
+Mailbox::~Mailbox()
+{
+    close();
+}
+
+void Mailbox::close()
+{
+    if (m_isClosed) {
+        return;
+    }
+    m_isClosed = true;
+    acceptAll();
+    m_meetingPoint.releaseName(m_name, m_address);
+    for (Incoming& connection : m_incoming) {
+        connection.refuseMore();
+    }
+}
+
+void Mailbox::locate(std::string name, Message reply)
+{
+    m_locator.request(std::move(name), std::move(reply));
+    m_locator.check(m_arrived);
+}
+
+Message Mailbox::receive(const Filter& filter, std::uint32_t timeoutMs)
+{
+    const bool forEver = timeoutMs == forEverMs;
+    const Clock::time_point deadline = Clock::now() + std::chrono::milliseconds(forEver ? 0 : timeoutMs);
+    for (;;) {
+        if (Message message = takeArrived(filter)) {
+            return message;
+        }
+        if (m_isClosed && m_incoming.empty()) {
+            return {};
+        }
+        const int wait = waitMs(forEver, deadline);
+        takeIn(wait);
+        if (wait == 0 && !m_isClosed) {
+            return takeArrived(filter);
+        }
+    }
+}
+
+Message Mailbox::takeArrived(const Filter& filter)
+{
+    const auto found = std::find_if(m_arrived.begin(), m_arrived.end(),
+                                    [&](const Arrived& arrived) { return filter.matches(arrived.message.get()); });
+    if (found == m_arrived.end()) {
+        return {};
+    }
+    Message message = std::move(found->message);
+    if (found->waitingBytes) {
+        *found->waitingBytes -= sizeOf(message.get());
+    }
+    m_arrived.erase(found);
+    return message;
+}
+
+int Mailbox::waitMs(bool forEver, Clock::time_point deadline) const
+{
+    if (m_isClosed) {
+        return 0;
+    }
+    const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - Clock::now()).count();
+    const bool canTell = !m_isFull && (!m_locator.isWaiting() || m_locator.fd() >= 0);
+    const std::int64_t longest = canTell ? std::numeric_limits<int>::max() : retryMs;
+    if (forEver) {
+        return canTell ? -1 : retryMs;
+    }
+    return static_cast<int>(std::clamp<std::int64_t>(left, 0, longest));
+}
+
+void Mailbox::takeIn(int timeoutMs)
+{
+    // The descriptors by position: the listener, the locator's, then the connections'. A negative one is passed over.
+    const bool wasFull = m_isFull;
+    m_pollSet.clear();
+    m_pollSet.push_back({wasFull ? -1 : m_address.listener.get(), POLLIN, 0});
+    m_pollSet.push_back({m_locator.fd(), POLLIN, 0});
+    for (const Incoming& connection : m_incoming) {
+        const bool hasPlace = m_isClosed || connection.waitingBytes() < mostWaitingBytes;
+        m_pollSet.push_back({hasPlace ? connection.fd() : -1, POLLIN, 0});
+    }
+    if (::poll(m_pollSet.data(), m_pollSet.size(), timeoutMs) < 0) {
+        return; // a signal; the caller looks at its clock again
+    }
+    std::size_t position = 2;
+    for (auto next = m_incoming.begin(); position < m_pollSet.size(); ++position) {
+        const auto connection = next++;
+        if (m_pollSet[position].revents != 0) {
+            readFrom(connection);
+        }
+    }
+    if (!m_isClosed && (wasFull || m_pollSet[0].revents != 0)) {
+        acceptAll();
+    }
+    boundPartialMessages();
+    if (m_locator.isWaiting() && (m_locator.fd() < 0 || m_pollSet[1].revents != 0)) {
+        m_locator.check(m_arrived);
+    }
+}
+
+void Mailbox::acceptAll()
+{
+    m_isFull = false;
+    for (std::size_t accepted = 0; accepted < mostConnections;) {
+        if (m_incoming.size() >= mostConnections && !dropAStranger()) {
+            m_isFull = true;
+            return;
+        }
+        Fd connection(::accept4(m_address.listener.get(), nullptr, nullptr, SOCK_CLOEXEC));
+        if (connection) {
+            ++accepted;
+            if (isSameUser(connection.get())) {
+                m_incoming.emplace_back(std::move(connection));
+                readFrom(std::prev(m_incoming.end()));
+            }
+        } else if (errno == EAGAIN) {
+            return;
+        } else if (errno != EINTR && errno != ECONNABORTED && !dropAStranger()) {
+            m_isFull = true; // out of descriptors or memory
+            return;
+        }
+    }
+}
+
+bool Mailbox::dropAStranger()
+{
+    const auto stranger = std::find_if(m_incoming.begin(), m_incoming.end(),
+                                       [](const Incoming& connection) { return !connection.hasDelivered(); });
+    if (stranger == m_incoming.end()) {
+        return false;
+    }
+    m_incoming.erase(stranger);
+    return true;
+}
+
+void Mailbox::readFrom(std::list<Incoming>::iterator connection)
+{
+    if (connection->read(m_arrived)) {
+        m_incoming.splice(m_incoming.end(), m_incoming, connection);
+    } else {
+        m_incoming.erase(connection);
+    }
+}
+
+void Mailbox::boundPartialMessages()
+{
+    std::size_t total = 0;
+    for (const Incoming& connection : m_incoming) {
+        total += connection.partialBytes();
+    }
+    for (auto next = m_incoming.begin(); total > mostPartialBytes && next != m_incoming.end();) {
+        const auto connection = next++;
+        if (connection->partialBytes() > 0) {
+            total -= connection->partialBytes();
+            m_incoming.erase(connection);
+        }
+    }
+}
+
+void Mailbox::send(Message message, std::uint32_t to)
+{
+    if (to == id()) {
+        if (!m_isClosed) { // through its own socket it would wait for itself
+            setSender(message.get(), to);
+            m_arrived.push_back({std::move(message), nullptr});
+        }
+        return;
+    }
+    const auto known = m_outgoing.find(to);
+    if (known != m_outgoing.end()) {
+        if (sendOn(known->second.get(), message.get())) {
+            return;
+        }
+        m_outgoing.erase(known);
+    }
+    // The receiver may have dropped the connection alone. What it had of the message then is dropped too.
+    Fd connection = m_meetingPoint.connectTo(to);
+    if (connection && sendOn(connection.get(), message.get())) {
+        m_outgoing.emplace(to, std::move(connection));
+    }
+}
+
+bool Mailbox::sendOn(int connection, zel_msg* message) const
+{
+    FrameHeader header = {frameMark, static_cast<std::uint32_t>(sizeOf(message)), id()};
+    std::array<iovec, 2> parts = {{{&header, sizeof header}, {bytesOf(message), sizeOf(message)}}};
+    msghdr frame = {};
+    frame.msg_iov = parts.data();
+    frame.msg_iovlen = parts.size();
+    while (frame.msg_iovlen > 0) {
+        const ssize_t result = ::sendmsg(connection, &frame, MSG_NOSIGNAL);
+        if (result < 0 && errno != EINTR) {
+            return false;
+        }
+        auto sent = static_cast<std::size_t>(std::max<ssize_t>(result, 0));
+        while (frame.msg_iovlen > 0 && sent >= frame.msg_iov->iov_len) {
+            sent -= frame.msg_iov->iov_len;
+            ++frame.msg_iov;
+            --frame.msg_iovlen;
+        }
+        if (frame.msg_iovlen > 0) {
+            frame.msg_iov->iov_base = static_cast<unsigned char*>(frame.msg_iov->iov_base) + sent;
+            frame.msg_iov->iov_len -= sent;
+        }
+    }
+    return true;
+}
+
+} // namespace Zel

@@ -1,0 +1,86 @@
+/// A thread's mailbox: what comes in, what is waited for, and the connections to those it sends to.
+///
+/// The sockets are the queue. Nothing is read before the thread asks for a message, so a receiver that doesn't keep up
+/// stops its senders in the kernel; there is no thread and no lock of the stand-in's own.
+#ifndef ZEL_STANDIN_MAILBOX_H
+#define ZEL_STANDIN_MAILBOX_H
+
+#include <chrono>
+#include <cstdint>
+#include <deque>
+#include <list>
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include <poll.h>
+
+#include "incoming.h"
+#include "locator.h"
+#include "meetingPoint.h"
+#include "message.h"
+
+namespace Zel {
+
+/// Which messages a receive takes.
+struct Filter
+{
+    const std::uint32_t* numbers = nullptr; // a count, then as many message numbers; null: all
+    std::uint32_t sender = 0;
+
+    bool matches(const zel_msg* message) const;
+};
+
+class Mailbox
+{
+public:
+    /// Returns  null if the name is taken or can't be.
+    static std::unique_ptr<Mailbox> create(const std::string& name);
+
+    Mailbox(const Mailbox&) = delete;
+    Mailbox& operator=(const Mailbox&) = delete;
+    ~Mailbox();
+
+    std::uint32_t id() const { return m_address.id; }
+    void locate(std::string name, Message reply);
+    Message receive(const Filter& filter, std::uint32_t timeoutMs);
+    void send(Message message, std::uint32_t to);
+    /// Ends what comes in; see zel_standin_close_mailbox().
+    void close();
+
+private:
+    using Clock = std::chrono::steady_clock;
+
+    Mailbox(MeetingPoint meetingPoint, std::string name, Address address);
+
+    Message takeArrived(const Filter& filter);
+    int waitMs(bool forEver, Clock::time_point deadline) const;
+    /// Waits for input and takes in what is there, once.
+    void takeIn(int timeoutMs);
+    void acceptAll();
+    /// Ends the connection that has been silent longest of those on which no whole message has come.
+    ///
+    /// Returns  false if there is none.
+    bool dropAStranger();
+    void readFrom(std::list<Incoming>::iterator connection);
+    /// Ends the connections that have stalled longest inside a message, while all take more memory than is good.
+    void boundPartialMessages();
+    bool sendOn(int connection, zel_msg* message) const;
+
+    const MeetingPoint m_meetingPoint;
+    const std::string m_name;
+    Address m_address;
+    bool m_isClosed = false;
+    bool m_isFull = false; // no descriptor, or no place, for another connection
+
+    std::list<Incoming> m_incoming; // the one that has moved last is at the end
+    std::deque<Arrived> m_arrived;
+    Locator m_locator{m_meetingPoint};
+    std::map<std::uint32_t, Fd> m_outgoing;
+    std::vector<pollfd> m_pollSet;
+};
+
+} // namespace Zel
+
+#endif

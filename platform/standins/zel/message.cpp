@@ -1,0 +1,90 @@
+/// Messages in memory.
+#include "message.h"
+
+#include <cstdlib>
+#include <cstring>
+
+namespace Zel {
+
+namespace {
+
+/// Stands in front of a message's bytes and keeps them aligned for any type.
+struct alignas(std::max_align_t) Head
+{
+    std::size_t size;
+    std::uint32_t sender;
+};
+
+Head* headOf(zel_msg* message)
+{
+    return static_cast<Head*>(static_cast<void*>(message)) - 1;
+}
+
+const Head* headOf(const zel_msg* message)
+{
+    return static_cast<const Head*>(static_cast<const void*>(message)) - 1;
+}
+
+zel_msg* messageOf(Head* head)
+{
+    return static_cast<zel_msg*>(static_cast<void*>(head + 1));
+}
+
+} // namespace
+
+void FreeMessage::operator()(zel_msg* message) const
+{
+    std::free(headOf(message));
+}
+
+Message allocateMessage(std::size_t size)
+{
+    auto* const head = static_cast<Head*>(std::malloc(sizeof(Head) + size));
+    if (head == nullptr) {
+        return {};
+    }
+    head->size = size;
+    head->sender = noMailbox;
+    return Message(messageOf(head));
+}
+
+bool resizeMessage(Message& message, std::size_t size)
+{
+    auto* const head = static_cast<Head*>(std::realloc(headOf(message.get()), sizeof(Head) + size));
+    if (head == nullptr) {
+        return false;
+    }
+    message.release();
+    head->size = size;
+    message.reset(messageOf(head));
+    return true;
+}
+
+unsigned char* bytesOf(zel_msg* message)
+{
+    return static_cast<unsigned char*>(static_cast<void*>(message));
+}
+
+std::size_t sizeOf(const zel_msg* message)
+{
+    return headOf(message)->size;
+}
+
+std::uint32_t numberOf(const zel_msg* message)
+{
+    std::uint32_t number = 0;
+    std::memcpy(&number, message, sizeof number);
+    return number;
+}
+
+std::uint32_t senderOf(const zel_msg* message)
+{
+    return headOf(message)->sender;
+}
+
+void setSender(zel_msg* message, std::uint32_t sender)
+{
+    headOf(message)->sender = sender;
+}
+
+} // namespace Zel
