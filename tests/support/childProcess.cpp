@@ -12,6 +12,7 @@
 #include <poll.h>
 #include <spawn.h>
 #include <sys/mman.h>
+#include <sys/socket.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -154,7 +155,8 @@ Companion::Companion(const std::vector<std::string>& command, const std::vector<
 {
     std::array<int, 2> input;
     std::array<int, 2> output;
-    checked(pipe2(input.data(), O_CLOEXEC), "pipe2");
+    checked(socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, input.data()),
+            "socketpair"); // so that writing never raises SIGPIPE
     const FileDescriptor inputEnd(input[0]);
     FileDescriptor inputStart(input[1]);
     checked(pipe2(output.data(), O_CLOEXEC), "pipe2");
@@ -167,10 +169,28 @@ Companion::Companion(const std::vector<std::string>& command, const std::vector<
 
 Companion::~Companion()
 {
-    close(m_input);
-    bool hung = false;
-    waitForEnd(m_pid, hung);
+    finish();
     close(m_output);
+}
+
+void Companion::writeLine(const std::string& line)
+{
+    const std::string text = line + '\n';
+    for (std::size_t written = 0; written < text.size();) {
+        const ssize_t result = send(m_input, text.data() + written, text.size() - written, MSG_NOSIGNAL);
+        written += static_cast<std::size_t>(checked(static_cast<int>(result), "write to a companion"));
+    }
+}
+
+int Companion::finish()
+{
+    if (!m_isOver) {
+        close(m_input);
+        bool hung = false;
+        m_status = waitForEnd(m_pid, hung);
+        m_isOver = true;
+    }
+    return m_status;
 }
 
 std::string Companion::readLine()

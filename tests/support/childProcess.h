@@ -34,11 +34,21 @@ public:
     /// Starts `command` as runProgram() does, with standard input and standard output connected to this object.
     Companion(const std::vector<std::string>& command, const std::vector<std::string>& environment);
 
-    /// Ends its standard input and waits for its end. One that doesn't end within two minutes is killed.
+    /// Does what finish() does, unless that was called.
     ~Companion();
 
     /// Returns  the next line that it writes, without the line feed; empty if it ends or is silent for two minutes.
     std::string readLine();
+
+    /// Writes a line, to which the line feed is added, to its standard input.
+    ///
+    /// Errors  std::system_error if it doesn't read any more.
+    void writeLine(const std::string& line);
+
+    /// Ends its standard input and waits for its end. One that doesn't end within two minutes is killed.
+    ///
+    /// Returns  its exit status, or minus the number of the signal that ended it.
+    int finish();
 
     /// Returns  the number of its process.
     int pid() const { return m_pid; }
@@ -50,6 +60,8 @@ private:
     int m_pid = -1;
     int m_input = -1;
     int m_output = -1;
+    bool m_isOver = false;
+    int m_status = 0;
 };
 
 } // namespace Corvane::Testing

@@ -1,0 +1,72 @@
+/// What the stand-in for libpindle chose where its contract says "Stand-in".
+#include <array>
+#include <chrono>
+#include <future>
+#include <memory>
+#include <regex>
+#include <string>
+
+#include <gtest/gtest.h>
+#include <pindle/activeObjectIf.h>
+#include <pthread.h>
+
+namespace {
+
+using Pindle::ActiveObject::V1::ActiveObjectIf;
+using Pindle::ActiveObject::V1::SchedulingPolicy;
+
+TEST(PindleStandin, NamesItsThread)
+{
+    std::promise<std::string> name;
+    const auto object = ActiveObjectIf::create([] {}, SchedulingPolicy::Inherited);
+    object->post([&] {
+        std::array<char, 16> text = {};
+        pthread_getname_np(pthread_self(), text.data(), text.size());
+        name.set_value(text.data());
+    });
+    EXPECT_TRUE(std::regex_match(name.get_future().get(), std::regex("pindle-[0-9]+")));
+}
+
+TEST(PindleStandin, IsReleasedThoughAJobNeverEnds)
+{
+    const auto go = std::make_shared<std::promise<void>>();
+    const auto isOver = std::make_shared<std::promise<void>>();
+    const auto laterJob = std::make_shared<int>(0);
+    std::promise<void> started;
+    auto object = ActiveObjectIf::create([] {}, SchedulingPolicy::Inherited);
+    object->post([go, isOver, &started] {
+        started.set_value();
+        go->get_future().wait();
+        isOver->set_value();
+    });
+    object->post([laterJob] { ++*laterJob; });
+    started.get_future().wait();
+    object.reset(); // returns, or this test hangs
+    EXPECT_EQ(laterJob.use_count(), 1);
+    go->set_value();
+    isOver->get_future().wait();
+    EXPECT_EQ(*laterJob, 0);
+}
+
+TEST(PindleStandin, WaitsForAnInitialJobThatIsBusy)
+{
+    bool initialised = false;
+    bool ran = false;
+    std::promise<void> started;
+    auto object = ActiveObjectIf::create(
+        [&] {
+            started.set_value();
+            const auto until = std::chrono::steady_clock::now() + std::chrono::milliseconds(200);
+            while (std::chrono::steady_clock::now() < until) {
+            }
+            initialised = true;
+        },
+        SchedulingPolicy::Inherited);
+    started.get_future().wait();
+    object->post([&] { ran = true; });
+    object.reset();
+    EXPECT_TRUE(initialised);
+    EXPECT_TRUE(ran);
+}
+
+} // namespace
