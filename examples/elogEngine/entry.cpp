@@ -1,0 +1,150 @@
+/// Event-log entries, read and written.
+#include "entry.h"
+
+#include <array>
+#include <cstdio>
+#include <cstring>
+#include <ctime>
+#include <sstream>
+
+namespace ElogEngine {
+
+namespace {
+
+constexpr std::uint32_t writeNo = 0x17070D1;
+constexpr std::size_t wordSize = sizeof(std::uint32_t);
+constexpr std::size_t headWords = 4;   // message number, event id, number of parameters, length of the text
+constexpr std::size_t unusedBytes = 3; // the sender allocates a word for the text's NUL
+
+std::uint32_t wordAt(const unsigned char* message, std::size_t position)
+{
+    std::uint32_t word = 0;
+    std::memcpy(&word, message + position * wordSize, wordSize);
+    return word;
+}
+
+/// Returns  the length of the UTF-8 character at `position`; 0 if there is none.
+std::size_t characterLength(const std::string& text, std::size_t position)
+{
+    const auto byteAt = [&](std::size_t index) {
+        return index < text.size() ? static_cast<unsigned char>(text[index]) : 0U;
+    };
+    const unsigned int first = byteAt(position);
+    if (first < 0x80) {
+        return 1;
+    }
+    const std::size_t length = first >= 0xF0 ? 4 : first >= 0xE0 ? 3 : 2;
+    const unsigned int second = byteAt(position + 1);
+    const bool isOverlong = first < 0xC2 || (first == 0xE0 && second < 0xA0) || (first == 0xF0 && second < 0x90);
+    const bool isNoCharacter = (first == 0xED && second > 0x9F) || first > 0xF4 || (first == 0xF4 && second > 0x8F);
+    if (isOverlong || isNoCharacter) {
+        return 0;
+    }
+    for (std::size_t next = 1; next < length; ++next) {
+        if ((byteAt(position + next) & 0xC0U) != 0x80) {
+            return 0;
+        }
+    }
+    return length;
+}
+
+/// A JSON string, which people can read as well.
+std::string quoted(const std::string& text)
+{
+    std::string result = "\"";
+    for (std::size_t position = 0; position < text.size();) {
+        const char c = text[position];
+        const std::size_t length = characterLength(text, position);
+        if (length == 0) {
+            result += "\\ufffd";
+            ++position;
+            continue;
+        }
+        if (c == '"' || c == '\\') {
+            result += '\\';
+            result += c;
+        } else if (c == '\n') {
+            result += "\\n";
+        } else if (length == 1 && (static_cast<unsigned char>(c) < 0x20 || c == 0x7F)) {
+            std::array<char, 8> escape = {};
+            std::snprintf(escape.data(), escape.size(), "\\u%04x", static_cast<unsigned int>(c));
+            result += escape.data();
+        } else {
+            result.append(text, position, length);
+        }
+        position += length;
+    }
+    return result + '"';
+}
+
+std::string utc(std::chrono::system_clock::time_point time)
+{
+    const auto sinceEpoch = std::chrono::duration_cast<std::chrono::microseconds>(time.time_since_epoch()).count();
+    const std::time_t seconds = std::chrono::system_clock::to_time_t(time);
+    std::tm parts = {};
+    gmtime_r(&seconds, &parts);
+    std::array<char, 48> text = {};
+    const std::size_t length = std::strftime(text.data(), text.size(), "%Y-%m-%dT%H:%M:%S", &parts);
+    std::snprintf(text.data() + length, text.size() - length, ".%06dZ", static_cast<int>(sinceEpoch % 1000000));
+    return text.data();
+}
+
+std::string listOf(const std::vector<std::uint32_t>& params)
+{
+    std::string list = "[";
+    for (const std::uint32_t param : params) {
+        list += (list.size() > 1 ? "," : "") + std::to_string(param);
+    }
+    return list + "]";
+}
+
+} // namespace
+
+std::string readEntry(const unsigned char* message, std::size_t size, Entry& entry)
+{
+    if (size < wordSize || wordAt(message, 0) != writeNo) {
+        return "it has another message number";
+    }
+    if (size < headWords * wordSize + 1 + unusedBytes) {
+        return "it is shorter than an entry";
+    }
+    const std::uint32_t numParams = wordAt(message, 2);
+    const std::uint32_t textLength = wordAt(message, 3);
+    const std::uint64_t paramsSize = std::uint64_t{numParams} * wordSize;
+    const std::uint64_t announced = headWords * wordSize + paramsSize + textLength + 1 + unusedBytes;
+    if (announced != size) {
+        return "it announces " + std::to_string(numParams) + " parameters and a text of " + std::to_string(textLength) +
+               " bytes";
+    }
+    const unsigned char* const params = message + headWords * wordSize;
+    const unsigned char* const text = params + paramsSize;
+    if (text[textLength] != 0) {
+        return "its text doesn't end in NUL";
+    }
+    entry.eventId = wordAt(message, 1);
+    entry.params.resize(numParams);
+    if (numParams > 0) {
+        std::memcpy(entry.params.data(), params, paramsSize);
+    }
+    entry.text.assign(text, text + textLength);
+    return "";
+}
+
+std::string asText(const Arrival& arrival, const Entry& entry)
+{
+    std::ostringstream line;
+    line << utc(arrival.time) << " #" << arrival.sequence << " sender " << arrival.sender << " event " << entry.eventId
+         << " " << listOf(entry.params) << " " << quoted(entry.text);
+    return line.str();
+}
+
+std::string asJson(const Arrival& arrival, const Entry& entry)
+{
+    std::ostringstream line;
+    line << R"({"time":")" << utc(arrival.time) << R"(","sequence":)" << arrival.sequence << R"(,"sender":)"
+         << arrival.sender << R"(,"eventId":)" << entry.eventId << R"(,"params":)" << listOf(entry.params)
+         << R"(,"text":)" << quoted(entry.text) << "}";
+    return line.str();
+}
+
+} // namespace ElogEngine

@@ -1,0 +1,41 @@
+/// An event-log entry: read out of a message that isn't trusted, and written as a line.
+#ifndef ELOGENGINE_ENTRY_H
+#define ELOGENGINE_ENTRY_H
+
+#include <chrono>
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace ElogEngine {
+
+struct Entry
+{
+    std::uint32_t eventId = 0;
+    std::vector<std::uint32_t> params;
+    std::string text;
+};
+
+/// Where and when an entry came in.
+struct Arrival
+{
+    std::chrono::system_clock::time_point time;
+    std::uint32_t sender = 0;
+    std::uint64_t sequence = 0;
+};
+
+/// Reads the `size` bytes of a message into `entry`.
+///
+/// Returns  what is wrong with the message; empty if it is an entry.
+std::string readEntry(const unsigned char* message, std::size_t size, Entry& entry);
+
+/// Returns  a line for people: time, sequence number, sender, event, parameters and quoted text. Without the line feed.
+std::string asText(const Arrival& arrival, const Entry& entry);
+
+/// Returns  a JSON object on one line, without the line feed. Bytes of the text that are not UTF-8 become U+FFFD.
+std::string asJson(const Arrival& arrival, const Entry& entry);
+
+} // namespace ElogEngine
+
+#endif
