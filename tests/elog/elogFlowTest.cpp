@@ -1,0 +1,237 @@
+/// The client as applications use it, between processes: bytes on the way, order, loss, waiting and the end.
+#include <array>
+#include <csignal>
+#include <future>
+#include <map>
+#include <string>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/types.h>
+#include <zel.h>
+
+#include "tests/elog/numberedEntries.h"
+#include "tests/elog/testEngine.h"
+#include "tests/support/childProcess.h"
+#include "tests/support/runtimeFolder.h"
+
+namespace {
+
+using namespace Corvane::Testing;
+
+class Writer : public Companion
+{
+public:
+    Writer() : Companion({CORVANE_ELOG_WRITER}, {}) {}
+
+    void write(const std::string& command)
+    {
+        writeLine(command);
+        EXPECT_EQ(readLine(), "written");
+    }
+};
+
+class Engine : public Companion
+{
+public:
+    explicit Engine(unsigned long expected, unsigned long pause = 0)
+        : Companion({"/proc/self/exe", "--engine", std::to_string(expected), std::to_string(pause)}, {})
+    {
+        EXPECT_EQ(readLine(), "created");
+    }
+
+    void expectFlow() { EXPECT_EQ(readLine(), "flowing"); }
+    void expectAll()
+    {
+        std::string line = readLine();
+        EXPECT_EQ(line == "flowing" ? readLine() : line, "complete");
+    }
+};
+
+/// Runs on a thread of its own, whose mailbox ends with it.
+template <typename Action>
+void onThread(const Action& action)
+{
+    std::async(std::launch::async, action).get();
+}
+
+class ElogFlow : public testing::Test
+{
+    const RuntimeFolder m_folder;
+};
+
+TEST_F(ElogFlow, CarriesEveryByteOfTheEntriesAtTheEdges)
+{
+    onThread([] {
+        ASSERT_TRUE(becomeEngine());
+        Writer writer;
+        writer.write("edges");
+        unsigned int sender = 0;
+        for (const PlainEntry& expected : edgeEntries()) {
+            const ReceivedEntry entry = receiveEntry();
+            EXPECT_TRUE(entry.written == writtenBytes(expected.eventId, expected.text, expected.params));
+            EXPECT_EQ(entry.size, expected.text.size() + (expected.params.size() + 5) * 4);
+            EXPECT_TRUE(expected.text != "abc" || (entry.size == 31 && entry.written.size() == 28));
+            EXPECT_TRUE(!expected.text.empty() || entry.size == 20);
+            EXPECT_TRUE(sender == 0 || entry.sender == sender);
+            sender = entry.sender;
+        }
+        zel_msg* reply = __zel_alloc(4, 1, "", 0);
+        __zel_locate_async("ElogEngineClient", &reply, 0xFFF00000, "", 0);
+        const unsigned int locateReply[] = {1, 1};
+        reply = __zel_receive(locateReply, 60000, 0xFFF11111, "", 0);
+        EXPECT_EQ(__zel_sender(reply, "", 0), sender);
+        __zel_free(&reply, "", 0);
+        EXPECT_EQ(writer.finish(), 0);
+    });
+}
+
+TEST_F(ElogFlow, DeliversAllEntriesOfEightThreadsToAnEngineThatStartsLate)
+{
+    Writer writer;
+    writer.write("write 8 100000");
+    Engine engine(800000);
+    engine.expectAll();
+    EXPECT_EQ(writer.finish(), 0);
+}
+
+TEST_F(ElogFlow, DeliversAllEntriesToAnEngineThatReadsSlowly)
+{
+    Engine engine(800000, 3);
+    Writer writer;
+    writer.write("write 8 100000"); // returns long before the engine has read them
+    EXPECT_EQ(writer.finish(), 0);
+    engine.expectAll();
+}
+
+TEST_F(ElogFlow, DeliversAllEntriesToAnEngineThatIsStoppedForAWhile)
+{
+    Engine engine(800000);
+    Writer writer;
+    writer.writeLine("write 8 100000");
+    engine.expectFlow();
+    kill(engine.pid(), SIGSTOP);
+    EXPECT_EQ(writer.readLine(), "written"); // though nobody reads
+    kill(engine.pid(), SIGCONT);
+    engine.expectAll();
+    EXPECT_EQ(writer.finish(), 0);
+}
+
+TEST_F(ElogFlow, LivesOnWhenTheEngineIsKilled)
+{
+    Engine engine(1000000000);
+    Writer writer;
+    writer.writeLine("write 8 20000");
+    engine.expectFlow();
+    kill(engine.pid(), SIGKILL);
+    EXPECT_EQ(writer.readLine(), "written");
+    writer.write("bulk 100000");
+    writer.writeLine("settle");
+    EXPECT_EQ(writer.readLine(), "settled"); // what can't be sent is freed, or this test hangs
+    EXPECT_EQ(writer.finish(), 0);
+}
+
+TEST_F(ElogFlow, LeavesTheEngineWholeWhenAClientIsKilled)
+{
+    onThread([] {
+        ASSERT_TRUE(becomeEngine());
+        std::map<unsigned int, std::array<unsigned int, 8>> next; // number, by client and thread
+        const auto takeOne = [&next] {
+            const ReceivedEntry entry = receiveEntry();
+            const unsigned int thread = entry.written.at(4);
+            const unsigned int number = next[entry.sender].at(thread)++;
+            EXPECT_TRUE(entry.written == writtenBytes(thread, textOfEntry(thread, number), {number}));
+            return entry.sender;
+        };
+        Writer killed;
+        killed.writeLine("write 8 20000");
+        for (int count = 0; count < 5000; ++count) {
+            takeOne();
+        }
+        kill(killed.pid(), SIGKILL);
+        EXPECT_EQ(killed.finish(), -SIGKILL);
+        const unsigned int killedClient = next.begin()->first;
+        Writer other; // the name of the client's mailbox is free again
+        other.write("write 1 1000");
+        for (int count = 0; count < 1000;) {
+            count += takeOne() == killedClient ? 0 : 1;
+        }
+        EXPECT_EQ(other.finish(), 0);
+    });
+}
+
+TEST_F(ElogFlow, NeverBlocksAWriterWhoseEngineNeverReads)
+{
+    onThread([] {
+        ASSERT_TRUE(becomeEngine());
+        Writer writer;
+        writer.write("write 8 20000"); // or this test hangs
+        kill(writer.pid(), SIGKILL);
+        writer.finish();
+    });
+}
+
+TEST_F(ElogFlow, EndsWithoutAnEngine)
+{
+    Writer writer;
+    writer.write("write 8 1000");
+    EXPECT_EQ(writer.finish(), 0);
+}
+
+TEST_F(ElogFlow, EndsWhenItsMailboxIsTaken)
+{
+    onThread([] {
+        EXPECT_NE(__zel_create_mailbox("ElogEngineClient", 0, "", 0), 0xFFFFFFFF);
+        Writer writer;
+        writer.write("write 8 1000");
+        EXPECT_EQ(writer.finish(), 0);
+    });
+}
+
+TEST_F(ElogFlow, EndsThoughTheEngineNeverReads)
+{
+    onThread([] {
+        ASSERT_TRUE(becomeEngine());
+        Writer writer;
+        writer.write("write 8 1000");
+        EXPECT_EQ(writer.finish(), 0);
+    });
+}
+
+TEST_F(ElogFlow, DeliversWhatWasWrittenJustBeforeTheEnd)
+{
+    for (int round = 0; round < 20; ++round) {
+        Engine engine(1);
+        Writer writer;
+        writer.writeLine("write 1 1");
+        EXPECT_EQ(writer.finish(), 0);
+        engine.expectAll();
+    }
+}
+
+TEST_F(ElogFlow, KeepsTheLibraryUnderTheClientWhenAnApplicationUnloadsIt)
+{
+    Engine engine(1);
+    const ProgramResult result = runProgram({CORVANE_ELOG_UNLOADER, CORVANE_LIBRARY, "start"});
+    EXPECT_EQ(result.status, 0) << result.err;
+    EXPECT_EQ(result.out, "still loaded\n");
+    engine.expectAll();
+}
+
+TEST_F(ElogFlow, LetsAnApplicationUnloadTheLibraryThatHasNotStartedTheClient)
+{
+    const ProgramResult result = runProgram({CORVANE_ELOG_UNLOADER, CORVANE_LIBRARY});
+    EXPECT_EQ(result.status, 0) << result.err;
+    EXPECT_EQ(result.out, "unloaded\n");
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    if (argc == 4 && std::string(argv[1]) == "--engine") {
+        return runEngine(std::stoul(argv[2]), std::stoul(argv[3]));
+    }
+    testing::InitGoogleTest(&argc, argv);
+    return RUN_ALL_TESTS();
+}

@@ -1,0 +1,84 @@
+/// An application of the event-log client that does what it is told by lines on standard input, answers each with a
+/// line, and ends with its input.
+///
+///     write <threads> <count>  every thread writes that many numbered entries     -> written
+///     edges                    writes the entries at the edges                    -> written
+///     bulk <count>             writes entries of 1 KiB                            -> written
+///     settle                   waits until the client holds none of them any more -> settled
+#include <atomic>
+#include <iostream>
+#include <sstream>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include <elog/elogIf.h>
+#include <malloc.h>
+
+#include "tests/elog/numberedEntries.h"
+
+namespace {
+
+using Corvane::Elog::V2::ElogIf;
+using namespace Corvane::Testing;
+
+void write(unsigned int threadCount, unsigned int entryCount)
+{
+    std::atomic<unsigned int> ready{0};
+    std::vector<std::thread> threads;
+    for (unsigned int thread = 0; thread < threadCount; ++thread) {
+        threads.emplace_back([&, thread] {
+            for (++ready; ready < threadCount;) {
+                std::this_thread::yield();
+            }
+            for (unsigned int number = 0; number < entryCount; ++number) {
+                ElogIf::getInstance().elogWrite(thread, textOfEntry(thread, number), {number});
+            }
+        });
+    }
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
+}
+
+std::size_t usedMemory()
+{
+    const struct mallinfo2 memory = ::mallinfo2();
+    return memory.uordblks + memory.hblkhd;
+}
+
+} // namespace
+
+int main()
+{
+    const std::size_t memoryAtStart = usedMemory();
+    std::string line;
+    while (std::getline(std::cin, line)) {
+        std::istringstream words(line);
+        std::string command;
+        unsigned int first = 0;
+        unsigned int second = 0;
+        words >> command >> first >> second;
+        if (command == "write") {
+            write(first, second);
+            std::cout << "written" << std::endl;
+        } else if (command == "edges") {
+            for (const PlainEntry& entry : edgeEntries()) {
+                ElogIf::getInstance().elogWrite(entry.eventId, entry.text, entry.params);
+            }
+            std::cout << "written" << std::endl;
+        } else if (command == "bulk") {
+            const std::string text(1024, 'b');
+            for (unsigned int number = 0; number < first; ++number) {
+                ElogIf::getInstance().elogWrite(number, text, {});
+            }
+            std::cout << "written" << std::endl;
+        } else if (command == "settle") {
+            while (usedMemory() > memoryAtStart + (std::size_t{1} << 20U)) {
+                std::this_thread::yield();
+            }
+            std::cout << "settled" << std::endl;
+        }
+    }
+    return 0;
+}

@@ -1,0 +1,39 @@
+/// Entries whose text follows from the thread that wrote them and their number, so that a torn, lost, doubled or
+/// displaced one shows.
+#ifndef CORVANE_TESTS_ELOG_NUMBEREDENTRIES_H
+#define CORVANE_TESTS_ELOG_NUMBEREDENTRIES_H
+
+#include <string>
+#include <vector>
+
+namespace Corvane::Testing {
+
+inline std::string textOfEntry(unsigned int thread, unsigned int number)
+{
+    return "entry " + std::to_string(number) + " of thread " + std::to_string(thread) + std::string(number % 50, '.');
+}
+
+struct PlainEntry
+{
+    unsigned int eventId;
+    std::string text;
+    std::vector<unsigned int> params;
+};
+
+/// Entries at the edges of what there can be.
+inline std::vector<PlainEntry> edgeEntries()
+{
+    std::vector<unsigned int> many(10000);
+    for (unsigned int index = 0; index < many.size(); ++index) {
+        many[index] = index * 429496U;
+    }
+    return {{0, "", {}},
+            {1007, "abc", {11, 22}},
+            {4294967295, std::string("\0a\0\0b\0", 6), {4294967295}},
+            {3, std::string(std::size_t{1} << 20U, '\xFF'), {}},
+            {4, "many", many}};
+}
+
+} // namespace Corvane::Testing
+
+#endif

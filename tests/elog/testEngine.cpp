@@ -1,0 +1,104 @@
+/// An event-log engine for tests.
+#include "tests/elog/testEngine.h"
+
+#include <algorithm>
+#include <chrono>
+#include <cstdint>
+#include <cstring>
+#include <iostream>
+#include <map>
+#include <stdexcept>
+
+#include <zelStandin.h>
+
+#include "tests/elog/numberedEntries.h"
+
+namespace Corvane::Testing {
+
+namespace {
+
+constexpr std::size_t unwrittenBytes = 3;
+
+void append(std::vector<unsigned char>& bytes, const std::vector<std::uint32_t>& words)
+{
+    const auto* const data = reinterpret_cast<const unsigned char*>(words.data());
+    bytes.insert(bytes.end(), data, data + words.size() * sizeof(std::uint32_t));
+}
+
+/// Compares with the entry that should come next from its thread.
+bool isNext(const ReceivedEntry& entry, std::map<std::uint32_t, std::uint32_t>& next)
+{
+    std::uint32_t thread = 0;
+    if (entry.written.size() < 2 * sizeof thread) {
+        return false;
+    }
+    std::memcpy(&thread, entry.written.data() + sizeof thread, sizeof thread);
+    const std::uint32_t number = next[thread]++;
+    return entry.written == writtenBytes(thread, textOfEntry(thread, number), {number});
+}
+
+void pauseFor(std::chrono::microseconds duration)
+{
+    const auto until = std::chrono::steady_clock::now() + duration;
+    while (std::chrono::steady_clock::now() < until) {
+    }
+}
+
+} // namespace
+
+bool becomeEngine()
+{
+    return __zel_create_mailbox("ElogEngine", 0, "", 0) != 0xFFFFFFFF;
+}
+
+ReceivedEntry receiveEntry()
+{
+    zel_msg* message = __zel_receive(nullptr, 60000, 0xFFF11111, "", 0);
+    if (message == nullptr) {
+        throw std::runtime_error("no entry came for a minute");
+    }
+    ReceivedEntry entry;
+    entry.size = zel_standin_size(message);
+    entry.sender = __zel_sender(message, "", 0);
+    const auto* const bytes = reinterpret_cast<const unsigned char*>(message);
+    entry.written.assign(bytes, bytes + entry.size - std::min(entry.size, unwrittenBytes));
+    __zel_free(&message, "", 0);
+    return entry;
+}
+
+std::vector<unsigned char> writtenBytes(unsigned int eventId, const std::string& text,
+                                        const std::vector<unsigned int>& params)
+{
+    std::vector<unsigned char> bytes;
+    append(bytes,
+           {24146129, eventId, static_cast<std::uint32_t>(params.size()), static_cast<std::uint32_t>(text.size())});
+    append(bytes, params);
+    bytes.insert(bytes.end(), text.begin(), text.end());
+    bytes.push_back(0);
+    return bytes;
+}
+
+int runEngine(unsigned long expected, unsigned long pause)
+{
+    if (!becomeEngine()) {
+        return 1;
+    }
+    std::cout << "created" << std::endl;
+    std::map<std::uint32_t, std::uint32_t> next;
+    unsigned long flaws = 0;
+    for (unsigned long received = 1; received <= expected; ++received) {
+        flaws += isNext(receiveEntry(), next) ? 0U : 1U;
+        if (received == 1000) {
+            std::cout << "flowing" << std::endl;
+        }
+        pauseFor(std::chrono::microseconds(pause));
+    }
+    std::cout << (flaws == 0 ? "complete" : std::to_string(flaws) + " entries are not what should have come")
+              << std::endl;
+    std::string line;
+    while (std::getline(std::cin, line)) {
+    }
+    return 0;
+}
+
+} // namespace Corvane::Testing

@@ -1,0 +1,39 @@
+/// An event-log engine for tests: receives messages and looks at every byte.
+#ifndef CORVANE_TESTS_ELOG_TESTENGINE_H
+#define CORVANE_TESTS_ELOG_TESTENGINE_H
+
+#include <string>
+#include <vector>
+
+#include <zel.h>
+
+namespace Corvane::Testing {
+
+/// A received message, apart from the bytes behind the text, which the client doesn't write.
+struct ReceivedEntry
+{
+    std::size_t size = 0; ///< as it was allocated
+    unsigned int sender = 0;
+    std::vector<unsigned char> written;
+};
+
+/// Makes the calling thread the engine.
+///
+/// Returns  false if there is another one.
+bool becomeEngine();
+
+/// Waits for the next message, up to a minute.
+ReceivedEntry receiveEntry();
+
+/// Returns  the bytes that the client should write for an entry.
+std::vector<unsigned char> writtenBytes(unsigned int eventId, const std::string& text,
+                                        const std::vector<unsigned int>& params);
+
+/// What the program does when it is started with "--engine <expected> <pause>": it prints "created", "flowing" when a
+/// thousand numbered entries have come, and when `expected` have come "complete" or what was wrong. It pauses `pause`
+/// microseconds after each. It ends with standard input.
+int runEngine(unsigned long expected, unsigned long pause);
+
+} // namespace Corvane::Testing
+
+#endif
