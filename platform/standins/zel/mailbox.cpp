@@ -219,6 +219,9 @@ void Mailbox::send(Message message, std::uint32_t to)
         }
         return;
     }
+    if (to == m_gone) {
+        return;
+    }
     const auto known = m_outgoing.find(to);
     if (known != m_outgoing.end()) {
         if (sendOn(known->second.get(), message.get())) {
@@ -227,7 +230,9 @@ void Mailbox::send(Message message, std::uint32_t to)
         m_outgoing.erase(known);
     }
     // The receiver may have dropped the connection alone. What it had of the message then is dropped too.
-    Fd connection = m_meetingPoint.connectTo(to);
+    bool isGone = false;
+    Fd connection = m_meetingPoint.connectTo(to, isGone);
+    m_gone = isGone ? to : m_gone;
     if (connection && sendOn(connection.get(), message.get())) {
         m_outgoing.emplace(to, std::move(connection));
     }

@@ -78,6 +78,9 @@ private:
     std::deque<Arrived> m_arrived;
     Locator m_locator{m_meetingPoint};
     std::map<std::uint32_t, Fd> m_outgoing;
+    // Found gone last. Whoever goes on sending there shall not be slower than with a receiver. An id is drawn from
+    // 2^32, so it doesn't come back.
+    std::uint32_t m_gone = noMailbox;
     std::vector<pollfd> m_pollSet;
 };
 

@@ -199,8 +199,9 @@ std::optional<std::uint32_t> MeetingPoint::find(const std::string& name) const
     return alive ? id : std::nullopt;
 }
 
-Fd MeetingPoint::connectTo(std::uint32_t id) const
+Fd MeetingPoint::connectTo(std::uint32_t id, bool& isGone) const
 {
+    isGone = false;
     Fd connection(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
     if (!connection) {
         return connection;
@@ -210,6 +211,7 @@ Fd MeetingPoint::connectTo(std::uint32_t id) const
     do {
         result = ::connect(connection.get(), address.get(), address.length);
     } while (result != 0 && errno == EINTR);
+    isGone = result != 0 && (errno == ENOENT || errno == ECONNREFUSED);
     if (result != 0 || !isSameUser(connection.get())) {
         connection.reset();
     }

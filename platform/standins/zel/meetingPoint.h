@@ -47,8 +47,9 @@ public:
 
     /// Waits while the receiver has too many connections that it hasn't looked at.
     ///
-    /// Returns  a connection to a living mailbox; an empty Fd if there is none.
-    Fd connectTo(std::uint32_t id) const;
+    /// Returns  a connection to a living mailbox; an empty Fd if there is none. `isGone` tells whether that is for good,
+    ///          or for want of something.
+    Fd connectTo(std::uint32_t id, bool& isGone) const;
 
     /// Returns  an inotify descriptor that becomes readable when a name may have appeared.
     Fd watch() const;
