@@ -166,8 +166,8 @@ TEST_F(DynamicSymbols, ComeUnderTheLibrarysOwnName)
 TEST_F(DynamicSymbols, NeedNoOtherLibraries)
 {
     // In the order in which they are linked, which is the order in which the loader looks for symbols.
-    EXPECT_THAT(dynamicEntries("NEEDED"),
-                ElementsAre(tracer, "libtpx.so.0", "libstdc++.so.6", "libgcc_s.so.1", "libc.so.6"));
+    EXPECT_THAT(dynamicEntries("NEEDED"), ElementsAre(tracer, "libpindle.so.0", "libtpx.so.0", "libzel.so.1",
+                                                      "libstdc++.so.6", "libgcc_s.so.1", "libc.so.6"));
 }
 
 TEST_F(DynamicSymbols, AreJoinedByTheTextsThatRegistrationNeeds)

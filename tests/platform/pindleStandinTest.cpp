@@ -3,9 +3,9 @@
 #include <chrono>
 #include <future>
 #include <memory>
-#include <regex>
 #include <string>
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <pindle/activeObjectIf.h>
 #include <pthread.h>
@@ -24,7 +24,7 @@ TEST(PindleStandin, NamesItsThread)
         pthread_getname_np(pthread_self(), text.data(), text.size());
         name.set_value(text.data());
     });
-    EXPECT_TRUE(std::regex_match(name.get_future().get(), std::regex("pindle-[0-9]+")));
+    EXPECT_THAT(name.get_future().get(), testing::MatchesRegex("pindle-[0-9]+"));
 }
 
 TEST(PindleStandin, IsReleasedThoughAJobNeverEnds)
