@@ -70,7 +70,7 @@ Carrier* readCarrier(const std::string& word, Unit& unit, std::ostream& out)
     return report(unit.findCarrier(word), "carrier", word, out);
 }
 
-Alarm* readAlarm(const std::string& word, Unit& unit, std::ostream& out)
+const Alarm* readAlarm(const std::string& word, const Unit& unit, std::ostream& out)
 {
     return report(unit.findAlarm(word), "alarm", word, out);
 }

@@ -35,7 +35,7 @@ std::optional<unsigned int> readWhole(const std::string& word, const char* what,
 Carrier* readCarrier(const std::string& word, Unit& unit, std::ostream& out);
 
 /// Returns the alarm that the word names, or null.
-Alarm* readAlarm(const std::string& word, Unit& unit, std::ostream& out);
+const Alarm* readAlarm(const std::string& word, const Unit& unit, std::ostream& out);
 
 /// Writes a number with one decimal.
 std::string oneDecimal(double number);

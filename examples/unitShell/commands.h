@@ -21,6 +21,7 @@ std::vector<Corvane::CmdTableHelper::CmdDefinitionCpp> showTable(Unit& unit);
 std::vector<Corvane::CmdTableHelper::CmdDefinition> setTable(Unit& unit);
 std::vector<Corvane::CmdTableHelper::CmdDefinitionCpp> pelmTable(Unit& unit);
 std::vector<Corvane::CmdTableHelper::CmdDefinitionCpp> ramfsTable();
+std::vector<Corvane::CmdTableHelper::CmdDefinitionCpp> elogTable();
 std::vector<Corvane::CmdTableHelper::CmdDefinitionCpp> helpTable(const CommandTables& tables);
 std::vector<Corvane::CmdTableHelper::CommandDefinitions> exitTable(Shell& shell);
 

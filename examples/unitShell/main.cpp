@@ -7,6 +7,7 @@
 
 #include "commandTables.h"
 #include "commands.h"
+#include "eventLog.h"
 #include "interrupts.h"
 #include "lineSource.h"
 #include "options.h"
@@ -31,7 +32,7 @@ std::unique_ptr<LineSource> openLines(const Options& options)
 
 int run(const Options& options)
 {
-    Unit unit;
+    Unit unit(logAlarm);
     Statistics statistics;
     Shell shell(statistics, options.echo);
     CommandTables tables;
@@ -40,6 +41,7 @@ int run(const Options& options)
     tables.add("set", setTable(unit));
     tables.add("pelm", pelmTable(unit));
     tables.add("ramfs", ramfsTable());
+    tables.add("elog", elogTable());
     tables.add("help", helpTable(tables));
     tables.add("exit", exitTable(shell));
 

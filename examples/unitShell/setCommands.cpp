@@ -74,7 +74,7 @@ int setTemperature(std::size_t count, Words words, Unit& unit, std::ostream& out
 
 int acknowledge(std::size_t count, Words words, Unit& unit, std::ostream& out)
 {
-    Alarm* const alarm = readAlarm(words[2], unit, out);
+    const Alarm* const alarm = readAlarm(words[2], unit, out);
     if (alarm == nullptr || goesOn(count, 4, out)) {
         return failed;
     }
@@ -82,13 +82,13 @@ int acknowledge(std::size_t count, Words words, Unit& unit, std::ostream& out)
         out << "alarm " << alarm->id << " is " << textOf(alarm->state) << " already\n";
         return failed;
     }
-    alarm->state = AlarmState::acknowledged;
+    unit.setState(*alarm, AlarmState::acknowledged);
     return done;
 }
 
 int clear(std::size_t count, Words words, Unit& unit, std::ostream& out)
 {
-    Alarm* const alarm = readAlarm(words[2], unit, out);
+    const Alarm* const alarm = readAlarm(words[2], unit, out);
     if (alarm == nullptr || goesOn(count, 4, out)) {
         return failed;
     }
@@ -100,7 +100,7 @@ int clear(std::size_t count, Words words, Unit& unit, std::ostream& out)
         out << "alarm " << alarm->id << " can't be cleared: " << alarm->cause << "\n";
         return failed;
     }
-    alarm->state = AlarmState::cleared;
+    unit.setState(*alarm, AlarmState::cleared);
     return done;
 }
 

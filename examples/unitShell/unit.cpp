@@ -7,9 +7,10 @@ namespace UnitShell {
 
 namespace {
 
-template <typename Part>
-Part* find(std::vector<Part>& parts, const std::string& id)
+template <typename Parts>
+auto find(Parts& parts, const std::string& id)
 {
+    using Part = typename Parts::value_type;
     const auto found =
         std::find_if(parts.begin(), parts.end(), [&](const Part& part) { return std::to_string(part.id) == id; });
     return found == parts.end() ? nullptr : &*found;
@@ -47,9 +48,16 @@ void Unit::setLimits(double low, double high)
     raiseAlarms();
 }
 
-Alarm* Unit::findAlarm(const std::string& id)
+const Alarm* Unit::findAlarm(const std::string& id) const
 {
     return find(m_alarms, id);
+}
+
+void Unit::setState(const Alarm& alarm, AlarmState state)
+{
+    Alarm& own = m_alarms.at(alarm.id - 1); // numbered in order
+    own.state = state;
+    m_onAlarm(own);
 }
 
 std::string Unit::trouble() const
@@ -69,6 +77,7 @@ void Unit::raiseAlarms()
     if (!cause.empty() && !known) {
         const auto id = static_cast<unsigned int>(m_alarms.size() + 1);
         m_alarms.push_back({id, cause, AlarmState::raised, m_temperature});
+        m_onAlarm(m_alarms.back());
     }
 }
 

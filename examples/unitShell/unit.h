@@ -4,7 +4,9 @@
 #ifndef UNITSHELL_UNIT_H
 #define UNITSHELL_UNIT_H
 
+#include <functional>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace UnitShell {
@@ -41,6 +43,9 @@ const char* textOf(AlarmState state);
 class Unit
 {
 public:
+    /// `onAlarm` is called with each alarm whenever its state has changed.
+    explicit Unit(std::function<void(const Alarm&)> onAlarm) : m_onAlarm(std::move(onAlarm)) {}
+
     std::vector<Carrier>& carriers() { return m_carriers; }
     /// Returns the carrier, or null if there is none of that number.
     Carrier* findCarrier(const std::string& id);
@@ -55,9 +60,11 @@ public:
     void setLimits(double low, double high);
 
     /// All alarms there ever were, oldest first.
-    std::vector<Alarm>& alarms() { return m_alarms; }
+    const std::vector<Alarm>& alarms() const { return m_alarms; }
     /// Returns the alarm, or null if there is none of that number.
-    Alarm* findAlarm(const std::string& id);
+    const Alarm* findAlarm(const std::string& id) const;
+    /// Sets the state of one of the unit's alarms.
+    void setState(const Alarm& alarm, AlarmState state);
     /// Returns whether what raised the alarm is still the case.
     bool persists(const Alarm& alarm) const { return trouble() == alarm.cause; }
 
@@ -70,6 +77,7 @@ private:
     double m_low = -20;
     double m_high = 85;
     std::vector<Alarm> m_alarms;
+    std::function<void(const Alarm&)> m_onAlarm;
 };
 
 } // namespace UnitShell

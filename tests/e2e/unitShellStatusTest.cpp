@@ -35,7 +35,7 @@ TEST(UnitShellStatus, IsTwentyForALineThatIsNoCommand)
 {
     const auto unknown = runShell({"-c", "frobnicate"});
     EXPECT_EQ(unknown.status, 20);
-    EXPECT_EQ(unknown.out, "Usage: { show | set | pelm | ramfs | help | exit } \n\n");
+    EXPECT_EQ(unknown.out, "Usage: { show | set | pelm | ramfs | elog | help | exit } \n\n");
     EXPECT_EQ(runShell({"-c", "show"}).status, 20);
 }
 
