@@ -47,7 +47,8 @@ public:
 
     /// Waits while the receiver has too many connections that it hasn't looked at.
     ///
-    /// Returns  a connection to a living mailbox; an empty Fd if there is none. `isGone` tells whether that is for good,
+    /// Returns  a connection to a living mailbox; an empty Fd if there is none. `isGone` tells whether that is for
+    /// good,
     ///          or for want of something.
     Fd connectTo(std::uint32_t id, bool& isGone) const;
 
