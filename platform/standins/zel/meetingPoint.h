@@ -48,8 +48,7 @@ public:
     /// Waits while the receiver has too many connections that it hasn't looked at.
     ///
     /// Returns  a connection to a living mailbox; an empty Fd if there is none. `isGone` tells whether that is for
-    /// good,
-    ///          or for want of something.
+    ///          good, or for want of something.
     Fd connectTo(std::uint32_t id, bool& isGone) const;
 
     /// Returns  an inotify descriptor that becomes readable when a name may have appeared.
