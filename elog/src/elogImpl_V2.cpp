@@ -104,7 +104,7 @@ void ElogImpl::aoInit()
     __zel_free(&reply, "", 0);
 }
 
-void ElogImpl::aoElogWrite(unsigned int eventId, const std::string& text, const std::vector<unsigned int>& params)
+void ElogImpl::aoElogWrite(unsigned int eventId, const std::string& text, const std::vector<unsigned int>& params) const
 {
     zel_msg* message = nullptr;
     if (elogEngineMbox != noMbox) {

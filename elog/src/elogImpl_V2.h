@@ -28,7 +28,7 @@ public:
 private:
     // On the active object's thread, which alone touches elogEngineMbox.
     void aoInit();
-    void aoElogWrite(unsigned int eventId, const std::string& text, const std::vector<unsigned int>& params);
+    void aoElogWrite(unsigned int eventId, const std::string& text, const std::vector<unsigned int>& params) const;
 
     std::shared_ptr<Pindle::ActiveObject::V1::ActiveObjectIf> activeObject;
     std::uint32_t elogEngineMbox;

@@ -64,7 +64,8 @@ public:
 
     ~SignalMailbox()
     {
-        ::pthread_kill(m_thread.native_handle(), SIGTERM); // if none has come
+        // The signal is blocked: the thread takes it from sigwait(), if none has come before.
+        ::pthread_kill(m_thread.native_handle(), SIGTERM); // NOLINT(bugprone-bad-signal-to-kill-thread,cert-pos44-c)
         m_thread.join();
     }
 
@@ -105,7 +106,7 @@ public:
         ::sigaddset(&m_signals, SIGTERM);
         ::sigaddset(&m_signals, SIGINT);
         ::pthread_sigmask(SIG_BLOCK, &m_signals, nullptr);
-        ::signal(SIGPIPE, SIG_IGN); // a closed output is found when writing to it
+        static_cast<void>(::signal(SIGPIPE, SIG_IGN)); // a closed output is found when writing to it
     }
 
     void run()

@@ -67,7 +67,7 @@ std::string quoted(const std::string& text)
             result += "\\n";
         } else if (length == 1 && (static_cast<unsigned char>(c) < 0x20 || c == 0x7F)) {
             std::array<char, 8> escape = {};
-            std::snprintf(escape.data(), escape.size(), "\\u%04x", static_cast<unsigned int>(c));
+            static_cast<void>(std::snprintf(escape.data(), escape.size(), "\\u%04x", static_cast<unsigned int>(c)));
             result += escape.data();
         } else {
             result.append(text, position, length);
@@ -85,7 +85,8 @@ std::string utc(std::chrono::system_clock::time_point time)
     gmtime_r(&seconds, &parts);
     std::array<char, 48> text = {};
     const std::size_t length = std::strftime(text.data(), text.size(), "%Y-%m-%dT%H:%M:%S", &parts);
-    std::snprintf(text.data() + length, text.size() - length, ".%06dZ", static_cast<int>(sinceEpoch % 1000000));
+    static_cast<void>(
+        std::snprintf(text.data() + length, text.size() - length, ".%06dZ", static_cast<int>(sinceEpoch % 1000000)));
     return text.data();
 }
 

@@ -291,7 +291,7 @@ int tee(const Words& words, std::ostream& out)
 
 std::vector<Corvane::CmdTableHelper::CmdDefinitionCpp> ramfsTable()
 {
-    constexpr const char* escapes = "In <text> \\n, \\t, \\\\ and \\x41 stand for bytes.";
+    constexpr const char* escapes = R"(In <text> \n, \t, \\ and \x41 stand for bytes.)";
     return {
         {"ramfs list", list, "Shows all in-memory files."},
         {"ramfs stat <name>", stat,

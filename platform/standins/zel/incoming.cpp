@@ -18,7 +18,7 @@ constexpr std::size_t readSize = std::size_t{64} << 10U;
 
 bool Incoming::read(std::deque<Arrived>& arrived)
 {
-    std::array<unsigned char, readSize> buffer;
+    std::array<unsigned char, readSize> buffer; // NOLINT(cppcoreguidelines-pro-type-member-init): read into at once
     const ssize_t result = ::recv(m_connection.get(), buffer.data(), buffer.size(), MSG_DONTWAIT);
     if (result <= 0) {
         return result < 0 && (errno == EAGAIN || errno == EINTR);

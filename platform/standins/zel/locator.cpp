@@ -10,7 +10,7 @@ void Locator::check(std::deque<Arrived>& arrived)
     if (!m_watcher) {
         m_watcher = m_meetingPoint.watch(); // before looking, so that nothing appears unseen in between
     }
-    std::array<char, 4096> events;
+    std::array<char, 4096> events = {};
     while (m_watcher && ::read(m_watcher.get(), events.data(), events.size()) > 0) {
     }
     for (auto request = m_requests.begin(); request != m_requests.end();) {

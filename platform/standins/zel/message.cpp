@@ -54,7 +54,7 @@ bool resizeMessage(Message& message, std::size_t size)
     if (head == nullptr) {
         return false;
     }
-    message.release();
+    static_cast<void>(message.release()); // realloc() has taken it over
     head->size = size;
     message.reset(messageOf(head));
     return true;
