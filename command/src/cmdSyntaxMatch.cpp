@@ -105,6 +105,9 @@ public:
                 return end != nullptr ? end : matches.first;
             }
             node = matches.first;
+            if (i + 1 == m_argc && (*node)->handler.hasFunction()) {
+                return node;
+            }
             append(usedWords, i == 0 ? std::string_view(m_argv[0]) : (*node)->name);
         }
         return node;

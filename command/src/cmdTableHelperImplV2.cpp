@@ -144,8 +144,9 @@ unsigned int CmdTableHelperImpl::registerPostExecutionHook(const Hook& hook)
 
 void CmdTableHelperImpl::deregisterPostExecutionHook(unsigned int id)
 {
+    decltype(m_hooks)::node_type removed; // released after the mutex: a hook's end may use the service
     const std::lock_guard<std::mutex> lock(m_hookMutex);
-    m_hooks.erase(id);
+    removed = m_hooks.extract(id);
 }
 
 void CmdTableHelperImpl::invokePostExecutionHooks(int result, int argc, const char* const* argv)

@@ -1,6 +1,7 @@
 /// The event-log client.
 #include "elog/src/elogImpl_V2.h"
 
+#include <atomic>
 #include <cstring>
 #include <functional>
 #include <limits>
@@ -39,8 +40,14 @@ void putWord(unsigned char* message, std::size_t offset, std::size_t value)
 }
 
 /// The client's thread runs this library's code until the process ends, so the library must stay as long.
+///
+/// Takes the loader's lock: nobody may hold another one that a constructor of a library being loaded could wait for.
 void keepLibraryLoaded()
 {
+    static std::atomic<bool> isKept{false};
+    if (isKept) {
+        return;
+    }
     Dl_info library = {};
     if (::dladdr(reinterpret_cast<void*>(&keepLibraryLoaded), &library) != 0) {
         void* const handle = ::dlopen(library.dli_fname, RTLD_LAZY | RTLD_NOLOAD | RTLD_NODELETE);
@@ -48,6 +55,7 @@ void keepLibraryLoaded()
             ::dlclose(handle);
         }
     }
+    isKept = true;
 }
 
 } // namespace
@@ -66,6 +74,7 @@ ElogIf::~ElogIf() = default;
 
 ElogIf& ElogIf::getInstance()
 {
+    keepLibraryLoaded();
     static ElogImpl instance;
     return instance;
 }
@@ -73,7 +82,6 @@ ElogIf& ElogIf::getInstance()
 ElogImpl::ElogImpl() : elogEngineMbox(noMbox)
 {
     using namespace Pindle::ActiveObject::V1;
-    keepLibraryLoaded();
     activeObject = ActiveObjectIf::create([this] { aoInit(); }, SchedulingPolicy{0});
 }
 

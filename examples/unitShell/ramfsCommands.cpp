@@ -269,21 +269,23 @@ int delayedDelete(const Words& words, std::ostream& out)
 /// Runs the rest of the line and streams its answer into a new file.
 int tee(const Words& words, std::ostream& out)
 {
+    if (words.size() > 4 && words[3] == "ramfs" && words[4] == "tee") { // a long line of them would need a deep stack
+        out << "a tee can't run another one\n";
+        return failed;
+    }
     const auto buffer = files().getFileStreamBuf();
     if (!buffer->create(words[2], 0, 0)) {
         out << "there is a file '" << words[2] << "' already\n";
         return failed;
     }
+    const Handle file = files().open(buffer->getFileName()); // now: the command may remove the file
     std::ostream stream(buffer.get());
     const int result = Corvane::CmdTableHelper::V2::CmdTableHelperIf::getInstance().executeCmd(
         Words(words.begin() + 3, words.end()), stream);
-    const std::string name = buffer->getFileName();
     buffer->close();
-    if (const Handle file = files().open(name)) {
-        std::string answer(file->getFileSize(), '\0');
-        file->read(reinterpret_cast<unsigned char*>(answer.data()), static_cast<unsigned int>(answer.size()));
-        out << answer;
-    }
+    std::string answer(file->getFileSize(), '\0');
+    file->read(reinterpret_cast<unsigned char*>(answer.data()), static_cast<unsigned int>(answer.size()));
+    out << answer;
     return result;
 }
 

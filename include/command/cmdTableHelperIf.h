@@ -51,6 +51,9 @@ public:
     /// words that were understood, their possible continuation and an empty line. Words beyond the end of a synopsis
     /// are not looked at; the handler gets them all the same.
     ///
+    /// A keyword is preferred to a placeholder, and of several placeholders the first registered that leads to a
+    /// handler is taken. The usage of a line that begins with "pelm" has a format of its own.
+    ///
     /// Requires  each word is a C string to the matching and to handlers that take C strings: it ends at its first NUL.
     /// Returns   what the handler returned; 20 if the line led to no handler.
     /// Errors    what the handler or a hook throws; after a handler has thrown no hook runs.
@@ -61,7 +64,7 @@ public:
 
     /// Writes the help of a table: its synopses, and in long mode the descriptions, wrapped at a blank after column 70.
     ///
-    /// Long mode is on if one of `words`, from the third on, is "-l". It never writes the final line feed.
+    /// Long mode is on if one of `words`, from the third on, is "-l". Long mode never writes the final line feed.
     ///
     /// Requires  `words` is the line that asked for help, for example "help show -l".
     /// Returns   1, always.

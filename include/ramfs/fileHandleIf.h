@@ -16,7 +16,8 @@
 /// Threads  a handle belongs to one thread at a time, because of its position. Several handles of one file may be used
 ///          by several threads at once: reads run side by side, and each operation that changes bytes excludes every
 ///          other one on the file while it runs.
-/// Errors   std::bad_alloc, which leaves bytes and position as they were; nothing is thrown otherwise.
+/// Errors   std::bad_alloc, which leaves bytes and position as they were, unless the event TRACE1 is on and it was the
+///          text of the result that found no memory. std::system_error if the file's lock can't be had.
 /// Units    positions, lengths and sizes are bytes.
 /// Since    0.1.0
 #ifndef CORVANE_RAMFS_FILEHANDLEIF_H
@@ -51,8 +52,8 @@ public:
     /// if there is a header; without one it is shown as text up to its first byte that is neither printable nor white
     /// space, and in hexadecimal from there on. A byte of the header or footer that is no text is shown in hexadecimal,
     /// and so is the rest of that region, except that a footer goes back to text after each such byte. A line feed is
-    /// added unless the last byte shown was one. Where the regions begin is counted from the start of the call: for the
-    /// whole file, call setPos(0) first.
+    /// added unless the last byte was a line feed, and shown as text or followed by text. Where the regions begin is
+    /// counted from the start of the call: for the whole file, call setPos(0) first.
     ///
     /// Requires  `os` doesn't write into this very file.
     /// Returns   the number of bytes shown, plus 1 if a line feed was added.

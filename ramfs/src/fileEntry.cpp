@@ -91,6 +91,7 @@ FileEntry::WriteResult FileEntry::lockFreeWrite(unsigned int& pos, const unsigne
     if (m_content.size() < newSize) {
         const std::uint64_t target = std::min(newSize + newSize / 10, maxSize);
         result.text += " FileEntry::lockFreeWrite() extending file vector to " + std::to_string(target) + " bytes";
+        m_content.reserve(target); // a vector that grows by itself doubles its memory
         m_content.resize(target);
     }
     m_contentSize = static_cast<unsigned int>(newSize);
@@ -149,6 +150,7 @@ bool FileEntry::contentResize(unsigned int newSize)
     if (newSize <= m_content.size()) {
         return false;
     }
+    m_content.reserve(newSize);
     m_content.resize(newSize);
     return true;
 }

@@ -246,6 +246,14 @@ TEST(Walk, AppendsTheFirstWordAsItWasTyped)
     EXPECT_EQ(walk(graph, {"run", "a"}).usedWords, "run a ");
 }
 
+TEST(Walk, DoesNotAppendTheWordThatLeadsToAHandler)
+{
+    SyntaxGraph graph;
+    add(graph, "x", {"x a"});
+    EXPECT_EQ(walk(graph, {"x", "a"}).usedWords, "x ");
+    EXPECT_EQ(walk(graph, {"x", "a", "b"}).usedWords, "x a ");
+}
+
 TEST(Walk, StartsAtAnyNodeAndNeedsNoUsedWords)
 {
     SyntaxGraph graph;

@@ -332,6 +332,24 @@ TEST_F(HookRuns, NumberTheHooksFromOneAndUseNoNumberAgain)
     EXPECT_THAT(run(), ElementsAre(1, 3, 4));
 }
 
+TEST_F(HookRuns, UseTheNumberOfTheLastHookNoMoreEither)
+{
+    add(1);
+    service.deregisterPostExecutionHook(1);
+    EXPECT_EQ(add(2), 2U);
+}
+
+TEST_F(HookRuns, ReleaseADeregisteredHookOutsideTheLock)
+{
+    unsigned int fromItsEnd = 0;
+    {
+        const std::shared_ptr<void> mark(nullptr, [&](void*) { fromItsEnd = add(2); });
+        service.registerPostExecutionHook([mark](int, int, const char* const*) {});
+    }
+    service.deregisterPostExecutionHook(1);
+    EXPECT_EQ(fromItsEnd, 2U);
+}
+
 TEST_F(HookRuns, IgnoreAnUnknownId)
 {
     add(1);

@@ -218,6 +218,8 @@ TEST_F(FileManagerTest, OpenAllLeavesMarksAlone)
     EXPECT_THAT(names, ElementsAre("a", "b"));
     EXPECT_EQ(manager.openAll().size(), 2U);
     EXPECT_TRUE(manager.exists("a"));
+    EXPECT_NE(manager.open(1), nullptr);
+    EXPECT_FALSE(manager.exists("a")) << "the mark was still there";
     manager.removeAll();
     EXPECT_TRUE(manager.openAll().empty());
 }

@@ -64,6 +64,8 @@ TEST_F(FileRemovalTest, AnEmptyNameTakesAllFiles)
     create({"a", "b", "c"});
     EXPECT_TRUE(manager.remove("", false));
     EXPECT_EQ(count(), 0U);
+    create({"a"});
+    EXPECT_EQ(reportOf(std::string(), true), "File 'a' deleted - it starts with entered pattern ''");
 }
 
 TEST_F(FileRemovalTest, AnEmptyNameThatIsAFileTakesThatFileAlone)

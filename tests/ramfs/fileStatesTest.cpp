@@ -292,6 +292,13 @@ TEST_P(FileStatesTest, AStreamBufferOpens)
     std::ostream(buffer.get()) << "NEW" << std::flush;
     if (buffer->isOpen()) {
         EXPECT_EQ(buffer->getFileRef(), 5);
+        const std::string name = buffer->getFileName();
+        buffer->close();
+        for (const Handle& handle : manager.openAll()) {
+            if (handle->getFileName() == name) {
+                EXPECT_EQ(wholeFile(*handle).substr(0, 3), "NEW");
+            }
+        }
     }
 }
 

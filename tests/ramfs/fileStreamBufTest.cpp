@@ -105,9 +105,14 @@ TEST_F(FileStreamBufTest, TextForAClosedBufferIsDropped)
     EXPECT_TRUE(out.good());
     EXPECT_EQ(buffer->pubsync(), 0);
     EXPECT_EQ(buffer->sputc('x'), 'x');
-    ASSERT_TRUE(buffer->create("a", 0, 0));
+    ASSERT_TRUE(buffer->create("a", 0, 7));
     out << "kept" << std::flush;
     EXPECT_EQ(contentOf("a"), "kept");
+    buffer->close();
+    out << "lost" << std::flush;
+    ASSERT_TRUE(buffer->open(7));
+    out << "K" << std::flush;
+    EXPECT_EQ(contentOf("a"), "Kept");
 }
 
 TEST_F(FileStreamBufTest, AReopenedBufferWritesFromPositionZero)

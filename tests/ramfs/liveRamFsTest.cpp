@@ -72,7 +72,7 @@ std::vector<RecordedEvent> eventsOfHandle()
     return events;
 }
 
-std::vector<RecordedEvent> eventsOfUseRamFs()
+[[maybe_unused]] std::vector<RecordedEvent> eventsOfUseRamFs()
 {
     std::vector<RecordedEvent> events = {
         manager("47", "create: fileName=log,initialSize=0,fileRef=0)"),
