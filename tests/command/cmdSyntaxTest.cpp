@@ -384,6 +384,16 @@ TEST(CommandNames, AreNotPendingAgainOnceResolved)
     EXPECT_EQ(graph.commandNodes.at("x"), at(graph.root, {"x"}));
 }
 
+TEST(CommandNames, OfASettledPlaceholderAreNotPendingAgain)
+{
+    SyntaxGraph graph;
+    add(graph, "<p>", {"<p> a"});
+    add(graph, "<q>", {"<q> b"});
+    const auto pending = graph.pendingCommandNames;
+    add(graph, "<p>", {"<p> c"});
+    EXPECT_EQ(graph.pendingCommandNames, pending);
+}
+
 TEST(CommandNames, OfATableWithoutSynopsesStayPending)
 {
     SyntaxGraph graph;

@@ -93,6 +93,29 @@ TEST_F(CommandEmission, ReportsAnUnbalancedPairOfEachKind)
                                              registered("show <file"), unbalanced("show <file", "<>")));
 }
 
+TEST_F(CommandEmission, ReportsBothPairsOfAGroupThatAnotherBracketCloses)
+{
+    ProbeRecorder recorder({ProbedEvent::Error});
+    registerSynopses("get", {"get <a b", "[ x }"});
+    EXPECT_THAT(recorder.take(),
+                ElementsAre(unbalanced("get <a b", "<>"), unbalanced("[ x }", "{}"), unbalanced("[ x }", "[]")));
+}
+
+TEST_F(CommandEmission, TracesALineOfTenThousandWords)
+{
+    registerSynopses("x", {"x <a>"});
+    std::vector<std::string> words(10000, "w");
+    words.front() = "x";
+    std::string joined = "x";
+    for (std::size_t i = 1; i < words.size(); ++i) {
+        joined += " w";
+    }
+    ProbeRecorder recorder;
+    std::ostringstream out;
+    EXPECT_EQ(m_service.executeCmd(words, out), 0);
+    EXPECT_THAT(recorder.take(), ElementsAre(executed(joined)));
+}
+
 TEST_F(CommandEmission, ReportsCurlyThenSquareThenAngleBrackets)
 {
     ProbeRecorder recorder;
