@@ -77,6 +77,8 @@ public:
     bool next(std::string& line) override
     {
         std::cout << std::flush;
+        // By itself libedit prepares the terminal after the prompt: an end of input typed in between would be lost.
+        el_set(m_edit, EL_PREP_TERM, 1);
         int length = 0;
         const char* const text = el_gets(m_edit, &length);
         if (text == nullptr || length <= 0 || Interrupts::received() != 0) {

@@ -81,6 +81,15 @@ TEST_F(UnitShellTerminal, TakesAWordOfAnyLanguage)
     EXPECT_EQ(session.waitForEnd(), 0);
 }
 
+TEST_F(UnitShellLineEditing, IsReadyForEveryKeyOnceItShowsItsPrompt)
+{
+    EXPECT_FALSE(session.terminalIsAsBefore());
+    session.type("show carrier 1\r");
+    session.waitFor("carrier 1: band B1");
+    session.waitFor("unit> ");
+    EXPECT_FALSE(session.terminalIsAsBefore());
+}
+
 TEST_F(UnitShellLineEditing, BackspaceTakesTheLastCharacterAway)
 {
     session.type(std::string("show carrier 13") + backspace + "\r");
