@@ -14,6 +14,8 @@
 #include <termios.h>
 #include <unistd.h>
 
+#include "tests/support/emulation.h"
+
 namespace Corvane::Testing {
 
 namespace {
@@ -40,7 +42,7 @@ std::array<int, 2> makePipe()
     std::signal(SIGINT, ignoreInterrupt ? SIG_IGN : SIG_DFL);
     std::signal(SIGTERM, SIG_DFL);
     std::signal(SIGPIPE, SIG_DFL);
-    execv(argv[0], argv);
+    execvp(argv[0], argv);
     _exit(127);
 }
 
@@ -58,6 +60,7 @@ ShellSession::ShellSession(Stdin kind, const std::vector<std::string>& arguments
 {
     std::vector<std::string> words{UNIT_SHELL};
     words.insert(words.end(), arguments.begin(), arguments.end());
+    words = runnable(std::move(words));
     std::vector<char*> argv;
     for (std::string& word : words) {
         argv.push_back(word.data());

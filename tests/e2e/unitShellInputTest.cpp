@@ -9,6 +9,7 @@
 #include <unistd.h>
 
 #include "tests/e2e/shellSession.h"
+#include "tests/support/emulation.h"
 
 namespace {
 
@@ -124,8 +125,11 @@ TEST(UnitShellInput, RandomBytesDoNoHarm)
 TEST(UnitShellInput, OutputThatCantBeWrittenEndsTheShell)
 {
     const TemporaryFile file("");
-    const std::string command = "printf 'show carriers\\nexit 9\\n' | " UNIT_SHELL " 2>" + file.path() + " >/dev/full";
-    const int status = std::system(command.c_str());
+    std::string command = "printf 'show carriers\\nexit 9\\n' |";
+    for (const std::string& word : Corvane::Testing::runnable({UNIT_SHELL})) {
+        command += " " + word;
+    }
+    const int status = std::system((command + " 2>" + file.path() + " >/dev/full").c_str());
     EXPECT_EQ(WEXITSTATUS(status), 1);
     std::string error;
     std::getline(std::ifstream(file.path()), error);

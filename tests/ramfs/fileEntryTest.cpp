@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include "tests/ramfs/ramfsTestSupport.h"
+#include "tests/support/emulation.h"
 
 namespace Corvane::RamFs::V1 {
 namespace {
@@ -317,7 +318,7 @@ TEST_F(FileEntryTest, DelayedDeleteIsSetForGood)
 
 TEST(FileEntryDeathTest, AnEntryWithoutAnOwnerHasNoneToShare)
 {
-    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    GTEST_FLAG_SET(death_test_style, Corvane::Testing::deathTestStyle());
     EXPECT_DEATH(FileEntry(1, 0).getPtr(), "");
     EXPECT_DEATH(static_cast<void>(FileEntry(1, 0).getUserCount()), "");
 }

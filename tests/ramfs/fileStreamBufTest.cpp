@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include "tests/ramfs/ramfsTestSupport.h"
+#include "tests/support/emulation.h"
 
 namespace Corvane::RamFs::V1 {
 namespace {
@@ -323,7 +324,7 @@ void endWithAnOpenBuffer()
 
 TEST(FileStreamBufDeathTest, ABufferMayOutliveTheDirectoryAtTheEndOfTheProcess)
 {
-    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    GTEST_FLAG_SET(death_test_style, Corvane::Testing::deathTestStyle());
     EXPECT_EXIT(endWithAnOpenBuffer(), testing::ExitedWithCode(0), "");
 }
 

@@ -17,6 +17,8 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include "tests/support/emulation.h"
+
 namespace Corvane::Testing {
 
 namespace {
@@ -80,8 +82,9 @@ std::vector<std::string> joinEnvironment(const std::vector<std::string>& additio
 }
 
 /// The program's standard files; every other file of this process is closed in it.
-int start(std::vector<std::string> command, const std::vector<std::string>& environment, int in, int out, int err)
+int start(std::vector<std::string> command, std::vector<std::string> environment, int in, int out, int err)
 {
+    command = runnable(std::move(command), environment);
     posix_spawn_file_actions_t actions;
     posix_spawn_file_actions_init(&actions);
     posix_spawn_file_actions_adddup2(&actions, in, 0);

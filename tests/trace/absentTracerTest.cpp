@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include "tests/support/childProcess.h"
+#include "tests/support/emulation.h"
 
 namespace {
 
@@ -68,10 +69,12 @@ TEST(RefusedRegistration, EndsTheProcessWithTheReason)
     const ProgramResult result = runWithoutTracer({CORVANE_ABSENT_TRACER}, "-17");
     EXPECT_EQ(result.status, -SIGABRT);
     EXPECT_EQ(result.out, "");
+    const std::string emulatorsNote =
+        Corvane::Testing::isEmulated() ? "qemu: uncaught target signal 6 (Aborted) - core dumped\n" : "";
 #ifdef CORVANE_TEST_LTTNG_2_12
-    EXPECT_EQ(result.err, "LTTng-UST: Error (-17) while registering tracepoint probe.\n");
+    EXPECT_EQ(result.err, "LTTng-UST: Error (-17) while registering tracepoint probe.\n" + emulatorsNote);
 #else
-    EXPECT_EQ(result.err, "LTTng-UST: Error while registering tracepoint probe.\n");
+    EXPECT_EQ(result.err, "LTTng-UST: Error while registering tracepoint probe.\n" + emulatorsNote);
 #endif
 }
 
