@@ -25,7 +25,7 @@ test:
 check: test check-wider
 
 check-wider:
-	@tools/packages build test check
+	@tools/packages build test unit check
 	@tools/check
 
 clean:
