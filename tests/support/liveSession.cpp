@@ -4,6 +4,7 @@
 #include <cerrno>
 #include <cstdlib>
 #include <iostream>
+#include <sstream>
 #include <stdexcept>
 #include <system_error>
 
@@ -40,6 +41,19 @@ private:
 };
 
 namespace {
+
+/// Whether a program of that name is on the path.
+bool isInstalled(const std::string& name)
+{
+    const char* const variable = std::getenv("PATH");
+    std::istringstream path(variable != nullptr ? variable : "");
+    for (std::string folder; std::getline(path, folder, ':');) {
+        if (access((fs::path(folder) / name).c_str(), X_OK) == 0) {
+            return true;
+        }
+    }
+    return false;
+}
 
 fs::path makeFolder()
 {
@@ -84,18 +98,29 @@ std::string readTraces(const std::vector<std::string>& options, const std::vecto
 
 LiveSession::LiveSession()
 {
+    for (const char* const tool : {"lttng", "lttng-sessiond", "babeltrace2"}) {
+        if (!isInstalled(tool)) {
+            m_whyNot = std::string("no live recording on this machine: ") + tool + " is not installed";
+            return;
+        }
+    }
     try {
-        runProgram({"babeltrace2", "--version"});
         m_lock = std::make_unique<Lock>();
         m_folder = makeFolder();
         startDaemon();
         startSession();
-    } catch (const std::exception& error) {
-        m_whyNot = std::string("no live recording on this machine: ") + error.what();
+    } catch (...) { // an object that isn't complete has no destructor
+        cleanUp();
+        throw;
     }
 }
 
 LiveSession::~LiveSession()
+{
+    cleanUp();
+}
+
+void LiveSession::cleanUp()
 {
     if (!m_sessionName.empty()) {
         try {

@@ -32,12 +32,13 @@ class LiveSession
 public:
     /// Waits for the lock, gets a daemon and starts to record all events of the provider.
     ///
-    /// Errors  none: what prevents a recording is the answer of whyNot().
+    /// Errors  std::exception if the tools are installed and yet don't record: that is a failure, nothing to be
+    /// skipped.
     LiveSession();
 
     ~LiveSession();
 
-    /// Returns  why this machine can't record, for GTEST_SKIP; empty if it records.
+    /// Returns  which tool is not installed on this machine, for GTEST_SKIP; empty if it records.
     const std::string& whyNot() const { return m_whyNot; }
 
     /// Returns  variables, "NAME=value", with which a traced program must be started. It doesn't begin its main()
@@ -68,6 +69,7 @@ private:
 
     void startDaemon();
     void startSession();
+    void cleanUp();
     ProgramResult lttng(const std::vector<std::string>& arguments) const;
     void needLttng(const std::vector<std::string>& arguments) const;
 
