@@ -43,6 +43,9 @@ public:
     void invokePostExecutionHooks(int result, int argc, const char* const* argv);
 
 private:
+    friend struct CmdTableHelperTestAccess;
+
+    // The order of the members is relied upon.
     SyntaxGraph m_syntaxGraph;
 
     unsigned int m_hookCounter = 0;       // the id given last; guarded by m_hookMutex

@@ -1,8 +1,10 @@
-/// The command-table service: registration, execution, help and hooks.
+/// The command-table service: its records, its facade, registration and execution.
 #include <command/cmdTableHelperIf.h>
 
+#include <algorithm>
 #include <functional>
 #include <iostream>
+#include <memory>
 #include <sstream>
 #include <stdexcept>
 #include <string>
@@ -13,35 +15,28 @@
 #include <gtest/gtest.h>
 
 #include "command/src/cmdTableHelperImplV2.h"
+#include "tests/command/serviceSupport.h"
+
+namespace Corvane::CmdTableHelper::V2 {
+
+struct CmdTableHelperTestAccess
+{
+    /// Returns  the members in the order in which they are expected to lie.
+    static std::vector<const void*> members(const CmdTableHelperImpl& service)
+    {
+        return {&service.m_syntaxGraph, &service.m_hookCounter, &service.m_hooks, &service.m_hookMutex};
+    }
+};
+
+} // namespace Corvane::CmdTableHelper::V2
 
 namespace {
 
 using namespace Corvane::CmdTableHelper;
+using namespace Corvane::CmdTableHelper::Testing;
 using testing::ElementsAre;
-using testing::IsEmpty;
 using V2::CmdTableHelperIf;
 using V2::CmdTableHelperImpl;
-using Words = std::vector<std::string>;
-
-/// Gives what is written to std::cout while it lives.
-class CapturedCout
-{
-public:
-    CapturedCout() : m_before(std::cout.rdbuf(m_text.rdbuf())) {}
-    ~CapturedCout() { std::cout.rdbuf(m_before); }
-    CapturedCout(const CapturedCout&) = delete;
-    CapturedCout& operator=(const CapturedCout&) = delete;
-    std::string text() const { return m_text.str(); }
-
-private:
-    std::ostringstream m_text;
-    std::streambuf* m_before;
-};
-
-std::vector<CmdDefinition> tableOf(const std::string& synopsis, int result)
-{
-    return {{synopsis, [result](int, const char* const*, std::ostream&) { return result; }, nullptr}};
-}
 
 TEST(CommandTables, AreAggregatesOfSynopsisHandlerDescription)
 {
@@ -80,6 +75,14 @@ TEST(CommandService, IsOneObjectThatHoldsAPointer)
     static_assert(!std::is_copy_constructible_v<CmdTableHelperIf>);
     static_assert(std::is_same_v<decltype(CmdTableHelperIf::getInstance()), CmdTableHelperIf&>);
     EXPECT_EQ(&CmdTableHelperIf::getInstance(), &CmdTableHelperIf::getInstance());
+}
+
+TEST(CommandService, HoldsGraphCounterHooksAndMutexInThisOrder)
+{
+    const CmdTableHelperImpl service;
+    const auto members = V2::CmdTableHelperTestAccess::members(service);
+    EXPECT_EQ(members.front(), &service);
+    EXPECT_TRUE(std::is_sorted(members.begin(), members.end()));
 }
 
 TEST(CommandService, IsReachedThroughItsFacade)
@@ -270,205 +273,6 @@ TEST(Execution, ReleasesAReplacedHandlerOutsideTheLock)
     }
     service.registerCmdTable("x", tableOf("x", 9));
     EXPECT_EQ(result, 9);
-}
-
-TEST(Hooks, GetTheResultTheCountAndTheHandlersArgv)
-{
-    CmdTableHelperImpl service;
-    const char* const* handlerArgv = nullptr;
-    service.registerCmdTable("x", std::vector<CommandDefinitions>{{"x <a>",
-                                                                   [&](int, const char* const* argv) {
-                                                                       handlerArgv = argv;
-                                                                       return -3;
-                                                                   },
-                                                                   nullptr}});
-    int calls = 0;
-    service.registerPostExecutionHook([&](int result, int argc, const char* const* argv) {
-        ++calls;
-        EXPECT_EQ(result, -3);
-        EXPECT_EQ(argc, 2);
-        EXPECT_EQ(argv, handlerArgv);
-        EXPECT_STREQ(argv[1], "v");
-    });
-    std::ostringstream out;
-    EXPECT_EQ(service.executeCmd({"x", "v"}, out), -3);
-    EXPECT_EQ(calls, 1);
-}
-
-class HookRuns : public testing::Test
-{
-protected:
-    HookRuns() { service.registerCmdTable("x", tableOf("x", 0)); }
-
-    std::vector<int> run()
-    {
-        calls.clear();
-        std::ostringstream out;
-        service.executeCmd({"x"}, out);
-        return calls;
-    }
-
-    unsigned int add(int mark, const std::function<void()>& action = {})
-    {
-        return service.registerPostExecutionHook([this, mark, action](int, int, const char* const*) {
-            calls.push_back(mark);
-            if (action) {
-                action();
-            }
-        });
-    }
-
-    CmdTableHelperImpl service;
-    std::vector<int> calls;
-};
-
-TEST_F(HookRuns, NumberTheHooksFromOneAndUseNoNumberAgain)
-{
-    EXPECT_EQ(add(1), 1U);
-    EXPECT_EQ(add(2), 2U);
-    EXPECT_EQ(add(3), 3U);
-    service.deregisterPostExecutionHook(2);
-    EXPECT_EQ(add(4), 4U);
-    EXPECT_THAT(run(), ElementsAre(1, 3, 4));
-}
-
-TEST_F(HookRuns, UseTheNumberOfTheLastHookNoMoreEither)
-{
-    add(1);
-    service.deregisterPostExecutionHook(1);
-    EXPECT_EQ(add(2), 2U);
-}
-
-TEST_F(HookRuns, ReleaseADeregisteredHookOutsideTheLock)
-{
-    unsigned int fromItsEnd = 0;
-    {
-        const std::shared_ptr<void> mark(nullptr, [&](void*) { fromItsEnd = add(2); });
-        service.registerPostExecutionHook([mark](int, int, const char* const*) {});
-    }
-    service.deregisterPostExecutionHook(1);
-    EXPECT_EQ(fromItsEnd, 2U);
-}
-
-TEST_F(HookRuns, IgnoreAnUnknownId)
-{
-    add(1);
-    service.deregisterPostExecutionHook(0);
-    service.deregisterPostExecutionHook(99);
-    EXPECT_THAT(run(), ElementsAre(1));
-}
-
-TEST_F(HookRuns, LeaveOutAHookThatIsDeregisteredBeforeItsTurn)
-{
-    add(1, [this] { service.deregisterPostExecutionHook(2); });
-    add(2);
-    add(3);
-    EXPECT_THAT(run(), ElementsAre(1, 3));
-}
-
-TEST_F(HookRuns, LetAHookDeregisterItself)
-{
-    add(1, [this] { service.deregisterPostExecutionHook(1); });
-    add(2);
-    EXPECT_THAT(run(), ElementsAre(1, 2));
-    EXPECT_THAT(run(), ElementsAre(2));
-}
-
-TEST_F(HookRuns, CallAHookThatARunRegistersFromTheNextOn)
-{
-    add(1, [this] {
-        if (calls.size() == 1) {
-            add(2);
-        }
-    });
-    EXPECT_THAT(run(), ElementsAre(1));
-    EXPECT_THAT(run(), ElementsAre(1, 2));
-}
-
-TEST_F(HookRuns, ReportAnEmptyHook)
-{
-    service.registerPostExecutionHook({});
-    std::ostringstream out;
-    EXPECT_THROW(service.executeCmd({"x"}, out), std::bad_function_call);
-}
-
-class Help : public testing::Test
-{
-protected:
-    std::string help(const Words& words, const std::vector<CmdDefinition>& table, bool printHeader, bool finalNewline)
-    {
-        std::ostringstream out;
-        EXPECT_EQ(service.cmdHelp(words, out, table, printHeader, finalNewline), 1);
-        return out.str();
-    }
-
-    std::string described(const std::string& description)
-    {
-        return help({"help", "x", "-l"}, {{"x", {}, description.c_str()}}, false, false);
-    }
-
-    CmdTableHelperImpl service;
-    const std::vector<CmdDefinition> m_table = {{"x [-l]", {}, "Does x."}, {"y", {}, nullptr}, {"z", {}, ""}};
-};
-
-TEST_F(Help, InShortFormListsTheSynopses)
-{
-    EXPECT_EQ(help({"help"}, m_table, true, true), "Command syntax:\n  x [-l]\n  y\n  z\n\n");
-    EXPECT_EQ(help({"help"}, m_table, false, true), "  x [-l]\n  y\n  z\n\n");
-    EXPECT_EQ(help({"help"}, m_table, true, false), "Command syntax:\n  x [-l]\n  y\n  z\n");
-    EXPECT_EQ(help({}, m_table, false, false), "  x [-l]\n  y\n  z\n");
-}
-
-TEST_F(Help, InLongFormAddsTheDescriptionsAndNoFinalNewline)
-{
-    const std::string body = "  x [-l]\n\n     Does x.\n\n  y\n\n  z\n\n";
-    EXPECT_EQ(help({"help", "x", "-l"}, m_table, true, true), "Command syntax:\n\n" + body);
-    EXPECT_EQ(help({"help", "x", "y", "-l"}, m_table, false, true), body);
-    EXPECT_EQ(help({"help", "x", "-l"}, m_table, false, false), body);
-}
-
-TEST_F(Help, LooksForTheOptionFromTheThirdWordOn)
-{
-    EXPECT_EQ(help({"help", "-l"}, m_table, true, false), "Command syntax:\n  x [-l]\n  y\n  z\n");
-    EXPECT_EQ(help({"-l", "-l", "x"}, m_table, true, false), "Command syntax:\n  x [-l]\n  y\n  z\n");
-    EXPECT_EQ(help({"help", "x", "-L"}, m_table, true, false), "Command syntax:\n  x [-l]\n  y\n  z\n");
-}
-
-TEST_F(Help, OfAnEmptyTableIsTheHeader)
-{
-    EXPECT_EQ(help({"help", "x", "-l"}, {}, true, true), "Command syntax:\n\n");
-    EXPECT_EQ(help({"help", "x", "-l"}, {}, false, true), "");
-    EXPECT_EQ(help({"help"}, {}, true, true), "Command syntax:\n\n");
-    EXPECT_EQ(help({"help"}, {}, false, true), "\n");
-}
-
-TEST_F(Help, WrapsADescriptionAtABlankBehindColumnSeventy)
-{
-    const std::string hundred(100, 'd');
-    EXPECT_EQ(described(hundred), "  x\n\n     " + hundred + "\n\n");
-    const std::string seventyOne(71, 'd');
-    EXPECT_EQ(described(seventyOne + " next words"), "  x\n\n     " + seventyOne + "\n     next words\n\n");
-    const std::string seventy(70, 'd');
-    EXPECT_EQ(described(seventy + " next words"), "  x\n\n     " + seventy + " next\n     words\n\n");
-}
-
-TEST_F(Help, BreaksADescriptionAtALineFeed)
-{
-    EXPECT_EQ(described("one\ntwo\n"), "  x\n\n     one\n     two\n     \n\n");
-    const std::string sixty(60, 'd');
-    EXPECT_EQ(described(sixty + "\n" + sixty + " e"), "  x\n\n     " + sixty + "\n     " + sixty + " e\n\n");
-}
-
-TEST_F(Help, OfEachKindOfRecordIsTheSame)
-{
-    const std::vector<CmdDefinitionCpp> cppTable = {{"x", {}, "Does x."}};
-    const std::vector<CommandDefinitions> plainTable = {{"x", {}, "Does x."}};
-    std::ostringstream out;
-    EXPECT_EQ(service.cmdHelp({"help", "x", "-l"}, out, cppTable, true, true), 1);
-    EXPECT_EQ(out.str(), "Command syntax:\n\n  x\n\n     Does x.\n\n");
-    const CapturedCout captured;
-    EXPECT_EQ(service.cmdHelp({"help", "x", "-l"}, plainTable, true, true), 1);
-    EXPECT_EQ(captured.text(), out.str());
 }
 
 } // namespace
