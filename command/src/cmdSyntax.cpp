@@ -32,6 +32,10 @@ Node::Node(const std::string& word) : isArgument(isPlaceholder(word)), name(word
 
 std::shared_ptr<Node> Node::findExactSubnode(const std::string& subnodeName) const
 {
+    if (m_index) {
+        const auto* const found = m_index->find(subnodes, subnodeName);
+        return found != nullptr ? *found : nullptr;
+    }
     for (const auto& subnode : subnodes) {
         if (subnode->name == subnodeName) {
             return subnode;
@@ -52,6 +56,11 @@ std::shared_ptr<Node> Node::addExistingSubnode(std::shared_ptr<Node> node)
 {
     if (!findExactSubnode(node->name)) {
         subnodes.push_back(node);
+        if (m_index) {
+            m_index->enterLast(subnodes);
+        } else if (subnodes.size() >= SubnodeIndex::worthwhile) {
+            m_index = std::make_unique<SubnodeIndex>(subnodes);
+        }
     }
     return node;
 }

@@ -15,6 +15,7 @@
 #include <vector>
 
 #include "command/src/shellCommandFunction.h"
+#include "command/src/subnodeIndex.h"
 
 namespace Corvane::CmdTableHelper {
 
@@ -42,7 +43,8 @@ public:
     ///          placeholder, in order.
     std::vector<std::shared_ptr<Node>> findMatchingSubnodes(const std::string& word) const;
 
-    /// The words that may follow, in the order in which they were first attached; no two have the same name.
+    /// The words that may follow, in the order in which they were first attached; no two have the same name. Only the
+    /// operations above attach any.
     std::vector<std::shared_ptr<Node>> subnodes;
     /// What runs when a line ends here; holds nothing until a synopsis ends here.
     ShellCommandFunction handler;
@@ -50,6 +52,9 @@ public:
     bool isArgument;
     /// The word as it is written in the synopsis.
     std::string name;
+
+private:
+    std::unique_ptr<SubnodeIndex> m_index; // of the subnodes, once there are many
 };
 
 /// Threads  addCommand() and dispatchCommand() hold the mutex for their whole run and may be called by any thread. The

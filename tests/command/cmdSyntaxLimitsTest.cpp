@@ -108,6 +108,27 @@ TEST(Destruction, FreesACyclicGraph)
     EXPECT_TRUE(node.expired());
 }
 
+TEST(ManyOptionalWords, OfOneSynopsisEachLeadToAllLaterOnes)
+{
+    const int words = 2000;
+    std::string synopsis = "x";
+    for (int i = 0; i < words; ++i) {
+        synopsis += " [w" + std::to_string(i) + "]";
+    }
+    SyntaxGraph graph;
+    add(graph, "x", {synopsis});
+    add(graph, "x", {synopsis}); // the same words again: found, not made
+    NodePtr node = at(graph.root, {"x"});
+    for (std::size_t i = 0; i < words; ++i) {
+        ASSERT_EQ(node->subnodes.size(), words - i);
+        ASSERT_EQ(node->subnodes.front()->name, "w" + std::to_string(i));
+        ASSERT_EQ(node->subnodes.back()->name, "w" + std::to_string(words - 1));
+        node = node->subnodes.front();
+    }
+    EXPECT_EQ(dispatch(graph, {"x", "w1", "w1998"}).result, 1);
+    EXPECT_EQ(dispatch(graph, {"x", "w1998", "w1"}).result, 1) << "words beyond the end are not looked at";
+}
+
 TEST(Duplicates, DoubleWithEachGroupUpToTheLimit)
 {
     SyntaxGraph graph;

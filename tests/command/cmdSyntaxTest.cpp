@@ -123,6 +123,24 @@ TEST(SyntaxNode, ReusesASubnodeOfTheSameName)
     EXPECT_EQ(node.subnodes.size(), 1U);
 }
 
+TEST(SyntaxNode, FindsEachOfAnyNumberOfSubnodesAndKeepsTheirOrder)
+{
+    Node node("x");
+    std::vector<std::string> names;
+    for (int i = 0; i < 1000; ++i) {
+        const std::string name = "a" + std::to_string(i);
+        ASSERT_EQ(node.findExactSubnode(name), nullptr);
+        const NodePtr added = node.addNewSubnode(name);
+        ASSERT_EQ(added->name, name);
+        ASSERT_EQ(node.addNewSubnode(name), added);
+        node.addExistingSubnode(std::make_shared<Node>(name));
+        names.push_back(name);
+        ASSERT_EQ(node.findExactSubnode("a0"), node.subnodes.front());
+        ASSERT_EQ(node.findExactSubnode(name), node.subnodes.back());
+    }
+    EXPECT_EQ(namesOf(node.subnodes), names);
+}
+
 TEST(SyntaxNode, HandsBackANodeThatItDidNotAttach)
 {
     Node node("x");
