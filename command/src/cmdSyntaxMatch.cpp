@@ -2,10 +2,11 @@
 #include "command/src/cmdSyntax.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <ostream>
 #include <string_view>
-#include <unordered_set>
+#include <unordered_map>
 
 namespace Corvane::CmdTableHelper {
 
@@ -123,20 +124,31 @@ private:
         const NodePtr* next;
     };
 
+    /// A node and 64 neighbouring words. Where a line has many ways, it meets a node at one word after the other, and
+    /// one bit for each of them is enough to remember.
     struct Place
     {
         const Node* node;
-        unsigned long word;
-        bool operator==(const Place& other) const { return node == other.node && word == other.word; }
+        unsigned long words;
+        bool operator==(const Place& other) const { return node == other.node && words == other.words; }
     };
 
     struct PlaceHash
     {
         std::size_t operator()(const Place& place) const
         {
-            return std::hash<const Node*>()(place.node) ^ (place.word * 0x9E3779B97F4A7C15U);
+            return std::hash<const Node*>()(place.node) ^ (place.words * 0x9E3779B97F4A7C15U);
         }
     };
+
+    /// Returns  whether `node` has not been tried with this word before in this walk.
+    bool isNew(const Node& node, unsigned long word)
+    {
+        std::uint64_t& tried = m_tried[{&node, word / 64}];
+        const std::uint64_t before = tried;
+        tried |= std::uint64_t{1} << (word % 64);
+        return tried != before;
+    }
 
     static void append(std::string* usedWords, std::string_view word)
     {
@@ -180,7 +192,7 @@ private:
     const NodePtr* follow(const NodePtr* node, unsigned long word, std::vector<Choice>& choices)
     {
         while (word < m_argc) {
-            if (!m_tried.insert({node->get(), word}).second) {
+            if (!isNew(**node, word)) {
                 return nullptr; // has led to no handler before
             }
             const Matches matches = matchesOf(*node, word);
@@ -200,7 +212,7 @@ private:
     const SyntaxGraph& m_graph;
     unsigned long m_argc;
     const char* const* m_argv;
-    std::unordered_set<Place, PlaceHash> m_tried;
+    std::unordered_map<Place, std::uint64_t, PlaceHash> m_tried;
 };
 
 } // namespace

@@ -182,6 +182,18 @@ TEST(Search, AmongAmbiguousPlaceholdersIsBoundedByNodesTimesWords)
     EXPECT_EQ(dispatch(graph, complete).result, 1);
 }
 
+TEST(Search, TriesANodeWithEachWordOfTheLineOnce)
+{
+    // The short way comes to <z> early and fails; the long way comes to the same node with another word.
+    for (int longWay = 1; longWay <= 200; ++longWay) {
+        SyntaxGraph graph;
+        add(graph, "x", {"x { <a> | " + repeated("<b> ", longWay) + "} <z> end"});
+        auto complete = line("x", "v", longWay + 2);
+        complete.back() = "end";
+        ASSERT_EQ(dispatch(graph, complete).result, 1) << longWay;
+    }
+}
+
 TEST(Search, ThroughALongLineNeedsNoStack)
 {
     runOnSmallStack([] { // every word of the line is ambiguous
