@@ -174,4 +174,16 @@ TEST(UsagePrinters, EndWhereACyclicSynopsisComesBack)
     EXPECT_EQ(dispatch(graph, {"x", "w", "p", "w", "p", "w"}).result, 1);
 }
 
+TEST(PrintPelmSyntax, ClosesEveryBracketWhereACyclicSynopsisComesBack)
+{
+    // Words that may be left out, each inside the one before.
+    EXPECT_EQ(printed({"x [w p] w"}).second, "x w [p w] ");
+    EXPECT_EQ(printed({"x [w p] w", "x w p"}).second, "x w [p [w]] ");
+    EXPECT_EQ(printed({"x [w p q] w", "x w p", "x w p q"}).second, "x w [p [q [w]]] ");
+    // "w" comes back inside a group that would end before "z".
+    EXPECT_EQ(printed({"x [w p] w", "x w p z y"}).second, "x w [p [w]] ");
+    // It comes back behind a group that has ended.
+    EXPECT_EQ(printed({"x [w p [a]] w"}).second, "x w [p [a] w] ");
+}
+
 } // namespace

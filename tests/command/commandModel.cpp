@@ -203,6 +203,7 @@ CommandModel::Answer CommandModel::dispatch(const std::vector<std::string>& word
     }
     m_out = "Usage: " + usedWords;
     m_followed = {found};
+    m_openBrackets = 0;
     if (!words.empty() && words[0] == "pelm") {
         printPelmSyntax(found);
     } else {
@@ -214,8 +215,21 @@ CommandModel::Answer CommandModel::dispatch(const std::vector<std::string>& word
 void CommandModel::follow(const NodePtr& node)
 {
     if (!m_followed.insert(node).second) {
-        throw ComesBack();
+        const std::string closed = std::string(m_openBrackets, ']') + (m_openBrackets != 0 ? " " : "");
+        throw ComesBack{m_out + closed + "\n\n"};
     }
+}
+
+void CommandModel::openBracket(const std::string& text)
+{
+    m_out += text;
+    ++m_openBrackets;
+}
+
+void CommandModel::closeBracket(const std::string& text)
+{
+    m_out += text;
+    --m_openBrackets;
 }
 
 void CommandModel::writeAlternatives(const NodePtr& node)
@@ -257,8 +271,8 @@ void CommandModel::printSyntax(NodePtr node)
 CommandModel::NodePtr CommandModel::printSubNodes(const NodePtr& from, const NodePtr& stop)
 {
     NodePtr cur = from;
-    follow(cur);
     m_out += cur->name;
+    follow(cur);
     if (cur->subnodes.empty()) {
         return from;
     }
@@ -276,9 +290,9 @@ CommandModel::NodePtr CommandModel::printSubNodes(const NodePtr& from, const Nod
             follow(cur);
             child = child->subnodes[0];
         } else {
-            m_out += " [";
+            openBracket(" [");
             cur = printSubNodes(cur->subnodes[0], cur->subnodes[1]);
-            m_out += "]";
+            closeBracket("]");
             if (cur->subnodes.empty()) {
                 return cur;
             }
@@ -293,17 +307,17 @@ CommandModel::NodePtr CommandModel::printSubNodes(const NodePtr& from, const Nod
 CommandModel::NodePtr CommandModel::printSimpleSubNodes(NodePtr node)
 {
     NodePtr cur = std::move(node);
-    follow(cur);
     m_out += cur->name;
+    follow(cur);
     while (!cur->subnodes.empty()) {
         if (cur->subnodes.size() > 1) {
-            m_out += " [";
+            openBracket(" [");
             cur = printSubNodes(cur->subnodes[0], cur->subnodes[1]);
-            m_out += "]";
+            closeBracket("]");
         } else if (cur->handler) {
-            m_out += " [";
+            openBracket(" [");
             cur = printSimpleSubNodes(cur->subnodes[0]);
-            m_out += "]";
+            closeBracket("]");
         } else {
             m_out += " " + cur->subnodes[0]->name;
             cur = NodePtr(cur->subnodes[0]);
@@ -326,13 +340,13 @@ void CommandModel::printPelmSyntax(NodePtr node)
         const bool s = n == 2 || (n > 2 && pass == 1) ? subnodes[1]->name.rfind('<', 0) == 0 : true;
         if (n == 1) {
             if (h) {
-                m_out += "[";
+                openBracket("[");
                 node = printSimpleSubNodes(subnodes[0]);
-                m_out += "] ";
+                closeBracket("] ");
             } else {
                 node = subnodes[0];
-                follow(node);
                 m_out += node->name + " ";
+                follow(node);
             }
             continue;
         }
@@ -353,9 +367,9 @@ void CommandModel::printPelmSyntax(NodePtr node)
             node = first;
             follow(node);
         } else {
-            m_out += "[";
+            openBracket("[");
             node = printSubNodes(first, subnodes[1]);
-            m_out += "] ";
+            closeBracket("] ");
         }
     }
     m_out += "{ ";

@@ -3,6 +3,7 @@
 #ifndef CORVANE_TESTS_COMMAND_COMMANDMODEL_H
 #define CORVANE_TESTS_COMMAND_COMMANDMODEL_H
 
+#include <cstddef>
 #include <map>
 #include <memory>
 #include <optional>
@@ -15,6 +16,7 @@ namespace Corvane::CmdTableHelper::Testing {
 /// Thrown where a usage comes back to a node that it has followed: there the rules alone may not end.
 struct ComesBack
 {
+    std::string text; ///< what is written if printing ends there and the open brackets are closed
 };
 
 class CommandModel
@@ -50,6 +52,8 @@ private:
     NodePtr walk(NodePtr node, std::string* usedWords, const std::vector<std::string>& words);
 
     void follow(const NodePtr& node);
+    void openBracket(const std::string& text);
+    void closeBracket(const std::string& text);
     void printSyntax(NodePtr node);
     void printPelmSyntax(NodePtr node);
     NodePtr printSimpleSubNodes(NodePtr node);
@@ -61,6 +65,7 @@ private:
     std::map<std::string, NodePtr> m_commandNodes;
     std::string m_out;
     std::set<NodePtr> m_followed;
+    std::size_t m_openBrackets = 0;
 };
 
 } // namespace Corvane::CmdTableHelper::Testing
