@@ -75,15 +75,13 @@ int ShellCommandFunction::callCommandHandlerFunction(int argc, const char* const
 {
     // This owner keeps the function alive while it runs, whatever happens to the object meanwhile.
     const auto function = std::atomic_load(&m_function);
-    if (!function) {
-        return -1;
-    }
     const auto call =
         overload{[](std::monostate) { return -1; }, [&](const ArgvFunction& handler) { return handler(argc, argv); },
                  [&](const ArgvStreamFunction& handler) { return handler(argc, argv, out); },
                  [&](const WordsFunction& handler) { return handler(wordsOf(argc, argv)); },
                  [&](const WordsStreamFunction& handler) { return handler(wordsOf(argc, argv), out); }};
-    return std::visit(call, *function);
+    const Function nothing;
+    return std::visit(call, function ? *function : nothing);
 }
 
 std::size_t ShellCommandFunction::index() const noexcept

@@ -57,7 +57,9 @@ public:
     void swap(ShellCommandFunction& other) noexcept;
 
 private:
-    // Shared between the object and the calls in progress; null while nothing is held.
+    // Behind a pointer because a registration may replace the function while another thread is about to call it or is
+    // inside it: each call in progress owns the function that it began with, and no lock is held while a handler runs.
+    // Never shared between two objects; null while nothing is held.
     std::shared_ptr<const Function> m_function;
 };
 

@@ -1,6 +1,7 @@
 /// One handler of whatever form: what is held, how it is called, and what a copy is.
 #include "command/src/shellCommandFunction.h"
 
+#include <atomic>
 #include <functional>
 #include <memory>
 #include <sstream>
@@ -11,6 +12,8 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+
+#include "tests/support/startTogether.h"
 
 namespace {
 
@@ -230,6 +233,58 @@ TEST(ShellCommandFunction, KeepsAHandlerThatReplacesItselfUntilItReturns)
     EXPECT_EQ(function.callCommandHandlerFunction(0, nullptr, out), 7);
     EXPECT_EQ(token.use_count(), 1);
     EXPECT_FALSE(function.hasFunction());
+}
+
+/// Reads memory of its own when it is called, and counts its copies.
+class LivingHandler
+{
+public:
+    LivingHandler(int number, std::atomic<int>& living) : m_number(std::make_unique<int>(number)), m_living(&living)
+    {
+        ++*m_living;
+    }
+    LivingHandler(const LivingHandler& other) : LivingHandler(*other.m_number, *other.m_living) {}
+    LivingHandler& operator=(const LivingHandler&) = delete;
+    ~LivingHandler()
+    {
+        *m_number = -1; // seen by a call that comes too late
+        --*m_living;
+    }
+    int operator()(int, const char* const*) const { return *m_number; }
+
+private:
+    std::unique_ptr<int> m_number;
+    std::atomic<int>* m_living;
+};
+
+TEST(ShellCommandFunction, IsAssignedByOneThreadWhileAnotherCallsIt)
+{
+    constexpr int changes = 100;
+    std::atomic<int> living{0};
+    const auto handler = [&](int number) {
+        return ShellCommandFunction(std::function<int(int, const char* const*)>(LivingHandler(number, living)));
+    };
+    {
+        ShellCommandFunction function = handler(0);
+        std::atomic<int> seen{0};
+        const auto assigning = [&] {
+            for (int number = 1; seen < changes; ++number) {
+                function = handler(number);
+            }
+        };
+        const auto calling = [&] {
+            std::ostringstream out;
+            for (int before = 0; seen < changes;) {
+                const int now = function.callCommandHandlerFunction(0, nullptr, out);
+                EXPECT_GE(now, before);
+                seen += now > before ? 1 : 0;
+                before = now;
+            }
+        };
+        Corvane::Testing::startTogether({assigning, calling});
+        EXPECT_EQ(living, 1) << "the replaced functions are gone";
+    }
+    EXPECT_EQ(living, 0);
 }
 
 } // namespace
