@@ -14,7 +14,6 @@ function(corvane_target_defaults target)
     -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion -Wold-style-cast -Wnon-virtual-dtor
     -Woverloaded-virtual -Wcast-align -Wcast-qual -Wformat=2 -Wundef -Wunused -Wimplicit-fallthrough
     $<$<CXX_COMPILER_ID:GNU>:-Wduplicated-cond -Wduplicated-branches -Wlogical-op>
-    $<$<CXX_COMPILER_ID:Clang>:-Wthread-safety>
     $<$<BOOL:${CORVANE_WERROR}>:-Werror>)
   if(CORVANE_SANITIZE)
     target_compile_options(${target} PRIVATE
