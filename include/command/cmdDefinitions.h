@@ -11,6 +11,11 @@
 /// and groups nest. A word with "<" and ">" in it, such as "<file>", and the word "..." stand for one word that the
 /// user types; every other word is typed as it is written.
 ///
+/// No synopsis is refused; what is left of a faulty one is registered. A "|", "]" or "}" outside every group ends the
+/// synopsis: of "a | b" only "a" is left, and a choice of whole commands is written "{ a | b }" or as two records.
+/// Everything between "<" and its ">" belongs to the word, blanks and brackets included, so that a "<" that is never
+/// closed takes the rest of the synopsis into its word. A synopsis ends at a NUL.
+///
 /// Owns     the application; the library copies what it keeps, and keeps no pointer into a record.
 /// Threads  plain data: constant tables may be used by several threads.
 /// Since    0.1.0

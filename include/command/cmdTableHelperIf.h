@@ -35,6 +35,11 @@ public:
     /// not enough. A synopsis that leads to the same place as an earlier one takes over from its handler; calls of the
     /// earlier handler that are running, or about to run, are not disturbed.
     ///
+    /// A name with which no synopsis begins, neither of this table nor of another, leads to the placeholder with which
+    /// synopses do begin, whichever command these were registered for. It is bound to that placeholder as soon as there
+    /// is exactly one; among several, executeCmd() chooses as it does further on in a line; where there is none, the
+    /// name leads nowhere. A later synopsis that begins with the name itself takes it over.
+    ///
     /// A synopsis with unbalanced brackets is registered as far as it can be read, and reported by the event ERROR.
     ///
     /// Requires  `commandName` is the word by which lines call this table's commands. An empty name adds the synopses
@@ -56,7 +61,8 @@ public:
     ///
     /// Requires  each word is a C string to the matching and to handlers that take C strings: it ends at its first NUL.
     /// Returns   what the handler returned; 20 if the line led to no handler.
-    /// Errors    what the handler or a hook throws; after a handler has thrown no hook runs.
+    /// Errors    what the handler or a hook throws. After a handler has thrown no hook runs; after a hook has thrown
+    ///           those behind it don't run, and the handler's result is lost.
     int executeCmd(const std::vector<std::string>& words, std::ostream& out);
 
     /// The same with std::cout as `out`.
@@ -79,7 +85,7 @@ public:
     /// Has `hook` called after every command that ran, with the handler's result, the number of words and the words.
     ///
     /// Hooks run in the order of their registration. One that is registered while hooks run is called from the next
-    /// command on.
+    /// command on. One that throws keeps the hooks behind it from being called after that command.
     ///
     /// Returns  the id to deregister it with: 1, 2, 3, ...; an id is not used again.
     /// Owns     copies `hook`; every command runs a fresh copy of that copy, so state belongs behind a reference.

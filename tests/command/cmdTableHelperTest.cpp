@@ -154,6 +154,23 @@ TEST(Execution, OfNoWordsRunsAHandlerOfTheRoot)
     EXPECT_EQ(out.str(), "");
 }
 
+TEST(Execution, OfANameWithoutASynopsisFollowsAnotherCommandsPlaceholder)
+{
+    CmdTableHelperImpl service;
+    std::ostringstream out;
+    service.registerCmdTable("list", tableOf("show all", 1));
+    EXPECT_EQ(service.executeCmd({"list", "x"}, out), 20);
+    service.registerCmdTable("run", tableOf("<program> <argument>", 2));
+    EXPECT_EQ(service.executeCmd({"list", "x"}, out), 2);
+    service.registerCmdTable("walk", tableOf("<way>", 3));
+    EXPECT_EQ(service.executeCmd({"list", "x"}, out), 2) << "bound to the first";
+    service.registerCmdTable("fly", tableOf("fly all", 4));
+    service.registerCmdTable("swim", std::vector<CmdDefinition>());
+    EXPECT_EQ(service.executeCmd({"swim", "x"}, out), 2) << "chosen among both";
+    service.registerCmdTable("", tableOf("list x", 5));
+    EXPECT_EQ(service.executeCmd({"list", "x"}, out), 5) << "taken over";
+}
+
 TEST(Execution, GivesTheHandlerTheWholeLine)
 {
     CmdTableHelperImpl service;
