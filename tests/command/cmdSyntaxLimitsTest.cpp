@@ -110,7 +110,7 @@ TEST(Destruction, FreesACyclicGraph)
 
 TEST(ManyOptionalWords, OfOneSynopsisEachLeadToAllLaterOnes)
 {
-    const int words = 2000;
+    const int words = 1000;
     std::string synopsis = "x";
     for (int i = 0; i < words; ++i) {
         synopsis += " [w" + std::to_string(i) + "]";
@@ -125,8 +125,8 @@ TEST(ManyOptionalWords, OfOneSynopsisEachLeadToAllLaterOnes)
         ASSERT_EQ(node->subnodes.back()->name, "w" + std::to_string(words - 1));
         node = node->subnodes.front();
     }
-    EXPECT_EQ(dispatch(graph, {"x", "w1", "w1998"}).result, 1);
-    EXPECT_EQ(dispatch(graph, {"x", "w1998", "w1"}).result, 1) << "words beyond the end are not looked at";
+    EXPECT_EQ(dispatch(graph, {"x", "w1", "w998"}).result, 1);
+    EXPECT_EQ(dispatch(graph, {"x", "w998", "w1"}).result, 1) << "words beyond the end are not looked at";
 }
 
 TEST(Duplicates, DoubleWithEachGroupUpToTheLimit)
