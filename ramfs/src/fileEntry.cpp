@@ -65,7 +65,20 @@ unsigned int FileEntry::read(unsigned int& pos, unsigned char* buffer, unsigned 
     return copied;
 }
 
+std::uint64_t FileEntry::storageFor(std::uint64_t contentSize)
+{
+    return std::min(contentSize + contentSize / 10, maxSize);
+}
+
 FileEntry::WriteResult FileEntry::lockFreeWrite(unsigned int& pos, const unsigned char* p_buffer, unsigned int length)
+{
+    std::uint64_t position = pos;
+    WriteResult result = writeAt(position, p_buffer, length);
+    pos = static_cast<unsigned int>(position);
+    return result;
+}
+
+FileEntry::WriteResult FileEntry::writeAt(std::uint64_t& pos, const unsigned char* p_buffer, unsigned int length)
 {
     WriteResult result{0, std::to_string(m_fileRef)};
     if (p_buffer == nullptr) {
@@ -75,7 +88,7 @@ FileEntry::WriteResult FileEntry::lockFreeWrite(unsigned int& pos, const unsigne
     // In 64 bits: header and content together may be larger than the largest position.
     const std::uint64_t headerSize = m_header.size();
     const std::uint64_t end = headerSize + m_contentSize;
-    const std::uint64_t start = std::clamp<std::uint64_t>(pos, headerSize, end);
+    const std::uint64_t start = std::clamp(pos, headerSize, end);
     const std::uint64_t last = start + length;
     if (last > maxSize) {
         result.text = sizeLimitText();
@@ -89,7 +102,7 @@ FileEntry::WriteResult FileEntry::lockFreeWrite(unsigned int& pos, const unsigne
     }
     const std::uint64_t newSize = last > end ? last - headerSize : m_contentSize;
     if (m_content.size() < newSize) {
-        const std::uint64_t target = std::min(newSize + newSize / 10, maxSize);
+        const std::uint64_t target = storageFor(newSize);
         result.text += " FileEntry::lockFreeWrite() extending file vector to " + std::to_string(target) + " bytes";
         m_content.reserve(target); // a vector that grows by itself doubles its memory
         m_content.resize(target);
@@ -98,7 +111,7 @@ FileEntry::WriteResult FileEntry::lockFreeWrite(unsigned int& pos, const unsigne
     if (length != 0) {
         std::memcpy(m_content.data() + (start - headerSize), p_buffer, length);
     }
-    pos = static_cast<unsigned int>(last);
+    pos = last;
     result.bytesWritten = length;
     return result;
 }
@@ -112,12 +125,10 @@ FileEntry::WriteResult FileEntry::write(unsigned int& pos, const unsigned char* 
 FileEntry::AppendResult FileEntry::append(const unsigned char* p_buffer, unsigned int length)
 {
     const WriteLock lock(m_mutex);
-    const std::uint64_t fileSize = std::uint64_t{m_header.size()} + m_footer.size() + m_contentSize;
-    // Where the end of the file has no position, the last one stands for it: it lies past the content's end, or the
-    // content has no room left either.
-    auto position = static_cast<unsigned int>(std::min(fileSize, maxSize));
-    WriteResult result = lockFreeWrite(position, p_buffer, length);
-    return {position, result.bytesWritten, std::move(result.text)};
+    std::uint64_t position = std::uint64_t{m_header.size()} + m_footer.size() + m_contentSize;
+    WriteResult result = writeAt(position, p_buffer, length);
+    // What was refused leaves the end of the file, for which the last position stands if it has none.
+    return {static_cast<unsigned int>(std::min(position, maxSize)), result.bytesWritten, std::move(result.text)};
 }
 
 void FileEntry::insertHeader(const unsigned char* data, unsigned int length)

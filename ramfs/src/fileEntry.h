@@ -91,6 +91,13 @@ private:
     // NOLINTNEXTLINE(bugprone-exception-escape): as for getPtr()
     std::shared_ptr<const FileEntry> temporaryOwner() const noexcept { return shared_from_this(); }
 
+    // Storage for a content of that many bytes, with its reserve.
+    static std::uint64_t storageFor(std::uint64_t contentSize);
+
+    // lockFreeWrite() for a position that 32 bits may not hold: the end of a file whose content alone reaches the
+    // limit.
+    WriteResult writeAt(std::uint64_t& pos, const unsigned char* p_buffer, unsigned int length);
+
     // The order of the members is relied upon. m_mutex guards all that change after construction.
     const int m_fileRef;
     std::vector<unsigned char> m_header;

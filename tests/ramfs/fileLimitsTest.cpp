@@ -100,6 +100,18 @@ TEST_F(FileLimitsTest, AnAppendPastTheLastPositionIsRefused)
     EXPECT_EQ(entry->append(nullptr, 1).position, limit);
 }
 
+TEST(FileReserve, IsATenthAndEndsAtTheLimit)
+{
+    EXPECT_EQ(Access::storageFor(0), 0U);
+    EXPECT_EQ(Access::storageFor(9), 9U);
+    EXPECT_EQ(Access::storageFor(10), 11U);
+    EXPECT_EQ(Access::storageFor(101), 111U);
+    EXPECT_EQ(Access::storageFor(3'904'515'722), 4'294'967'294U);
+    EXPECT_EQ(Access::storageFor(3'904'515'723), limit);
+    EXPECT_EQ(Access::storageFor(3'904'515'724), limit) << "one more than 32 bits hold";
+    EXPECT_EQ(Access::storageFor(limit), limit);
+}
+
 TEST_F(FileLimitsTest, AHandleKeepsItsPositionWhenItIsRefused)
 {
     FileHandleImpl handle("a", entry);
@@ -196,6 +208,10 @@ TEST_F(FourGibibytesTest, AContentIsFilledToItsLastByte)
     handle.appendFooter(bytes("END"), 3);
     EXPECT_EQ(handle.append("y"), 0U);
     EXPECT_EQ(readText(handle, 10), "");
+    // The end of the file has no position of its own; its note comes all the same.
+    const auto empty = FileHandleTestAccess::entry(handle).append(bytes(""), 0);
+    EXPECT_EQ(empty.text, "3 can't update header, Move the offset to the end of the content \n");
+    EXPECT_EQ(empty.position, limit);
     handle.insertHeader("HDR:");
     handle.setPos(limit - 4);
     EXPECT_EQ(readText(handle, 10), "xxxx");

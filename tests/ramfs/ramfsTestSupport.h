@@ -3,6 +3,7 @@
 #define CORVANE_TESTS_RAMFS_RAMFSTESTSUPPORT_H
 
 #include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <mutex>
 #include <shared_mutex>
@@ -22,6 +23,7 @@ struct FileEntryTestAccess
     static unsigned int contentSize(const FileEntry& entry) { return entry.m_contentSize; }
     static void setContentSize(FileEntry& entry, unsigned int size) { entry.m_contentSize = size; }
     static const std::vector<unsigned char>& content(const FileEntry& entry) { return entry.m_content; }
+    static std::uint64_t storageFor(std::uint64_t contentSize) { return FileEntry::storageFor(contentSize); }
 
     /// Returns  the members in the order in which they are expected to lie.
     static std::vector<const void*> members(const FileEntry& entry)
