@@ -1,6 +1,7 @@
 /// Allocations that fail, one after the other, in every operation: bytes, positions, directory and locks afterwards.
 #include <new>
 #include <ostream>
+#include <regex>
 
 #include <gtest/gtest.h>
 
@@ -107,17 +108,38 @@ protected:
     FileManagerImpl manager;
 };
 
-TEST_F(DirectoryAllocationFailureTest, ACreateThatFailsLeavesNoTraceInTheDirectoryButItsNumber)
+TEST_F(DirectoryAllocationFailureTest, ACreateThatFailsTakesANumberAndListsNoFileOrAWholeOne)
 {
-    const auto attempt = [&] { manager.create("a file with a long enough name", 1000, 0); };
-    const auto check = [&] {
-        EXPECT_TRUE(FileManagerTestAccess::isUnlocked(manager));
-        for (const Handle& handle : manager.openAll()) { // only the handle failed, then
-            EXPECT_EQ(handle->getFileName(), "a file with a long enough name");
-        }
+    const std::string plainName = "a name that is longer than a short string";
+    for (const std::string& fileName : {plainName, name}) {
+        int attempts = 0;
+        std::string listed; // a letter for each failed attempt
+        const int numberBefore = FileManagerTestAccess::fileRefCounter(manager);
+        const auto attempt = [&] {
+            ++attempts;
+            manager.create(fileName, 1000, 0);
+        };
+        const auto check = [&] {
+            EXPECT_TRUE(FileManagerTestAccess::isUnlocked(manager));
+            EXPECT_EQ(FileManagerTestAccess::fileRefCounter(manager), numberBefore + attempts);
+            const std::vector<Handle> files = manager.openAll();
+            listed += files.empty() ? '-' : 'f';
+            for (const Handle& file : files) { // the handle alone could not be made
+                EXPECT_EQ(file->getFileName().substr(0, plainName.size()), plainName);
+                EXPECT_EQ(file->getFileName().find("<date>"), std::string::npos);
+                EXPECT_EQ(file->getFileRef(), numberBefore + attempts);
+                EXPECT_EQ(file->getUserCount(), 3U);
+                EXPECT_EQ(FileEntryTestAccess::storage(FileHandleTestAccess::entry(*file)), 1000U);
+                EXPECT_EQ(file->write("works"), 5U);
+            }
+            manager.removeAll();
+        };
+        failEachAllocation(attempt, check);
+        EXPECT_TRUE(std::regex_match(listed, std::regex("-{4,}f{1,2}"))) // entry, storage, owners, the map's node
+            << listed;
+        EXPECT_EQ(FileManagerTestAccess::fileCount(manager), 1U);
         manager.removeAll();
-    };
-    EXPECT_GE(failEachAllocation(attempt, check), 4); // entry, its storage, the map's node, the handle
+    }
 }
 
 TEST_F(DirectoryAllocationFailureTest, AnInitialSizeThatCannotBeHadMakesNoFile)

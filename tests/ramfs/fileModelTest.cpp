@@ -130,6 +130,7 @@ protected:
         int sharedNumber = 0;
         int replaced = 0;
         int removedSeveral = 0;
+        int removedToCout = 0;
         int cut = 0;
         int streamed = 0;
     } met;
@@ -196,6 +197,8 @@ void FileModelTest::removeSome()
     const ModelDirectory::Order names = order();
     const bool verbose = below(2) == 0;
     std::ostringstream out;
+    const bool toCout = below(2) == 0; // where the operations without a stream write to
+    std::streambuf* const cout = std::cout.rdbuf(toCout ? out.rdbuf() : std::cout.rdbuf());
     std::string modelOut;
     const unsigned int choice = below(20);
     if (choice == 0) {
@@ -203,12 +206,16 @@ void FileModelTest::removeSome()
         model.removeAll();
     } else if (choice < 10) {
         const int ref = someRef();
-        EXPECT_EQ(manager.remove(ref, out, verbose), model.remove(ref, modelOut, verbose));
+        EXPECT_EQ(toCout ? manager.remove(ref, verbose) : manager.remove(ref, out, verbose),
+                  model.remove(ref, modelOut, verbose));
     } else {
         const std::string name = someName();
-        EXPECT_EQ(manager.remove(name, out, verbose), model.remove(name, modelOut, verbose, names));
+        EXPECT_EQ(toCout ? manager.remove(name, verbose) : manager.remove(name, out, verbose),
+                  model.remove(name, modelOut, verbose, names));
     }
+    std::cout.rdbuf(cout);
     EXPECT_EQ(out.str(), modelOut);
+    met.removedToCout += toCout && !modelOut.empty() ? 1 : 0;
     met.removedSeveral += choice != 0 && model.files.size() + 1 < names.size() ? 1 : 0;
 }
 
@@ -219,7 +226,7 @@ void FileModelTest::writeSome(HandlePair& pair)
     const auto length = static_cast<unsigned int>(data.size());
     const char* const text = null ? nullptr : data.data();
     const auto modelData = null ? std::nullopt : std::make_optional(data);
-    switch (below(8)) {
+    switch (below(9)) {
     case 0:
         EXPECT_EQ(pair.real->write(bytes(text), length), pair.model.write(modelData, length));
         break;
@@ -233,13 +240,16 @@ void FileModelTest::writeSome(HandlePair& pair)
         EXPECT_EQ(pair.real->append(bytes(text), length), pair.model.append(modelData, length, false));
         break;
     case 4:
-        EXPECT_EQ(pair.real->append(data), pair.model.append(data, length, true));
+        EXPECT_EQ(pair.real->append(text, length), pair.model.append(modelData, length, false));
         break;
     case 5:
+        EXPECT_EQ(pair.real->append(data), pair.model.append(data, length, true));
+        break;
+    case 6:
         pair.real->insertHeader(bytes(text), length);
         pair.model.insertHeader(modelData, length, false);
         break;
-    case 6:
+    case 7:
         pair.real->insertHeader(data);
         pair.model.insertHeader(data, length, true);
         break;
@@ -410,7 +420,7 @@ TEST_F(FileModelTest, AgreesWithTheLibraryOnRandomOperations)
     }
     if (operations >= 100'000) {
         for (const int count : {met.created, met.taken, met.opened, met.tookOut, met.sharedNumber, met.replaced,
-                                met.removedSeveral, met.cut, met.streamed}) {
+                                met.removedSeveral, met.removedToCout, met.cut, met.streamed}) {
             EXPECT_GT(count, 20);
         }
     }

@@ -143,6 +143,17 @@ protected:
         }
     }
 
+    /// Returns  a handle on the file that the directory lists by the name, opened in a way that takes nothing out.
+    Handle listedFile() const
+    {
+        for (const Handle& handle : manager.openAll()) {
+            if (handle->getFileName() == it.name) {
+                return handle;
+            }
+        }
+        return nullptr;
+    }
+
     FileManagerIf& manager = FileManagerIf::getInstance();
     Situation it;
 };
@@ -256,31 +267,41 @@ TEST_P(FileStatesTest, UserCount)
     for (const Handle& handle : it.handles) {
         EXPECT_EQ(handle->getUserCount(), it.handles.size() + (it.handlesShareListed ? 2 : 1));
     }
+    const Handle listed = listedFile();
+    ASSERT_EQ(listed != nullptr, it.nameListed);
+    if (listed) {
+        EXPECT_EQ(listed->getUserCount(), 3 + (it.handlesShareListed ? it.handles.size() : 0));
+    }
 }
 
-TEST_P(FileStatesTest, WriteAndReadThroughHandles)
+TEST_P(FileStatesTest, WriteAndRead)
 {
+    std::vector<Handle> handles = it.handles;
+    if (const Handle listed = listedFile()) {
+        handles.push_back(listed);
+    }
+    ASSERT_EQ(handles.empty(), it.files == 0 && it.handles.empty()) << "only an absent file has nothing to write to";
     unsigned int storage = 0;
-    for (const Handle& handle : it.handles) {
+    for (const Handle& handle : handles) {
+        const bool isNew = wholeFile(*handle) == "new";
         handle->setPos(1);
         EXPECT_EQ(handle->write("xyz"), 3U);
         handle->insertHeader("H");
         handle->appendFooter(bytes("F"), 1);
-        EXPECT_EQ(wholeFile(*handle), "HoxyzF");
+        EXPECT_EQ(wholeFile(*handle), isNew ? "HnxyzF" : "HoxyzF");
         EXPECT_EQ(textOf(handle->readHeader()) + textOf(handle->readFooter()), "HF");
         storage += 100;
         EXPECT_TRUE(handle->contentResize(storage));
         handle->setPos(0);
         std::ostringstream out;
         handle->dump(out);
-        EXPECT_EQ(out.str(), "H6F78797AF\n");
-        EXPECT_EQ(handle->getFileRef(), 5);
+        EXPECT_EQ(out.str(), isNew ? "H6E78797AF\n" : "H6F78797AF\n");
+        EXPECT_EQ(handle->getFileRef(), isNew ? 6 : 5);
         handle->insertHeader("");
         handle->appendFooter(nullptr, 0);
     }
     if (it.nameListed) {
-        const bool changed = !it.handles.empty() && it.handlesShareListed;
-        EXPECT_EQ(wholeFile(*manager.open(it.name)), changed ? "oxyz" : it.listedContent);
+        EXPECT_EQ(wholeFile(*manager.open(it.name)), it.listedContent == "new" ? "nxyz" : "oxyz");
     }
 }
 

@@ -98,15 +98,23 @@ TEST(OffEventsTest, ShortenNoPath)
 {
     int emissions = 0;
     Testing::observeEmissions([&](const std::string&) { ++emissions; });
-    FileManagerImpl manager;
-    const Handle file = manager.create("file", 0, 5);
-    std::ostringstream out;
-    file->write("abc");
-    file->dump(out);
-    EXPECT_EQ(manager.create("file", 0, 5), nullptr);
-    manager.removeAll();
-    Testing::observeEmissions(nullptr);
+    const auto work = [] {
+        FileManagerImpl manager;
+        const Handle file = manager.create("file", 0, 5);
+        std::ostringstream out;
+        file->write("abc");
+        file->dump(out);
+        EXPECT_EQ(manager.create("file", 0, 5), nullptr);
+        manager.removeAll();
+    };
+    work();
     EXPECT_EQ(emissions, 0);
+    {
+        const Testing::ProbeRecorder recorder; // the same work is seen when the events are on
+        work();
+    }
+    EXPECT_EQ(emissions, 12);
+    Testing::observeEmissions(nullptr);
 }
 
 } // namespace

@@ -146,14 +146,28 @@ TEST_F(FileHandleEmission, OfAppendByBytesAndByStringWithTheirOwnLines)
                                              byHandle(198, "append: FileEntry::write() returns <3>")));
 }
 
-TEST_F(FileHandleEmission, OfAWriteThatIsRefused)
+TEST_F(FileHandleEmission, OfWhatIsRefusedAtTheSizeLimitInEveryForm)
 {
-    FileEntryTestAccess::setContentSize(*entry, 4294967295);
-    handle.append("x");
-    EXPECT_THAT(recorder.take(), ElementsAre(byHandle(192, "append: log fileRef(3), length(1)"),
-                                             byHandle(198, "append: FileEntry::write() returns <3 content can't exceed "
-                                                           "4294967295 bytes>")));
-    FileEntryTestAccess::setContentSize(*entry, 0);
+    FileEntryTestAccess::setContentSize(*entry, UINT32_MAX);
+    handle.setPos(UINT32_MAX);
+    recorder.take();
+    handle.write(bytes("x"), 1);
+    handle.write("xy", 2);
+    handle.write(std::string("x"));
+    handle.append(bytes("x"), 1);
+    handle.append("xy", 2);
+    handle.append(std::string("x"));
+    const std::string refused = "returns <3 content can't exceed 4294967295 bytes>";
+    EXPECT_THAT(
+        recorder.take(),
+        ElementsAre(
+            byHandle(151, "write: log fileRef(3), length(1)"), byHandle(159, "write: FileEntry::write() " + refused),
+            byHandle(151, "write: log fileRef(3), length(2)"), byHandle(159, "write: FileEntry::write() " + refused),
+            byHandle(151, "write: log fileRef(3), length(1)"), byHandle(159, "write: FileEntry::write() " + refused),
+            byHandle(175, "append: log fileRef(3), length(1)"), byHandle(181, "append: FileEntry::write() " + refused),
+            byHandle(175, "append: log fileRef(3), length(2)"), byHandle(181, "append: FileEntry::write() " + refused),
+            byHandle(192, "append: log fileRef(3), length(1)"),
+            byHandle(198, "append: FileEntry::write() " + refused)));
 }
 
 TEST_F(FileHandleEmission, OfHeaderAndFooterWithTheirUnevenTexts)
