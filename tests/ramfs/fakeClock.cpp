@@ -1,0 +1,46 @@
+/// Replaces time() and strftime(), apart from the code that calls them, so that the compiler can't see through it.
+#include "tests/ramfs/fakeClock.h"
+
+#include <cstdlib>
+
+#include <dlfcn.h>
+
+namespace {
+
+std::time_t clockTime = 0;
+bool datesRefused = false;
+
+} // namespace
+
+namespace Corvane::Testing {
+
+void setClock(std::time_t now)
+{
+    clockTime = now;
+}
+
+void refuseDates(bool refuse)
+{
+    datesRefused = refuse;
+}
+
+} // namespace Corvane::Testing
+
+extern "C" [[gnu::visibility("default")]] std::time_t time(std::time_t* result) noexcept
+{
+    if (result != nullptr) {
+        *result = clockTime;
+    }
+    return clockTime;
+}
+
+extern "C" [[gnu::visibility("default")]] std::size_t strftime(char* text, std::size_t size, const char* format,
+                                                               const std::tm* date) noexcept
+{
+    using Strftime = std::size_t (*)(char*, std::size_t, const char*, const std::tm*);
+    static const auto original = reinterpret_cast<Strftime>(dlsym(RTLD_NEXT, "strftime"));
+    if (original == nullptr) {
+        std::abort();
+    }
+    return datesRefused ? 0 : original(text, size, format, date);
+}
