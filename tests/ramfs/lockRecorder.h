@@ -1,0 +1,53 @@
+/// Records which read-write locks this thread takes, and how: it takes the place of the calls behind std::shared_mutex.
+///
+///     LockRecorder recorder;
+///     manager.exists("a");
+///     EXPECT_THAT(recorder.taken(), ElementsAre(TakenLock{&lock, LockMode::Shared}));
+///
+/// Threads  one recorder at a time, on the thread that made it; other threads' locks are not recorded.
+#ifndef CORVANE_TESTS_RAMFS_LOCKRECORDER_H
+#define CORVANE_TESTS_RAMFS_LOCKRECORDER_H
+
+#include <vector>
+
+namespace Corvane::Testing {
+
+enum class LockMode
+{
+    Shared,
+    Exclusive
+};
+
+struct TakenLock
+{
+    const void* lock; ///< the address of the std::shared_mutex
+    LockMode mode;
+    bool inside; ///< while another one was held
+};
+
+class LockRecorder
+{
+public:
+    LockRecorder();
+    ~LockRecorder();
+    LockRecorder(const LockRecorder&) = delete;
+    LockRecorder& operator=(const LockRecorder&) = delete;
+
+    /// Returns  the locks that were taken since the last call, in their order.
+    std::vector<TakenLock> take();
+
+    /// Returns  how many locks are held now.
+    int held() const { return m_held; }
+
+    /// For the replaced calls.
+    void add(const void* lock, LockMode mode);
+    void release() { --m_held; }
+
+private:
+    std::vector<TakenLock> m_taken;
+    int m_held = 0;
+};
+
+} // namespace Corvane::Testing
+
+#endif

@@ -1,0 +1,168 @@
+/// Which operation takes which lock, shared or exclusively, and in which order.
+#include <ostream>
+#include <string>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "tests/ramfs/lockRecorder.h"
+#include "tests/ramfs/ramfsTestSupport.h"
+
+namespace Corvane::RamFs::V1 {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+using Testing::LockMode;
+using Testing::LockRecorder;
+using Testing::TakenLock;
+
+class EntryLocks : public testing::Test
+{
+protected:
+    /// Returns  the modes in which the entry's lock was taken since the last call.
+    std::vector<LockMode> take()
+    {
+        EXPECT_EQ(recorder.held(), 0);
+        std::vector<LockMode> modes;
+        for (const TakenLock& taken : recorder.take()) {
+            EXPECT_EQ(taken.lock, FileEntryTestAccess::members(*entry).back());
+            modes.push_back(taken.mode);
+        }
+        return modes;
+    }
+
+    std::shared_ptr<FileEntry> entry = FileEntry::create(3, 100);
+    unsigned int pos = 0;
+    unsigned char buffer[4] = {};
+    LockRecorder recorder;
+};
+
+TEST_F(EntryLocks, AreExclusiveForWhatChangesTheFile)
+{
+    entry->write(pos, bytes("abc"), 3);
+    EXPECT_THAT(take(), ElementsAre(LockMode::Exclusive));
+    entry->append(bytes("abc"), 3);
+    EXPECT_THAT(take(), ElementsAre(LockMode::Exclusive));
+    entry->insertHeader(bytes("abc"), 3);
+    EXPECT_THAT(take(), ElementsAre(LockMode::Exclusive));
+    entry->appendFooter(bytes("abc"), 3);
+    EXPECT_THAT(take(), ElementsAre(LockMode::Exclusive));
+    entry->contentResize(200);
+    EXPECT_THAT(take(), ElementsAre(LockMode::Exclusive));
+    entry->setDelayedDelete();
+    EXPECT_THAT(take(), ElementsAre(LockMode::Exclusive));
+}
+
+TEST_F(EntryLocks, AreSharedForWhatLooksAtTheFile)
+{
+    entry->read(pos, buffer, 4);
+    EXPECT_THAT(take(), ElementsAre(LockMode::Shared));
+    entry->readHeader();
+    EXPECT_THAT(take(), ElementsAre(LockMode::Shared));
+    entry->readFooter();
+    EXPECT_THAT(take(), ElementsAre(LockMode::Shared));
+    static_cast<void>(entry->getFileSize());
+    EXPECT_THAT(take(), ElementsAre(LockMode::Shared));
+    static_cast<void>(entry->getUserCount());
+    EXPECT_THAT(take(), ElementsAre(LockMode::Shared));
+    static_cast<void>(entry->getDelayedDelete());
+    EXPECT_THAT(take(), ElementsAre(LockMode::Shared));
+}
+
+TEST_F(EntryLocks, AreNotTakenForWhatNeverChanges)
+{
+    static_cast<void>(entry->getFileRef());
+    static_cast<void>(entry->getCreationTime());
+    entry->getPtr();
+    entry->lockFreeWrite(pos, bytes("abc"), 3); // its caller holds the lock
+    EXPECT_THAT(take(), IsEmpty());
+}
+
+TEST_F(EntryLocks, AreNotTakenToReadIntoNothing)
+{
+    entry->read(pos, nullptr, 4);
+    EXPECT_THAT(take(), IsEmpty());
+}
+
+class DirectoryLocks : public testing::Test
+{
+protected:
+    DirectoryLocks()
+    {
+        manager.create("a", 0, 5);
+        manager.create("b", 0, 6);
+        recorder.take();
+    }
+
+    /// Returns  the locks that were taken since the last call: the directory's as "exclusive" or "shared", those of
+    /// entries as " entry-exclusive" or " entry-shared" behind it, if it was held then.
+    std::string take()
+    {
+        EXPECT_EQ(recorder.held(), 0);
+        std::string text;
+        for (const TakenLock& taken : recorder.take()) {
+            const bool isDirectory = taken.lock == FileManagerTestAccess::members(manager).back();
+            EXPECT_EQ(taken.inside, !isDirectory) << "the directory's lock comes first";
+            text += isDirectory ? "" : " entry-";
+            text += taken.mode == LockMode::Shared ? "shared" : "exclusive";
+        }
+        return text;
+    }
+
+    FileManagerImpl manager;
+    std::ostringstream out;
+    LockRecorder recorder;
+};
+
+TEST_F(DirectoryLocks, AreExclusiveForWhatMayChangeTheDirectory)
+{
+    manager.create("c", 0, 0);
+    EXPECT_EQ(take(), "exclusive");
+    manager.create("c", 0, 0); // the name is taken
+    EXPECT_EQ(take(), "exclusive");
+    manager.open("none");
+    EXPECT_EQ(take(), "exclusive");
+    manager.open(77);
+    EXPECT_EQ(take(), "exclusive");
+    manager.open("a"); // asks for the mark
+    EXPECT_EQ(take(), "exclusive entry-shared");
+    manager.open(6);
+    EXPECT_EQ(take(), "exclusive entry-shared");
+    manager.setDelayedDelete(5);
+    EXPECT_EQ(take(), "exclusive entry-exclusive");
+    manager.setDelayedDelete(77);
+    EXPECT_EQ(take(), "exclusive");
+    manager.remove("none", out, true);
+    EXPECT_EQ(take(), "exclusive");
+    manager.remove("a", false);
+    EXPECT_EQ(take(), "exclusive");
+    manager.remove(77, out, true);
+    EXPECT_EQ(take(), "exclusive");
+    manager.remove(6, false);
+    EXPECT_EQ(take(), "exclusive");
+    manager.removeAll();
+    EXPECT_EQ(take(), "exclusive");
+}
+
+TEST_F(DirectoryLocks, AreSharedForWhatLooksAtTheDirectory)
+{
+    manager.exists("a");
+    EXPECT_EQ(take(), "shared");
+    manager.exists(5);
+    EXPECT_EQ(take(), "shared");
+    manager.openAll();
+    EXPECT_EQ(take(), "shared");
+}
+
+TEST_F(DirectoryLocks, AreNotTakenToCloseAHandleOrToMakeABuffer)
+{
+    Handle handle = manager.open("a");
+    take();
+    manager.close(handle);
+    manager.getFileStreamBuf();
+    EXPECT_EQ(take(), "");
+}
+
+} // namespace
+} // namespace Corvane::RamFs::V1
