@@ -2,16 +2,12 @@
 #include <chrono>
 #include <csignal>
 #include <cstdint>
-#include <future>
 #include <iostream>
 #include <optional>
 #include <stdexcept>
 #include <string>
-#include <thread>
 
 #include <getopt.h>
-#include <pthread.h>
-#include <unistd.h>
 #include <zelStandin.h>
 
 #include "entry.h"
@@ -35,10 +31,9 @@ constexpr const char* help =
     "the mailbox exists already or a line can't be written, 2 for wrong options.\n";
 
 constexpr std::uint32_t noMailbox = 0xFFFFFFFF;
-constexpr std::uint32_t ownMailbox = 0xFFF00000;
 constexpr std::uint32_t anySender = 0xFFF11111;
-constexpr std::uint32_t forEver = 0xFFFFFFFF;
-constexpr std::uint32_t stopNo = 1;
+// A signal doesn't end a wait, and a message that tells of one may find no place in a mailbox full of clients.
+constexpr std::uint32_t signalLookMs = 200;
 constexpr std::size_t batchBytes = std::size_t{256} << 10U;
 
 struct Options
@@ -47,51 +42,25 @@ struct Options
     std::optional<std::string> appendTo;
 };
 
-/// Turns the first SIGTERM or SIGINT into a message to the engine's mailbox, so that there is one thing to wait for.
-class SignalMailbox
+volatile std::sig_atomic_t hasToStop = 0;
+
+extern "C" void stop(int /*signal*/)
 {
-public:
-    /// Requires  the signals are blocked.
-    SignalMailbox(const sigset_t& signals, std::uint32_t engine)
-        : m_thread([this, signals, engine] { run(signals, engine); })
-    {
-        m_id = m_created.get_future().get();
-        if (m_id == noMailbox) {
-            m_thread.join();
-            throw std::runtime_error("can't create a mailbox");
-        }
+    hasToStop = 1;
+}
+
+void catchSignals()
+{
+    struct sigaction action = {};
+    action.sa_handler = stop;
+    action.sa_flags = SA_RESTART;
+    for (const int signal : {SIGTERM, SIGINT}) {
+        ::sigaction(signal, &action, nullptr);
     }
-
-    ~SignalMailbox()
-    {
-        // The signal is blocked: the thread takes it from sigwait(), if none has come before.
-        ::pthread_kill(m_thread.native_handle(), SIGTERM); // NOLINT(bugprone-bad-signal-to-kill-thread,cert-pos44-c)
-        m_thread.join();
+    for (const int signal : {SIGPIPE, SIGXFSZ}) { // a closed output or a full file is found when writing to it
+        static_cast<void>(::signal(signal, SIG_IGN));
     }
-
-    /// Returns  whether a message says that a signal came.
-    bool hasSent(const zel_msg* message) const { return __zel_sender(message, "", 0) == m_id; }
-
-    SignalMailbox(const SignalMailbox&) = delete;
-    SignalMailbox& operator=(const SignalMailbox&) = delete;
-
-private:
-    void run(const sigset_t& signals, std::uint32_t engine)
-    {
-        const std::string name = "ElogEngineSignals-" + std::to_string(::getpid());
-        const std::uint32_t id = __zel_create_mailbox(name.c_str(), 0, "", 0);
-        m_created.set_value(id);
-        int signal = 0;
-        if (id != noMailbox && ::sigwait(&signals, &signal) == 0) {
-            zel_msg* stop = __zel_alloc(sizeof(std::uint32_t), stopNo, "", 0);
-            __zel_send(&stop, engine, ownMailbox, "", 0);
-        }
-    }
-
-    std::promise<std::uint32_t> m_created;
-    std::uint32_t m_id = noMailbox;
-    std::thread m_thread; // the last member: it uses the others
-};
+}
 
 /// Receives entries and writes them out, many at a time where many have come.
 class Engine
@@ -102,40 +71,44 @@ public:
         if (options.appendTo) {
             m_file.emplace(*options.appendTo);
         }
-        ::sigemptyset(&m_signals);
-        ::sigaddset(&m_signals, SIGTERM);
-        ::sigaddset(&m_signals, SIGINT);
-        ::pthread_sigmask(SIG_BLOCK, &m_signals, nullptr);
-        static_cast<void>(::signal(SIGPIPE, SIG_IGN)); // a closed output is found when writing to it
     }
 
+    /// Ends when a signal has come and what had arrived by then is written out.
     void run()
     {
-        const std::uint32_t id = __zel_create_mailbox("ElogEngine", 0, "", 0);
-        if (id == noMailbox) {
+        if (__zel_create_mailbox("ElogEngine", 0, "", 0) == noMailbox) {
             throw std::runtime_error("can't create the mailbox ElogEngine; another engine may have it");
         }
-        const SignalMailbox signals(m_signals, id);
         std::cerr << "elogEngine: ready" << std::endl;
-        bool isStopping = false;
-        while (zel_msg* message = __zel_receive(nullptr, forEver, anySender, "", 0)) {
-            do {
-                if (!isStopping && signals.hasSent(message)) {
-                    isStopping = true;
-                    zel_standin_close_mailbox(); // what had arrived is still received
-                } else {
-                    take(message);
-                }
-                __zel_free(&message, "", 0);
-            } while (m_lines.size() < batchBytes && (message = __zel_receive(nullptr, 0, anySender, "", 0)) != nullptr);
-            writeOut();
-        }
+        bool isClosed = false;
+        do {
+            if (!isClosed && hasToStop != 0) {
+                isClosed = true;
+                zel_standin_close_mailbox(); // what had arrived is still received
+            }
+        } while (takeBatch() || !isClosed);
     }
 
 private:
-    void take(const zel_msg* message)
+    /// Returns  false if nothing has come.
+    bool takeBatch()
     {
-        const std::size_t size = zel_standin_size(message);
+        zel_msg* message = __zel_receive(nullptr, signalLookMs, anySender, "", 0);
+        const bool hasCome = message != nullptr;
+        std::size_t taken = 0;
+        while (message != nullptr) {
+            const std::size_t size = zel_standin_size(message);
+            take(message, size);
+            __zel_free(&message, "", 0);
+            taken += size;
+            message = taken < batchBytes ? __zel_receive(nullptr, 0, anySender, "", 0) : nullptr;
+        }
+        writeOut();
+        return hasCome;
+    }
+
+    void take(const zel_msg* message, std::size_t size)
+    {
         const std::uint32_t sender = __zel_sender(message, "", 0);
         Entry entry;
         const std::string flaw = readEntry(reinterpret_cast<const unsigned char*>(message), size, entry);
@@ -165,7 +138,6 @@ private:
 
     const bool m_json;
     std::optional<EntryFile> m_file;
-    sigset_t m_signals = {};
     std::uint64_t m_sequence = 0;
     std::string m_lines; // of entries that were received and not written yet
 };
@@ -208,6 +180,7 @@ int main(int argc, char** argv)
     if (const auto status = readOptions(argc, argv, options)) {
         return *status;
     }
+    catchSignals();
     try {
         Engine(options).run();
     } catch (const std::exception& error) {

@@ -1,20 +1,21 @@
 /// The event-log process: what it accepts, what it prints, what it keeps, and how it ends.
 #include <algorithm>
-#include <chrono>
 #include <csignal>
 #include <cstring>
+#include <deque>
 #include <filesystem>
 #include <fstream>
 #include <future>
+#include <iostream>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <unistd.h>
 #include <zel.h>
 
-#include "examples/elogEngine/entry.h"
-#include "tests/elog/numberedEntries.h"
 #include "tests/elog/testEngine.h"
 #include "tests/support/childProcess.h"
 #include "tests/support/runtimeFolder.h"
@@ -22,110 +23,57 @@
 namespace {
 
 using namespace Corvane::Testing;
-using ElogEngine::Arrival;
-using ElogEngine::Entry;
 using testing::HasSubstr;
 using testing::MatchesRegex;
 using testing::StartsWith;
 
-/// A whole message as a client sends it: with the three bytes behind the text.
-std::vector<unsigned char> messageOf(unsigned int eventId, const std::string& text,
-                                     const std::vector<unsigned int>& params)
+/// Waits for the engine, in a mailbox of the calling thread.
+///
+/// Returns  the engine's mailbox.
+std::uint32_t locateEngine(const std::string& ownName)
 {
-    std::vector<unsigned char> message = writtenBytes(eventId, text, params);
-    message.insert(message.end(), 3, 0xEE);
-    return message;
+    __zel_create_mailbox(ownName.c_str(), 0, "", 0);
+    zel_msg* message = __zel_alloc(4, 1, "", 0);
+    __zel_locate_async("ElogEngine", &message, 0xFFF00000, "", 0);
+    message = __zel_receive(nullptr, 60000, 0xFFF11111, "", 0);
+    const std::uint32_t id = __zel_sender(message, "", 0);
+    __zel_free(&message, "", 0);
+    return id;
 }
 
-std::string flawOf(const std::vector<unsigned char>& message)
+/// What the program does when it is started with "--clients <count>": as many threads, each with a mailbox of its own,
+/// wait for the engine and send it an entry. It prints "sent" when all have, and ends with standard input.
+int runClients(unsigned int count)
 {
-    Entry entry;
-    return readEntry(message.data(), message.size(), entry);
-}
-
-void setWord(std::vector<unsigned char>& message, std::size_t position, std::uint32_t word)
-{
-    std::memcpy(message.data() + position * sizeof word, &word, sizeof word);
-}
-
-TEST(ElogEngineEntry, IsReadFromAMessage)
-{
-    for (const PlainEntry& expected : edgeEntries()) {
-        const std::vector<unsigned char> message = messageOf(expected.eventId, expected.text, expected.params);
-        Entry entry;
-        ASSERT_EQ(readEntry(message.data(), message.size(), entry), "");
-        EXPECT_EQ(entry.eventId, expected.eventId);
-        EXPECT_TRUE(entry.text == expected.text);
-        EXPECT_EQ(entry.params, expected.params);
+    std::vector<std::future<void>> sent;
+    std::promise<void> end;
+    const std::shared_future<void> ended = end.get_future().share();
+    std::vector<std::thread> clients;
+    for (unsigned int client = 0; client < count; ++client) {
+        std::promise<void> hasSent;
+        sent.push_back(hasSent.get_future());
+        clients.emplace_back([client, ended, hasSent = std::move(hasSent)]() mutable {
+            const std::uint32_t id = locateEngine("Client-" + std::to_string(getpid()) + "-" + std::to_string(client));
+            const std::vector<unsigned char> bytes = messageOf(client, "one of many", {});
+            zel_msg* message = __zel_alloc(bytes.size(), 0, "", 0);
+            std::memcpy(message, bytes.data(), bytes.size());
+            __zel_send(&message, id, 0xFFF00000, "", 0);
+            hasSent.set_value();
+            ended.wait();
+        });
     }
-}
-
-TEST(ElogEngineEntry, IsNotReadFromAMessageThatAnnouncesOtherLengths)
-{
-    const std::vector<unsigned char> whole = messageOf(1, "abc", {2, 3});
-    for (std::size_t size = 0; size < whole.size(); ++size) {
-        EXPECT_NE(flawOf({whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(size)}), "") << size;
+    for (std::future<void>& one : sent) {
+        one.wait();
     }
-    auto longer = whole;
-    longer.push_back(0);
-    EXPECT_EQ(flawOf(longer), "it announces 2 parameters and a text of 3 bytes");
-
-    for (const std::uint32_t count : {0U, 1U, 3U, 0x40000002U, 0xFFFFFFFFU}) {
-        auto other = whole;
-        setWord(other, 2, count);
-        EXPECT_THAT(flawOf(other), StartsWith("it announces " + std::to_string(count))) << count;
-        other = whole;
-        setWord(other, 3, count == 3 ? 4 : count);
-        EXPECT_THAT(flawOf(other), StartsWith("it announces 2 parameters")) << count;
+    std::cout << "sent" << std::endl;
+    std::string line;
+    while (std::getline(std::cin, line)) {
     }
-}
-
-TEST(ElogEngineEntry, IsNotReadFromAMessageOfAnotherKind)
-{
-    auto message = messageOf(1, "abc", {});
-    setWord(message, 0, 0x17070D0);
-    EXPECT_EQ(flawOf(message), "it has another message number");
-    EXPECT_EQ(flawOf({}), "it has another message number");
-    message = messageOf(1, "abc", {});
-    message[19] = 'd';
-    EXPECT_EQ(flawOf(message), "its text doesn't end in NUL");
-    EXPECT_EQ(flawOf({message.begin(), message.begin() + 19}), "it is shorter than an entry");
-}
-
-TEST(ElogEngineEntry, IsWrittenAsALineOfText)
-{
-    const Arrival arrival = {std::chrono::system_clock::time_point(std::chrono::microseconds(1700000000000042)), 77, 5};
-    EXPECT_EQ(asText(arrival, {1007, {11, 4294967295}, "carrier \"3\" down"}),
-              "2023-11-14T22:13:20.000042Z #5 sender 77 event 1007 [11,4294967295] \"carrier \\\"3\\\" down\"");
-    EXPECT_EQ(asText(arrival, {0, {}, ""}), "2023-11-14T22:13:20.000042Z #5 sender 77 event 0 [] \"\"");
-}
-
-TEST(ElogEngineEntry, IsWrittenAsALineOfJson)
-{
-    using namespace std::string_literals;
-    const Arrival arrival = {std::chrono::system_clock::time_point(std::chrono::microseconds(1700000000999999)), 77, 5};
-    EXPECT_EQ(asJson(arrival, {1007, {11}, "a\"\\\n\t\0\x7F"s}),
-              R"({"time":"2023-11-14T22:13:20.999999Z","sequence":5,"sender":77,"eventId":1007,"params":[11],)"
-              R"("text":"a\"\\\n\u0009\u0000\u007f"})");
-}
-
-TEST(ElogEngineEntry, KeepsUtf8AndReplacesWhatIsNone)
-{
-    const auto textOf = [](const std::string& text) {
-        const std::string line = ElogEngine::asJson({}, {0, {}, text});
-        const std::size_t start = line.find("\"text\":\"") + 8;
-        return line.substr(start, line.size() - start - 2);
-    };
-    const std::string good = "\xC2\x80 \xC3\xA4 \xE2\x82\xAC \xED\x9F\xBF \xF0\x9F\x93\xA1 \xF4\x8F\xBF\xBF";
-    EXPECT_EQ(textOf(good), good);
-    EXPECT_EQ(textOf("\x80"), "\\ufffd");
-    EXPECT_EQ(textOf("\xC0\x80"), "\\ufffd\\ufffd");                         // too long a form
-    EXPECT_EQ(textOf("\xE0\x9F\xBF"), "\\ufffd\\ufffd\\ufffd");              // likewise
-    EXPECT_EQ(textOf("\xED\xA0\x80"), "\\ufffd\\ufffd\\ufffd");              // half a pair
-    EXPECT_EQ(textOf("\xF4\x90\x80\x80."), "\\ufffd\\ufffd\\ufffd\\ufffd."); // past the last character
-    EXPECT_EQ(textOf("\xE2\x82"), "\\ufffd\\ufffd");                         // cut off
-    EXPECT_EQ(textOf("\xE2x"), "\\ufffdx");
-    EXPECT_EQ(textOf("\xFF"), "\\ufffd");
+    end.set_value();
+    for (std::thread& client : clients) {
+        client.join();
+    }
+    return 0;
 }
 
 class ElogEngineProcess : public testing::Test
@@ -198,19 +146,32 @@ TEST_F(ElogEngineProcess, ReadsWhatHadArrivedBeforeItEnds)
     EXPECT_THAT(content, HasSubstr(" #101 "));
 }
 
+TEST_F(ElogEngineProcess, EndsOnASignalThoughMoreClientsAreConnectedThanItHasPlacesFor)
+{
+    std::deque<Companion> clients; // 520 that wait for the engine, which takes 512 connections
+    for (int process = 0; process < 8; ++process) {
+        clients.emplace_back(std::vector<std::string>{"/proc/self/exe", "--clients", "65"}, std::vector<std::string>());
+    }
+    Companion engine({CORVANE_ELOG_ENGINE}, {});
+    for (Companion& client : clients) {
+        EXPECT_EQ(client.readLine(), "sent");
+    }
+    EXPECT_THAT(engine.readLine(), HasSubstr(" #1 "));
+    kill(engine.pid(), SIGTERM);
+    EXPECT_EQ(engine.finish(), 0);
+    for (Companion& client : clients) {
+        EXPECT_EQ(client.finish(), 0);
+    }
+}
+
 TEST_F(ElogEngineProcess, SurvivesMessagesThatAreNoEntries)
 {
     Companion engine({CORVANE_ELOG_ENGINE}, {});
     std::async(std::launch::async, [] {
-        __zel_create_mailbox("Stranger", 0, "", 0);
-        zel_msg* message = __zel_alloc(4, 1, "", 0);
-        __zel_locate_async("ElogEngine", &message, 0xFFF00000, "", 0);
-        message = __zel_receive(nullptr, 60000, 0xFFF11111, "", 0);
-        const std::uint32_t id = __zel_sender(message, "", 0);
-        __zel_free(&message, "", 0);
-        for (const std::uint32_t number : {1U, 0x17070D0U, 0x17070D1U}) { // the first is what tells the engine to end
+        const std::uint32_t id = locateEngine("Stranger");
+        for (const std::uint32_t number : {1U, 0x17070D0U, 0x17070D1U}) {
             for (const std::size_t size : {std::size_t{4}, std::size_t{20}, std::size_t{1} << 20U}) {
-                message = __zel_alloc(size, number, "", 0);
+                zel_msg* message = __zel_alloc(size, number, "", 0);
                 std::memset(reinterpret_cast<unsigned char*>(message) + 4, 0xAA, size - 4);
                 __zel_send(&message, id, 0xFFF00000, "", 0);
             }
@@ -259,3 +220,12 @@ TEST_F(ElogEngineProcess, ExplainsItself)
 }
 
 } // namespace
+
+int main(int argc, char** argv)
+{
+    if (argc == 3 && std::string(argv[1]) == "--clients") {
+        return runClients(static_cast<unsigned int>(std::stoul(argv[2])));
+    }
+    testing::InitGoogleTest(&argc, argv);
+    return RUN_ALL_TESTS();
+}

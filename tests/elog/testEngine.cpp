@@ -78,6 +78,14 @@ std::vector<unsigned char> writtenBytes(unsigned int eventId, const std::string&
     return bytes;
 }
 
+std::vector<unsigned char> messageOf(unsigned int eventId, const std::string& text,
+                                     const std::vector<unsigned int>& params)
+{
+    std::vector<unsigned char> message = writtenBytes(eventId, text, params);
+    message.insert(message.end(), unwrittenBytes, 0xEE);
+    return message;
+}
+
 int runEngine(unsigned long expected, unsigned long pause)
 {
     if (!becomeEngine()) {

@@ -29,6 +29,10 @@ ReceivedEntry receiveEntry();
 std::vector<unsigned char> writtenBytes(unsigned int eventId, const std::string& text,
                                         const std::vector<unsigned int>& params);
 
+/// Returns  a whole message as the client sends it: with the three bytes behind the text.
+std::vector<unsigned char> messageOf(unsigned int eventId, const std::string& text,
+                                     const std::vector<unsigned int>& params);
+
 /// What the program does when it is started with "--engine <expected> <pause>": it prints "created", "flowing" when a
 /// thousand numbered entries have come, and when `expected` have come "complete" or what was wrong. It pauses `pause`
 /// microseconds after each. It ends with standard input.
