@@ -28,7 +28,7 @@ constexpr const char* help =
     "  --help         print this\n"
     "\n"
     "Messages that are no entries are dropped and reported on standard error. Exit status: 0 after a signal, 1 if\n"
-    "the mailbox exists already or a line can't be written, 2 for wrong options.\n";
+    "another process has the mailbox, FILE can't be opened or a line can't be written, 2 for wrong options.\n";
 
 constexpr std::uint32_t noMailbox = 0xFFFFFFFF;
 constexpr std::uint32_t anySender = 0xFFF11111;

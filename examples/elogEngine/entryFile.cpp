@@ -67,7 +67,7 @@ void EntryFile::append(const std::string& lines)
         }
         written += static_cast<std::size_t>(checked(result, m_path));
     }
-    if (::fsync(m_fd) != 0 && errno != EINVAL) { // invalid for a pipe or a terminal, which has no disk
+    if (::fdatasync(m_fd) != 0 && errno != EINVAL) { // invalid for a pipe or a terminal, which has no disk
         checked(-1, m_path);
     }
 }

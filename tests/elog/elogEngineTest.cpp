@@ -23,6 +23,7 @@
 namespace {
 
 using namespace Corvane::Testing;
+using testing::EndsWith;
 using testing::HasSubstr;
 using testing::MatchesRegex;
 using testing::StartsWith;
@@ -195,12 +196,51 @@ TEST_F(ElogEngineProcess, EndsWhenThereIsAnotherEngine)
 
 TEST_F(ElogEngineProcess, EndsWhenItCanNotKeepItsPromise)
 {
-    EXPECT_EQ(runProgram({CORVANE_ELOG_ENGINE, "--append", m_folder.path() / "no" / "log"}).status, 1);
-    if (std::filesystem::exists("/dev/full")) {
-        Companion engine({CORVANE_ELOG_ENGINE, "--append", "/dev/full"}, {});
-        writeEntries("write 1 1");
-        EXPECT_EQ(engine.readLine(), "");
+    const ProgramResult result = runProgram({CORVANE_ELOG_ENGINE, "--append", m_folder.path() / "no" / "log"});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_THAT(result.err, EndsWith("/no/log: No such file or directory\n"));
+}
+
+TEST_F(ElogEngineProcess, EndsWhenTheDiskIsFullAndPrintsNothingThatIsNotOnIt)
+{
+    Companion engine({CORVANE_ELOG_ENGINE, "--append", "/dev/full"}, {});
+    writeEntries("write 1 1");
+    EXPECT_EQ(engine.readLine(), "");
+    EXPECT_EQ(engine.finish(), 1);
+}
+
+TEST_F(ElogEngineProcess, LeavesALineCutOffWhereTheFileIsFullAndGoesOnBehindIt)
+{
+    const std::string log = m_folder.path() / "log";
+    std::string printed;
+    {
+        // A file of 1 KiB at most takes a part of the lines.
+        Companion engine({"bash", "-c", R"(ulimit -f 1; exec "$0" --append "$1")", CORVANE_ELOG_ENGINE, log}, {});
+        writeEntries("write 1 100");
+        for (std::string line; !(line = engine.readLine()).empty();) {
+            printed += line + "\n";
+        }
         EXPECT_EQ(engine.finish(), 1);
+    }
+    const std::string full = contentOf("log");
+    EXPECT_EQ(full.size(), 1024U);
+    EXPECT_NE(full.back(), '\n');
+    EXPECT_THAT(full, StartsWith(printed));
+    Companion engine({CORVANE_ELOG_ENGINE, "--append", log}, {});
+    writeEntries("write 1 1");
+    const std::string line = engine.readLine();
+    EXPECT_THAT(line, HasSubstr("entry 0 of thread 0"));
+    EXPECT_EQ(contentOf("log"), full + "\n" + line + "\n");
+    kill(engine.pid(), SIGTERM);
+    EXPECT_EQ(engine.finish(), 0);
+}
+
+TEST_F(ElogEngineProcess, EndsWhenNobodyTakesItsLines)
+{
+    for (const std::string output : {">/dev/full", ">&-"}) {
+        Companion engine({"bash", "-c", R"(exec "$0" )" + output, CORVANE_ELOG_ENGINE}, {});
+        writeEntries("write 1 1");
+        EXPECT_EQ(engine.finish(), 1) << output;
     }
 }
 
@@ -209,6 +249,7 @@ TEST_F(ElogEngineProcess, ExplainsItself)
     const ProgramResult help = runProgram({CORVANE_ELOG_ENGINE, "--help"});
     EXPECT_EQ(help.status, 0);
     EXPECT_THAT(help.out, StartsWith("Usage: elogEngine [--json] [--append FILE]\n"));
+    EXPECT_EQ(help.err, "");
     for (const std::vector<std::string>& wrong :
          {std::vector<std::string>{"--wrong"}, {"--append"}, {"word"}, {"--json=1"}}) {
         std::vector<std::string> command = {CORVANE_ELOG_ENGINE};
