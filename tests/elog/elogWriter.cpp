@@ -4,16 +4,25 @@
 ///     write <threads> <count>  every thread writes that many numbered entries     -> written
 ///     edges                    writes the entries at the edges                    -> written
 ///     bulk <count>             writes entries of 1 KiB                            -> written
+///     big <count>              writes numbered entries of 1 MiB                   -> written
 ///     settle                   waits until the client holds none of them any more -> settled
+///     files                    counts the open files                              -> <count>
 #include <atomic>
+#include <cstddef>
+#include <filesystem>
 #include <iostream>
+#include <iterator>
 #include <sstream>
 #include <string>
 #include <thread>
 #include <vector>
 
 #include <elog/elogIf.h>
+#ifdef CORVANE_TEST_SANITIZED
+#include <sanitizer/allocator_interface.h>
+#else
 #include <malloc.h>
+#endif
 
 #include "tests/elog/numberedEntries.h"
 
@@ -41,10 +50,20 @@ void write(unsigned int threadCount, unsigned int entryCount)
     }
 }
 
+/// Returns  the bytes of memory that are allocated and not freed.
 std::size_t usedMemory()
 {
+#ifdef CORVANE_TEST_SANITIZED // the sanitizers allocate in their own way, of which the C library knows nothing
+    return __sanitizer_get_current_allocated_bytes();
+#else
     const struct mallinfo2 memory = ::mallinfo2();
     return memory.uordblks + memory.hblkhd;
+#endif
+}
+
+std::ptrdiff_t openFiles()
+{
+    return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});
 }
 
 } // namespace
@@ -73,11 +92,18 @@ int main()
                 ElogIf::getInstance().elogWrite(number, text, {});
             }
             std::cout << "written" << std::endl;
+        } else if (command == "big") {
+            for (unsigned int number = 0; number < first; ++number) {
+                ElogIf::getInstance().elogWrite(0, bigTextOfEntry(number), {number});
+            }
+            std::cout << "written" << std::endl;
         } else if (command == "settle") {
             while (usedMemory() > memoryAtStart + (std::size_t{1} << 20U)) {
                 std::this_thread::yield();
             }
             std::cout << "settled" << std::endl;
+        } else if (command == "files") {
+            std::cout << openFiles() << std::endl;
         }
     }
     return 0;

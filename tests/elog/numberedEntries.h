@@ -3,6 +3,8 @@
 #ifndef CORVANE_TESTS_ELOG_NUMBEREDENTRIES_H
 #define CORVANE_TESTS_ELOG_NUMBEREDENTRIES_H
 
+#include <cstddef>
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -11,6 +13,18 @@ namespace Corvane::Testing {
 inline std::string textOfEntry(unsigned int thread, unsigned int number)
 {
     return "entry " + std::to_string(number) + " of thread " + std::to_string(thread) + std::string(number % 50, '.');
+}
+
+/// 1 MiB, more than a socket holds: no part of it is like another, or like that of another number.
+inline std::string bigTextOfEntry(unsigned int number)
+{
+    std::string text(std::size_t{1} << 20U, '\0');
+    std::uint32_t state = number * 2U + 1U;
+    for (char& c : text) {
+        state = state * 1664525U + 1013904223U;
+        c = static_cast<char>(state >> 24U);
+    }
+    return text;
 }
 
 struct PlainEntry
