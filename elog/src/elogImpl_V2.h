@@ -26,10 +26,13 @@ public:
     void elogWrite(unsigned int eventId, const std::string& text, const std::vector<unsigned int>& params) override;
 
 private:
+    friend struct ElogTestAccess;
+
     // On the active object's thread, which alone touches elogEngineMbox.
     void aoInit();
     void aoElogWrite(unsigned int eventId, const std::string& text, const std::vector<unsigned int>& params) const;
 
+    // The order of the members is relied upon.
     std::shared_ptr<Pindle::ActiveObject::V1::ActiveObjectIf> activeObject;
     std::uint32_t elogEngineMbox;
 };
