@@ -257,6 +257,19 @@ TEST_F(ElogFlow, LetsAnApplicationUnloadTheLibraryThatHasNotStartedTheClient)
     EXPECT_EQ(result.out, "unloaded\n");
 }
 
+TEST_F(ElogFlow, StartsOnOneThreadWhileAnotherLoadsAPluginThatStartsItToo)
+{
+    onThread([] {
+        ASSERT_TRUE(becomeEngine());
+        const ProgramResult result = runProgram({CORVANE_ELOG_PLUGIN_HOST, CORVANE_ELOG_PLUGIN}); // or it hangs
+        EXPECT_EQ(result.status, 0) << result.err;
+        EXPECT_EQ(result.out, "loaded\n");
+        EXPECT_THAT((std::vector{receiveEntry().written, receiveEntry().written}),
+                    testing::UnorderedElementsAre(writtenBytes(1, "from the application", {}),
+                                                  writtenBytes(2, "from the plug-in", {})));
+    });
+}
+
 } // namespace
 
 int main(int argc, char** argv)

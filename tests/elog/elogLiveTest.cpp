@@ -20,6 +20,13 @@ RecordedEvent info(const std::string& line, const std::string& msg)
     return {"INFO", "TRACE_INFO (6)", {{"file", "src/elogImpl_V2.cpp"}, {"line", line}, {"msg", msg}}};
 }
 
+auto areOfThreeThreads()
+{
+    return testing::UnorderedElementsAre(info("98", "ABN: Discarding elog write for eventId: 0"),
+                                         info("98", "ABN: Discarding elog write for eventId: 1"),
+                                         info("98", "ABN: Discarding elog write for eventId: 2"));
+}
+
 class ElogReports : public testing::Test
 {
 protected:
@@ -63,10 +70,7 @@ TEST_F(ElogReports, SayOnceThatTheMailboxIsTakenAndThenEveryEntryThatIsDiscarded
         ASSERT_EQ(events.size(), 5U);
         EXPECT_EQ(events[0], info("59", "ABN: Failed to create ZEL mailbox: ElogEngineClient"));
         EXPECT_EQ(events[1], info("98", "ABN: Discarding elog write for eventId: 0"));
-        EXPECT_THAT((std::vector<RecordedEvent>(events.begin() + 2, events.end())),
-                    testing::UnorderedElementsAre(info("98", "ABN: Discarding elog write for eventId: 0"),
-                                                  info("98", "ABN: Discarding elog write for eventId: 1"),
-                                                  info("98", "ABN: Discarding elog write for eventId: 2")));
+        EXPECT_THAT((std::vector<RecordedEvent>(events.begin() + 2, events.end())), areOfThreeThreads());
     }).get();
 }
 
@@ -78,6 +82,7 @@ TEST_F(ElogReports, SayAtEachTimeoutThatTheEngineIsAbsentAndThatAnEntryFoundNoMe
         EXPECT_EQ(events[timeout], info("71", "ABN: 'ElogEngine' not available. Still waiting ..."));
     }
     EXPECT_EQ(events[3], info("98", "ABN: Discarding elog write for eventId: 0"));
+    EXPECT_THAT((std::vector<RecordedEvent>(events.begin() + 4, events.end())), areOfThreeThreads());
 }
 
 } // namespace
