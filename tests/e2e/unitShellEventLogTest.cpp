@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include "tests/e2e/shellSession.h"
+#include "tests/elog/testEngine.h"
 #include "tests/support/childProcess.h"
 #include "tests/support/runtimeFolder.h"
 
@@ -20,6 +21,8 @@ using testing::ElementsAre;
 class UnitShellEventLog : public testing::Test
 {
 protected:
+    void SetUp() override { Corvane::Testing::waitForEngine(); } // the shell doesn't
+
     /// Runs the shell on `input`, whose answers must be `answers`.
     void type(const std::string& input, const std::string& answers)
     {

@@ -4,7 +4,6 @@
 #include <map>
 #include <set>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include <gmock/gmock.h>
@@ -24,9 +23,7 @@ using namespace Corvane::Testing;
 class Writer : public Companion
 {
 public:
-    Writer() : Writer(std::vector<std::string>{}) {}
-    /// `wrapper` is a program, with its arguments, that runs the writer.
-    explicit Writer(std::vector<std::string> wrapper) : Companion(withWriter(std::move(wrapper)), {}) {}
+    Writer() : Companion({CORVANE_ELOG_WRITER}, {}) {}
 
     void write(const std::string& command)
     {
@@ -40,16 +37,13 @@ public:
         return std::stol(readLine());
     }
 
-private:
-    static std::vector<std::string> withWriter(std::vector<std::string> wrapper)
+    /// Kills it when it doesn't end in far less time than it gives an engine that has stopped reading.
+    void hurry()
     {
-        wrapper.emplace_back(CORVANE_ELOG_WRITER);
-        return wrapper;
+        writeLine("hurry 3");
+        EXPECT_EQ(readLine(), "hurrying");
     }
 };
-
-/// Far below the time for which a client waits at its end for an engine that has stopped reading.
-const std::vector<std::string> endsWithinThreeSeconds = {"timeout", "--signal=KILL", "3"};
 
 class Engine : public Companion
 {
@@ -205,7 +199,8 @@ TEST_F(ElogFlow, NeverBlocksAWriterWhoseEngineNeverReads)
 
 TEST_F(ElogFlow, EndsAtOnceWithoutAnEngine)
 {
-    Writer writer(endsWithinThreeSeconds);
+    Writer writer;
+    writer.hurry();
     writer.write("write 8 1000");
     EXPECT_EQ(writer.finish(), 0);
 }
@@ -214,7 +209,8 @@ TEST_F(ElogFlow, EndsAtOnceWhenItsMailboxIsTaken)
 {
     onThread([] {
         EXPECT_NE(__zel_create_mailbox("ElogEngineClient", 0, "", 0), 0xFFFFFFFF);
-        Writer writer(endsWithinThreeSeconds);
+        Writer writer;
+        writer.hurry();
         writer.write("write 8 1000");
         EXPECT_EQ(writer.finish(), 0);
     });

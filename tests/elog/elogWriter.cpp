@@ -7,6 +7,7 @@
 ///     big <count>              writes numbered entries of 1 MiB                   -> written
 ///     settle                   waits until the client holds none of them any more -> settled
 ///     files                    counts the open files                              -> <count>
+///     hurry <seconds>          is killed unless it ends within that time          -> hurrying
 #include <atomic>
 #include <cstddef>
 #include <filesystem>
@@ -19,6 +20,7 @@
 
 #include <elog/elogIf.h>
 #include <malloc.h>
+#include <unistd.h>
 
 #include "tests/elog/numberedEntries.h"
 
@@ -104,6 +106,9 @@ int main()
             std::cout << "settled" << std::endl;
         } else if (command == "files") {
             std::cout << openFiles() << std::endl;
+        } else if (command == "hurry") {
+            ::alarm(first);
+            std::cout << "hurrying" << std::endl;
         }
     }
     return 0;

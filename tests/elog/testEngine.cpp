@@ -5,6 +5,7 @@
 #include <chrono>
 #include <cstdint>
 #include <cstring>
+#include <future>
 #include <iostream>
 #include <map>
 #include <stdexcept>
@@ -49,6 +50,25 @@ void pauseFor(std::chrono::microseconds duration)
 bool becomeEngine()
 {
     return __zel_create_mailbox("ElogEngine", 0, "", 0) != 0xFFFFFFFF;
+}
+
+unsigned int locateEngine(const std::string& ownName)
+{
+    __zel_create_mailbox(ownName.c_str(), 0, "", 0);
+    zel_msg* message = __zel_alloc(4, 1, "", 0);
+    __zel_locate_async("ElogEngine", &message, 0xFFF00000, "", 0);
+    message = __zel_receive(nullptr, 60000, 0xFFF11111, "", 0);
+    if (message == nullptr) {
+        throw std::runtime_error("there was no engine for a minute");
+    }
+    const unsigned int id = __zel_sender(message, "", 0);
+    __zel_free(&message, "", 0);
+    return id;
+}
+
+void waitForEngine()
+{
+    std::async(std::launch::async, [] { locateEngine("WaitsForEngine"); }).get();
 }
 
 ReceivedEntry receiveEntry()

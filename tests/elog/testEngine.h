@@ -1,4 +1,4 @@
-/// An event-log engine for tests: receives messages and looks at every byte.
+/// The engine's side of the event log for tests: receives messages and looks at every byte, or waits for an engine.
 #ifndef CORVANE_TESTS_ELOG_TESTENGINE_H
 #define CORVANE_TESTS_ELOG_TESTENGINE_H
 
@@ -21,6 +21,14 @@ struct ReceivedEntry
 ///
 /// Returns  false if there is another one.
 bool becomeEngine();
+
+/// Waits, in a new mailbox of the calling thread, until there is an engine.
+///
+/// Returns  the engine's mailbox.
+unsigned int locateEngine(const std::string& ownName);
+
+/// Does so on a thread of its own: a client that ends before there is an engine drops what was written.
+void waitForEngine();
 
 /// Waits for the next message, up to a minute.
 ReceivedEntry receiveEntry();
