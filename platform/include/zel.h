@@ -9,8 +9,9 @@
 /// library may do differently, the choice is marked "Stand-in".
 ///
 /// Stand-in  connects the processes of one user on one machine that have the same XDG_RUNTIME_DIR (/tmp if there is
-///           none): their meeting point is the folder zel-<uid> in it. A child made by fork() without exec() keeps the
-///           mailboxes of its parent alive.
+///           none): their meeting point is the folder zel-<uid> in it. The mailboxes of a process are not those of a
+///           child made by fork(): each of the child's threads has none until it creates one. While the child has
+///           neither ended nor come to exec(), it keeps the names of its parent taken if that is killed.
 /// Threads   any; each call is about the calling thread's own mailbox. A message belongs to one thread at a time.
 /// Errors    nothing is thrown.
 #ifndef ZEL_H

@@ -1,14 +1,20 @@
 /// What the stand-in for libpindle chose where its contract says "Stand-in".
 #include <array>
+#include <atomic>
 #include <chrono>
+#include <cstdlib>
 #include <future>
+#include <iostream>
 #include <memory>
 #include <string>
+#include <thread>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <pindle/activeObjectIf.h>
 #include <pthread.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 namespace {
 
@@ -67,6 +73,40 @@ TEST(PindleStandin, WaitsForAnInitialJobThatIsBusy)
     object.reset();
     EXPECT_TRUE(initialised);
     EXPECT_TRUE(ran);
+}
+
+std::shared_ptr<ActiveObjectIf>& ownedToTheEnd()
+{
+    static std::shared_ptr<ActiveObjectIf> owner;
+    return owner;
+}
+
+TEST(PindleStandin, DoesNotHoldUpTheEndOfAForkedChildThatHasNoneOfItsThreads)
+{
+    std::promise<void> initialised;
+    ownedToTheEnd() = ActiveObjectIf::create([&] { initialised.set_value(); }, SchedulingPolicy::Inherited);
+    initialised.get_future().wait();
+    std::atomic<bool> isOver{false};
+    std::thread producer([&] { // so that a child finds the object's lock taken, sooner or later
+        while (!isOver) {
+            ownedToTheEnd()->post([] {});
+        }
+    });
+    std::cout.flush();
+    for (int round = 0; round < 50; ++round) {
+        const pid_t child = ::fork();
+        if (child == 0) {
+            ::alarm(3); // seconds; the end waits five for jobs that don't end
+            ownedToTheEnd()->post([] {});
+            std::exit(0);
+        }
+        int status = -1;
+        ::waitpid(child, &status, 0);
+        EXPECT_EQ(status, 0);
+    }
+    isOver = true;
+    producer.join();
+    ownedToTheEnd().reset();
 }
 
 } // namespace

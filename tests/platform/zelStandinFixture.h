@@ -28,6 +28,17 @@ inline std::uint32_t create(const std::string& name)
     return __zel_create_mailbox(name.c_str(), 0, "", 0);
 }
 
+/// Returns  the mailbox of that name, or noMailbox if there is none at the moment.
+inline std::uint32_t find(const std::string& name)
+{
+    zel_msg* reply = __zel_alloc(4, 0x2300, "", 0);
+    __zel_locate_async(name.c_str(), &reply, Conformance::ownMailbox, "", 0);
+    reply = Conformance::receive(0x2300, 0);
+    const std::uint32_t id = __zel_sender(reply, "", 0);
+    __zel_free(&reply, "", 0);
+    return id;
+}
+
 /// Runs on a thread of its own, whose mailbox ends with it.
 template <typename Action>
 auto onThread(const Action& action)

@@ -28,6 +28,7 @@ public:
     /// Queues a job. Returns at once: it waits neither for a running job nor for a long queue. What a job throws ends
     /// the process, as an exception does that leaves any thread.
     ///
+    /// Stand-in  a child made by fork() has none of its parent's threads: there the job is dropped.
     /// Requires  `job` is not empty.
     /// Errors    std::bad_alloc.
     /// Owns      the job, until it has run.
@@ -38,9 +39,9 @@ public:
     /// where it is. A job may release the last owner; the release then returns at once, and the rest follows.
     ///
     /// Stand-in  the initial job is blocked when its thread is found asleep for some 10 ms. The release waits for as
-    /// long
-    ///           as jobs end; when none has ended for 5 s it gives up, as with a blocked initial job. A thread that is
-    ///           left alone runs no further job.
+    ///           long as jobs end, however many there are; when none has ended for 5 s it gives up, as with a blocked
+    ///           initial job. A thread that is left alone runs no further job. In a child made by fork() the release
+    ///           returns at once, and no job runs.
     virtual ~ActiveObjectIf();
 
     /// Starts an active object.

@@ -5,8 +5,8 @@
 #include <chrono>
 #include <condition_variable>
 #include <cstdint>
-#include <cstdio>
 #include <deque>
+#include <fstream>
 #include <mutex>
 #include <string>
 #include <thread>
@@ -40,16 +40,14 @@ struct Shared
     bool isOver = false;         // the thread has run its last job
 };
 
-/// Returns  whether the kernel says that the thread sleeps.
+/// Returns  whether the kernel says that the thread sleeps. What can't be seen isn't waited for.
 bool isAsleep(pid_t threadId)
 {
-    const std::string path = "/proc/self/task/" + std::to_string(threadId) + "/stat";
-    const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(path.c_str(), "re"), &std::fclose);
-    char state = 'S'; // what can't be seen isn't waited for
-    if (file != nullptr && std::fscanf(file.get(), "%*d (%*[^)]) %c", &state) != 1) {
-        state = 'S';
-    }
-    return state == 'S';
+    std::ifstream file("/proc/self/task/" + std::to_string(threadId) + "/stat");
+    std::string line;
+    std::getline(file, line);
+    const std::size_t name = line.rfind(')'); // a thread's name may have some of its own
+    return name == std::string::npos || line.compare(name, 3, ") S") == 0;
 }
 
 void runJobs(const std::shared_ptr<Shared>& shared)
@@ -81,10 +79,10 @@ public:
     explicit ActiveObject(const Job& init) : m_shared(std::make_shared<Shared>())
     {
         static std::atomic<unsigned int> count{0};
+        const std::string name = ("pindle-" + std::to_string(++count)).substr(0, 15);
         m_shared->initialJob = init;
-        m_thread = std::thread(runJobs, m_shared);
-        const std::string name = "pindle-" + std::to_string(++count);
-        ::pthread_setname_np(m_thread.native_handle(), name.substr(0, 15).c_str());
+        m_thread = std::make_unique<std::thread>(runJobs, m_shared);
+        ::pthread_setname_np(m_thread->native_handle(), name.c_str()); // nothing may fail from here on
     }
 
     ActiveObject(const ActiveObject&) = delete;
@@ -92,32 +90,43 @@ public:
 
     ~ActiveObject() override
     {
+        if (isInherited()) {
+            static_cast<void>(m_thread.release()); // it can't be joined, and its number may be another thread's by now
+            return;
+        }
         std::unique_lock<std::mutex> lock(m_shared->mutex);
         m_shared->isReleased = true;
         m_shared->changed.notify_all();
-        if (m_thread.get_id() == std::this_thread::get_id()) {
-            m_thread.detach();
+        if (m_thread->get_id() == std::this_thread::get_id()) {
+            m_thread->detach();
             return;
         }
         if (waitForInitialJob(lock) && waitForJobs(lock)) {
             lock.unlock();
-            m_thread.join();
+            m_thread->join();
             return;
         }
         m_shared->isLeftAlone = true;
         const std::deque<Job> dropped = std::exchange(m_shared->jobs, {});
         lock.unlock();
-        m_thread.detach();
+        m_thread->detach();
     }
 
     void post(Job job) override
     {
+        if (isInherited()) {
+            return;
+        }
         const std::lock_guard<std::mutex> lock(m_shared->mutex);
         m_shared->jobs.push_back(std::move(job));
         m_shared->changed.notify_all();
     }
 
 private:
+    /// Returns  whether this process is a child made by fork(). It doesn't have the thread, which may have held the
+    ///          lock, and so would hold it for ever.
+    bool isInherited() const { return ::getpid() != m_process; }
+
     /// Returns  false if the initial job is blocked, or doesn't come to an end.
     bool waitForInitialJob(std::unique_lock<std::mutex>& lock)
     {
@@ -144,8 +153,9 @@ private:
         }
     }
 
+    const pid_t m_process = ::getpid();
     const std::shared_ptr<Shared> m_shared;
-    std::thread m_thread;
+    std::unique_ptr<std::thread> m_thread;
 };
 
 } // namespace

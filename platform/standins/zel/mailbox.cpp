@@ -51,7 +51,9 @@ Mailbox::Mailbox(MeetingPoint meetingPoint, std::string name, Address address)
 
 Mailbox::~Mailbox()
 {
-    close();
+    if (!isInherited()) {
+        close();
+    }
 }
 
 void Mailbox::close()
@@ -60,6 +62,7 @@ void Mailbox::close()
         return;
     }
     m_isClosed = true;
+    ::shutdown(m_address.listener.get(), SHUT_RDWR);
     acceptAll();
     m_meetingPoint.releaseName(m_name, m_address);
     for (Incoming& connection : m_incoming) {

@@ -15,6 +15,8 @@
 #include <vector>
 
 #include <poll.h>
+#include <sys/types.h>
+#include <unistd.h>
 
 #include "incoming.h"
 #include "locator.h"
@@ -43,6 +45,9 @@ public:
     ~Mailbox();
 
     std::uint32_t id() const { return m_address.id; }
+    /// Returns  whether this process is a child made by fork(). The mailbox is the parent's then: the child may destroy
+    ///          its copy, which closes the descriptors, and do nothing else with it.
+    bool isInherited() const { return ::getpid() != m_process; }
     void locate(std::string name, Message reply);
     Message receive(const Filter& filter, std::uint32_t timeoutMs);
     void send(Message message, std::uint32_t to);
@@ -68,6 +73,7 @@ private:
     void boundPartialMessages();
     bool sendOn(int connection, zel_msg* message) const;
 
+    const pid_t m_process = ::getpid();
     const MeetingPoint m_meetingPoint;
     const std::string m_name;
     Address m_address;

@@ -19,6 +19,15 @@ constexpr std::uint32_t ownMailbox = 0xFFF00000U;
 // Of the thread's life, and nothing of the process's: a thread may still wait in here while the process ends.
 thread_local std::unique_ptr<Zel::Mailbox> t_mailbox;
 
+/// Returns  the calling thread's mailbox; null if it has none.
+Zel::Mailbox* mailbox()
+{
+    if (t_mailbox != nullptr && t_mailbox->isInherited()) {
+        t_mailbox.reset();
+    }
+    return t_mailbox.get();
+}
+
 Message takeOver(zel_msg** message)
 {
     return message == nullptr ? Message() : Message(std::exchange(*message, nullptr));
@@ -40,7 +49,7 @@ std::uint32_t __zel_create_mailbox(const char* name, std::uint32_t flags, const 
 {
     std::uint32_t id = Zel::noMailbox;
     withoutExceptions([&] {
-        if (name == nullptr || flags != 0 || t_mailbox != nullptr) {
+        if (name == nullptr || flags != 0 || mailbox() != nullptr) {
             return;
         }
         t_mailbox = Zel::Mailbox::create(name);
@@ -66,7 +75,7 @@ zel_msg* __zel_alloc(std::size_t size, std::uint32_t msgNo, const char* /*file*/
 void __zel_locate_async(const char* name, zel_msg** reply, std::uint32_t from, const char* /*file*/, int /*line*/)
 {
     Message message = takeOver(reply);
-    if (name != nullptr && message != nullptr && from == ownMailbox && t_mailbox != nullptr) {
+    if (name != nullptr && message != nullptr && from == ownMailbox && mailbox() != nullptr) {
         withoutExceptions([&] { t_mailbox->locate(name, std::move(message)); });
     }
 }
@@ -75,7 +84,7 @@ zel_msg* __zel_receive(const std::uint32_t* filter, std::uint32_t timeoutMs, std
                        int /*line*/)
 {
     Message message;
-    if (t_mailbox != nullptr) {
+    if (mailbox() != nullptr) {
         withoutExceptions([&] { message = t_mailbox->receive({filter, from}, timeoutMs); });
     }
     return message.release();
@@ -94,7 +103,7 @@ void __zel_free(zel_msg** msg, const char* /*file*/, int /*line*/)
 void __zel_send(zel_msg** msg, std::uint32_t to, std::uint32_t from, const char* /*file*/, int /*line*/)
 {
     Message message = takeOver(msg);
-    if (message != nullptr && from == ownMailbox && t_mailbox != nullptr) {
+    if (message != nullptr && from == ownMailbox && mailbox() != nullptr) {
         withoutExceptions([&] { t_mailbox->send(std::move(message), to); });
     }
 }
@@ -106,7 +115,7 @@ std::size_t zel_standin_size(const zel_msg* msg)
 
 void zel_standin_close_mailbox()
 {
-    if (t_mailbox != nullptr) {
+    if (mailbox() != nullptr) {
         withoutExceptions([] { t_mailbox->close(); });
     }
 }
