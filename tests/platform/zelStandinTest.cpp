@@ -2,6 +2,8 @@
 #include <algorithm>
 #include <cstdint>
 #include <filesystem>
+#include <future>
+#include <iterator>
 #include <string>
 #include <thread>
 #include <vector>
@@ -182,6 +184,30 @@ TEST_F(ZelStandin, LetsASenderWaitWhoseMessagesAreNotWanted)
             __zel_free(&message, "", 0);
         }
         sender.join();
+    });
+}
+
+TEST_F(ZelStandin, KeepsNoDescriptorOfAReceiverThatHasGone)
+{
+    const auto descriptors = [] {
+        const std::filesystem::directory_iterator all("/proc/self/fd");
+        return std::distance(begin(all), end(all));
+    };
+    onThread([&] {
+        create("sender");
+        const auto before = descriptors();
+        for (std::uint32_t round = 0; round < 20; ++round) {
+            std::promise<std::uint32_t> created;
+            std::thread receiver([&] {
+                created.set_value(create("receiver"));
+                zel_msg* message = receive(numberedNo);
+                EXPECT_EQ(flawOf(message, round, 100), "");
+                __zel_free(&message, "", 0);
+            });
+            sendNumbered(created.get_future().get(), round, 100);
+            receiver.join();
+        }
+        EXPECT_LE(descriptors(), before + 1); // the last one's
     });
 }
 

@@ -29,7 +29,8 @@ std::uint32_t wordAt(const zel_msg* message, std::size_t position)
 
 std::size_t sizeOfMessage(std::uint32_t index, std::size_t largest)
 {
-    return 12 + (std::size_t{index} * 7919 + 13) % (largest - 11);
+    constexpr std::uint32_t spread = 2654435761; // neighbours are far apart
+    return 12 + std::size_t{index * spread + 13} % (largest - 11);
 }
 
 void sendNumbered(std::uint32_t to, std::uint32_t index, std::size_t size)

@@ -198,6 +198,21 @@ TEST(Zel, ReturnsNullWhenTheTimeIsUp)
     });
 }
 
+TEST(Zel, TakesAllThatHasArrivedWithoutWaiting)
+{
+    onThread([&] {
+        const std::uint32_t own = create(uniqueName("receiver"));
+        Peer peer;
+        peer.ask("create " + uniqueName("sender"));
+        for (const std::string size : {"100000", "12", "100000"}) {
+            EXPECT_EQ(peer.ask("send-one " + std::to_string(own) + " " + size), "sent");
+            zel_msg* message = receive(numberedNo, 0);
+            EXPECT_EQ(flawOf(message, 0, std::stoul(size)), "");
+            __zel_free(&message, "", 0);
+        }
+    });
+}
+
 TEST(Zel, TakesTheFirstMessageThatMatchesAndKeepsTheOthersInOrder)
 {
     onThread([&] {
@@ -270,9 +285,15 @@ TEST(Zel, CarriesSixteenMebibytes)
         const std::uint32_t own = create(uniqueName("receiver"));
         Peer peer;
         peer.ask("create " + uniqueName("sender"));
-        constexpr std::size_t largest = (std::size_t{16} << 20U) + 1000;
-        peer.writeLine("send " + std::to_string(own) + " 4 " + std::to_string(largest));
-        expectNumbered(4, largest);
+        const std::size_t sizes[] = {std::size_t{16} << 20U, 12, (std::size_t{16} << 20U) - 1};
+        for (const std::size_t size : sizes) {
+            peer.writeLine("send-one " + std::to_string(own) + " " + std::to_string(size));
+        }
+        for (const std::size_t size : sizes) {
+            zel_msg* message = receive(numberedNo);
+            ASSERT_EQ(flawOf(message, 0, size), "");
+            __zel_free(&message, "", 0);
+        }
 
         std::thread sender([&] {
             create(uniqueName("sender"));

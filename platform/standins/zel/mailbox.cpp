@@ -18,6 +18,7 @@ constexpr std::uint32_t forEverMs = 0xFFFFFFFFU;
 constexpr std::size_t mostConnections = 512;
 constexpr std::size_t mostWaitingBytes = std::size_t{8} << 20U;   // of one sender, while others are wanted
 constexpr std::size_t mostPartialBytes = std::size_t{256} << 20U; // of all senders
+constexpr int mostRoundsPastTheTime = 1024; // enough for the largest message, and an end beside senders without one
 constexpr int retryMs = 100; // where the system has run out of something and tells nobody when there is more
 
 } // namespace
@@ -62,6 +63,7 @@ void Mailbox::close()
         return;
     }
     m_isClosed = true;
+    // A child between fork() and exec() has all descriptors too: closing them doesn't end what they stand for.
     ::shutdown(m_address.listener.get(), SHUT_RDWR);
     acceptAll();
     m_meetingPoint.releaseName(m_name, m_address);
@@ -80,6 +82,7 @@ Message Mailbox::receive(const Filter& filter, std::uint32_t timeoutMs)
 {
     const bool forEver = timeoutMs == forEverMs;
     const Clock::time_point deadline = Clock::now() + std::chrono::milliseconds(forEver ? 0 : timeoutMs);
+    int roundsLeft = mostRoundsPastTheTime;
     for (;;) {
         if (Message message = takeArrived(filter)) {
             return message;
@@ -88,8 +91,8 @@ Message Mailbox::receive(const Filter& filter, std::uint32_t timeoutMs)
             return {};
         }
         const int wait = waitMs(forEver, deadline);
-        takeIn(wait);
-        if (wait == 0 && !m_isClosed) {
+        const bool isMore = takeIn(wait);
+        if (wait == 0 && !m_isClosed && (!isMore || --roundsLeft == 0)) {
             return takeArrived(filter);
         }
     }
@@ -124,7 +127,7 @@ int Mailbox::waitMs(bool forEver, Clock::time_point deadline) const
     return static_cast<int>(std::clamp<std::int64_t>(left, 0, longest));
 }
 
-void Mailbox::takeIn(int timeoutMs)
+bool Mailbox::takeIn(int timeoutMs)
 {
     // The descriptors by position: the listener, the locator's, then the connections'. A negative one is passed over.
     const bool wasFull = m_isFull;
@@ -135,8 +138,9 @@ void Mailbox::takeIn(int timeoutMs)
         const bool hasPlace = m_isClosed || connection.waitingBytes() < mostWaitingBytes;
         m_pollSet.push_back({hasPlace ? connection.fd() : -1, POLLIN, 0});
     }
-    if (::poll(m_pollSet.data(), m_pollSet.size(), timeoutMs) < 0) {
-        return; // a signal; the caller looks at its clock again
+    const int ready = ::poll(m_pollSet.data(), m_pollSet.size(), timeoutMs);
+    if (ready < 0) {
+        return true; // a signal; the caller looks at its clock again
     }
     std::size_t position = 2;
     for (auto next = m_incoming.begin(); position < m_pollSet.size(); ++position) {
@@ -152,6 +156,7 @@ void Mailbox::takeIn(int timeoutMs)
     if (m_locator.isWaiting() && (m_locator.fd() < 0 || m_pollSet[1].revents != 0)) {
         m_locator.check(m_arrived);
     }
+    return ready > 0;
 }
 
 void Mailbox::acceptAll()
@@ -237,7 +242,19 @@ void Mailbox::send(Message message, std::uint32_t to)
     Fd connection = m_meetingPoint.connectTo(to, isGone);
     m_gone = isGone ? to : m_gone;
     if (connection && sendOn(connection.get(), message.get())) {
+        forgetTheGone();
         m_outgoing.emplace(to, std::move(connection));
+    }
+}
+
+void Mailbox::forgetTheGone()
+{
+    for (auto next = m_outgoing.begin(); next != m_outgoing.end();) {
+        const auto connection = next++;
+        pollfd state = {connection->second.get(), 0, 0};
+        if (::poll(&state, 1, 0) > 0) { // POLLHUP and POLLERR are not asked for, and always told
+            m_outgoing.erase(connection);
+        }
     }
 }
 

@@ -61,8 +61,10 @@ private:
 
     Message takeArrived(const Filter& filter);
     int waitMs(bool forEver, Clock::time_point deadline) const;
-    /// Waits for input and takes in what is there, once.
-    void takeIn(int timeoutMs);
+    /// Waits for input and takes in what is there, up to a buffer full of each connection.
+    ///
+    /// Returns  false if nothing was there.
+    bool takeIn(int timeoutMs);
     void acceptAll();
     /// Ends the connection that has been silent longest of those on which no whole message has come.
     ///
@@ -71,6 +73,8 @@ private:
     void readFrom(std::list<Incoming>::iterator connection);
     /// Ends the connections that have stalled longest inside a message, while all take more memory than is good.
     void boundPartialMessages();
+    /// Closes the connections to receivers that have gone.
+    void forgetTheGone();
     bool sendOn(int connection, zel_msg* message) const;
 
     const pid_t m_process = ::getpid();

@@ -179,9 +179,6 @@ void MeetingPoint::releaseName(const std::string& name, Address& address) const
 {
     ::unlinkat(m_folder.get(), ("name-" + escaped(name)).c_str(), 0);
     ::unlinkat(m_folder.get(), ("id-" + hex(address.id)).c_str(), 0);
-    // A process that is between fork() and exec() has all descriptors too: closing them doesn't end what they stand
-    // for.
-    ::shutdown(address.listener.get(), SHUT_RDWR);
     ::flock(address.nameLock.get(), LOCK_UN);
     address.listener.reset();
     address.nameLock.reset();
