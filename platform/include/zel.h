@@ -66,7 +66,8 @@ union zel_msg* __zel_receive(const uint32_t* filter, uint32_t timeoutMs, uint32_
 
 /// Returns  the id of the mailbox that sent a received message, or that a locate reply stands for.
 ///
-/// Stand-in  0xFFFFFFFF for null and for a message that was not received.
+/// Stand-in  0xFFFFFFFF for null and for a message that was not received. The id is what the sender says: another
+///           process of the same user can say anything.
 uint32_t __zel_sender(const union zel_msg* msg, const char* file, int line);
 
 /// Frees a message and sets `*msg` to null.
@@ -79,8 +80,9 @@ void __zel_free(union zel_msg** msg, const char* file, int line);
 /// While the receiver has more messages waiting than it takes, the call waits: nothing is lost and nothing piles up. A
 /// message to a mailbox that doesn't exist, or ends before it has taken the message, is discarded without a sign.
 ///
-/// Stand-in  a few hundred KiB per sender wait in the system before the sender does. Without a mailbox of the calling
-///           thread, or with another `from`, the message is discarded.
+/// Stand-in  a few hundred KiB per sender wait in the system before the sender does. A message to the calling thread's
+///           own mailbox waits in the process's memory and never makes the call wait, however many there are. Without a
+///           mailbox of the calling thread, or with another `from`, the message is discarded.
 /// Requires  `from` is 0xFFF00000: the calling thread's mailbox.
 /// Owns      takes the message over and sets `*msg` to null, whatever becomes of it.
 void __zel_send(union zel_msg** msg, uint32_t to, uint32_t from, const char* file, int line);

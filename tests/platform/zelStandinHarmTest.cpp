@@ -1,6 +1,5 @@
 /// What the stand-in for libzel withstands: programs that write rubbish, other users, and want of descriptors.
 #include <algorithm>
-#include <atomic>
 #include <cstdint>
 #include <filesystem>
 #include <iostream>
@@ -79,43 +78,6 @@ TEST_F(ZelStandinUnderAttack, IsReachedBesideAMessageThatNeverEnds)
         expectToBeReached(own);
         ::close(stalled);
         EXPECT_EQ(__zel_receive(nullptr, 0, anySender, "", 0), nullptr);
-    });
-}
-
-TEST_F(ZelStandinUnderAttack, BoundsTheMemoryOfMessagesThatNeverEnd)
-{
-    onThread([this] {
-        const std::uint32_t own = create("own");
-        const std::string piece(mebibyte, 'x');
-        std::vector<int> connections;
-        std::vector<std::thread> programs;
-        std::atomic<int> writing{6};
-        for (int program = 0; program < 6; ++program) {
-            const int connection = connectTo(own);
-            connections.push_back(connection);
-            programs.emplace_back([&, connection] {
-                bool isTaken = write(connection, header(64U << 20U).data(), sizeof header(0));
-                for (int count = 0; isTaken && count < 63; ++count) {
-                    isTaken = write(connection, piece.data(), piece.size());
-                }
-                --writing;
-            });
-        }
-        while (writing > 0) {
-            EXPECT_EQ(receive(numberedNo, 1), nullptr);
-        }
-        int ended = 0;
-        for (const int connection : connections) {
-            char byte = 0;
-            ended += ::recv(connection, &byte, 1, MSG_DONTWAIT) == 0 ? 1 : 0;
-            ::close(connection);
-        }
-        EXPECT_GE(ended, 2); // six times 63 MiB are two too many for 256 MiB
-        EXPECT_LT(ended, 6);
-        for (std::thread& program : programs) {
-            program.join();
-        }
-        expectToBeReached(own);
     });
 }
 

@@ -23,6 +23,7 @@ bool Incoming::read(std::deque<Arrived>& arrived)
     if (result <= 0) {
         return result < 0 && (errno == EAGAIN || errno == EINTR);
     }
+    m_lastRead = std::chrono::steady_clock::now();
     const unsigned char* next = buffer.data();
     auto left = static_cast<std::size_t>(result);
     while (left > 0) {
@@ -58,6 +59,13 @@ void Incoming::refuseMore()
     ::shutdown(m_connection.get(), SHUT_RD);
 }
 
+void Incoming::end(std::deque<Arrived>& arrived)
+{
+    refuseMore(); // from here on the sender knows, so what is read now is all that it believes sent
+    while (read(arrived)) {
+    }
+}
+
 std::size_t Incoming::takeHeader(const unsigned char* bytes, std::size_t count)
 {
     const std::size_t taken = std::min(count, sizeof m_header - m_headerBytes);
@@ -85,10 +93,10 @@ bool Incoming::growTo(std::size_t size)
 void Incoming::finishMessage(std::deque<Arrived>& arrived)
 {
     setSender(m_partial.get(), m_header.sender);
-    *m_waitingBytes += m_header.size;
+    *m_waitingBytes += memoryOf(m_partial.get());
     arrived.push_back({std::move(m_partial), m_waitingBytes});
     m_headerBytes = 0;
-    m_hasDelivered = true;
+    m_room = 0;
 }
 
 } // namespace Zel

@@ -6,6 +6,7 @@
 #ifndef ZEL_STANDIN_INCOMING_H
 #define ZEL_STANDIN_INCOMING_H
 
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <deque>
@@ -45,12 +46,23 @@ public:
     /// No more is sent on this connection; what was sent can still be read.
     void refuseMore();
 
+    /// Ends the connection without a loss: what was sent is read, and a sender that is in the middle of a message sends
+    /// that again on a new connection.
+    void end(std::deque<Arrived>& arrived);
+
     int fd() const { return m_connection.get(); }
-    bool hasDelivered() const { return m_hasDelivered; }
-    /// Bytes of its messages that have arrived and were not received yet.
+    /// Memory of its messages that have arrived and were not received yet.
     std::size_t waitingBytes() const { return *m_waitingBytes; }
-    /// Memory of a message that has arrived in part.
-    std::size_t partialBytes() const { return m_partial ? sizeOf(m_partial.get()) : 0; }
+
+    /// A message that is longer than a buffer is to be read only once there is room for all of it.
+    bool needsRoom() const { return m_partial && m_room == 0 && m_header.size > sizeOf(m_partial.get()); }
+    void giveRoom() { m_room = m_header.size; }
+    /// Memory that it was given and still needs.
+    std::size_t room() const { return m_room; }
+    std::size_t neededRoom() const { return m_header.size; }
+
+    /// When something was read from it last.
+    std::chrono::steady_clock::time_point lastRead() const { return m_lastRead; }
 
 private:
     std::size_t takeHeader(const unsigned char* bytes, std::size_t count);
@@ -64,7 +76,8 @@ private:
     std::size_t m_headerBytes = 0;
     Message m_partial; // there once the header is whole
     std::size_t m_partialFill = 0;
-    bool m_hasDelivered = false;
+    std::size_t m_room = 0;
+    std::chrono::steady_clock::time_point m_lastRead = std::chrono::steady_clock::now();
     std::shared_ptr<std::size_t> m_waitingBytes = std::make_shared<std::size_t>(0);
 };
 

@@ -16,10 +16,17 @@ namespace {
 constexpr std::uint32_t anySender = 0xFFF11111U;
 constexpr std::uint32_t forEverMs = 0xFFFFFFFFU;
 constexpr std::size_t mostConnections = 512;
-constexpr std::size_t mostWaitingBytes = std::size_t{8} << 20U;   // of one sender, while others are wanted
-constexpr std::size_t mostPartialBytes = std::size_t{256} << 20U; // of all senders
+constexpr std::size_t mostWaitingBytes = std::size_t{8} << 20U; // of one sender, while others are wanted
+constexpr std::size_t mostRoom = 2 * largestMessage;            // of all messages that are longer than a buffer
+constexpr std::chrono::seconds longestSilenceInRoom{1};         // while others need it
+constexpr int mostAttempts = 100;           // to a receiver that ends each connection before it has the message
 constexpr int mostRoundsPastTheTime = 1024; // enough for the largest message, and an end beside senders without one
 constexpr int retryMs = 100; // where the system has run out of something and tells nobody when there is more
+
+bool hasPlace(const Incoming& connection)
+{
+    return connection.waitingBytes() < mostWaitingBytes;
+}
 
 } // namespace
 
@@ -90,6 +97,7 @@ Message Mailbox::receive(const Filter& filter, std::uint32_t timeoutMs)
         if (m_isClosed && m_incoming.empty()) {
             return {};
         }
+        giveRoom();
         const int wait = waitMs(forEver, deadline);
         const bool isMore = takeIn(wait);
         if (wait == 0 && !m_isClosed && (!isMore || --roundsLeft == 0)) {
@@ -107,7 +115,7 @@ Message Mailbox::takeArrived(const Filter& filter)
     }
     Message message = std::move(found->message);
     if (found->waitingBytes) {
-        *found->waitingBytes -= sizeOf(message.get());
+        *found->waitingBytes -= memoryOf(message.get());
     }
     m_arrived.erase(found);
     return message;
@@ -119,7 +127,7 @@ int Mailbox::waitMs(bool forEver, Clock::time_point deadline) const
         return 0;
     }
     const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - Clock::now()).count();
-    const bool canTell = !m_isFull && (!m_locator.isWaiting() || m_locator.fd() >= 0);
+    const bool canTell = !m_isFull && !m_isShort && (!m_locator.isWaiting() || m_locator.fd() >= 0);
     const std::int64_t longest = canTell ? std::numeric_limits<int>::max() : retryMs;
     if (forEver) {
         return canTell ? -1 : retryMs;
@@ -135,8 +143,8 @@ bool Mailbox::takeIn(int timeoutMs)
     m_pollSet.push_back({wasFull ? -1 : m_address.listener.get(), POLLIN, 0});
     m_pollSet.push_back({m_locator.fd(), POLLIN, 0});
     for (const Incoming& connection : m_incoming) {
-        const bool hasPlace = m_isClosed || connection.waitingBytes() < mostWaitingBytes;
-        m_pollSet.push_back({hasPlace ? connection.fd() : -1, POLLIN, 0});
+        const bool isWanted = m_isClosed || (hasPlace(connection) && !connection.needsRoom());
+        m_pollSet.push_back({isWanted ? connection.fd() : -1, POLLIN, 0});
     }
     const int ready = ::poll(m_pollSet.data(), m_pollSet.size(), timeoutMs);
     if (ready < 0) {
@@ -149,10 +157,12 @@ bool Mailbox::takeIn(int timeoutMs)
             readFrom(connection);
         }
     }
+    if (m_isShort) { // what had come in by now has been read, however late it was asked for
+        endLongestStalled();
+    }
     if (!m_isClosed && (wasFull || m_pollSet[0].revents != 0)) {
         acceptAll();
     }
-    boundPartialMessages();
     if (m_locator.isWaiting() && (m_locator.fd() < 0 || m_pollSet[1].revents != 0)) {
         m_locator.check(m_arrived);
     }
@@ -162,8 +172,8 @@ bool Mailbox::takeIn(int timeoutMs)
 void Mailbox::acceptAll()
 {
     m_isFull = false;
-    for (std::size_t accepted = 0; accepted < mostConnections;) {
-        if (m_incoming.size() >= mostConnections && !dropAStranger()) {
+    for (std::size_t accepted = 0; m_isClosed || accepted < mostConnections;) {
+        if (m_incoming.size() >= mostConnections && !m_isClosed && !endLongestSilent()) {
             m_isFull = true;
             return;
         }
@@ -174,23 +184,24 @@ void Mailbox::acceptAll()
                 m_incoming.emplace_back(std::move(connection));
                 readFrom(std::prev(m_incoming.end()));
             }
-        } else if (errno == EAGAIN) {
+        } else if (errno == EAGAIN || errno == EINVAL) { // the latter after shutdown()
             return;
-        } else if (errno != EINTR && errno != ECONNABORTED && !dropAStranger()) {
+        } else if (errno != EINTR && errno != ECONNABORTED && !endLongestSilent()) {
             m_isFull = true; // out of descriptors or memory
             return;
         }
     }
 }
 
-bool Mailbox::dropAStranger()
+bool Mailbox::endLongestSilent()
 {
-    const auto stranger = std::find_if(m_incoming.begin(), m_incoming.end(),
-                                       [](const Incoming& connection) { return !connection.hasDelivered(); });
-    if (stranger == m_incoming.end()) {
+    const auto silent = std::find_if(m_incoming.begin(), m_incoming.end(),
+                                     [](const Incoming& connection) { return connection.waitingBytes() == 0; });
+    if (silent == m_incoming.end()) {
         return false;
     }
-    m_incoming.erase(stranger);
+    silent->end(m_arrived);
+    m_incoming.erase(silent);
     return true;
 }
 
@@ -203,18 +214,33 @@ void Mailbox::readFrom(std::list<Incoming>::iterator connection)
     }
 }
 
-void Mailbox::boundPartialMessages()
+void Mailbox::giveRoom()
 {
-    std::size_t total = 0;
+    std::size_t left = mostRoom;
     for (const Incoming& connection : m_incoming) {
-        total += connection.partialBytes();
+        left -= connection.room();
     }
-    for (auto next = m_incoming.begin(); total > mostPartialBytes && next != m_incoming.end();) {
-        const auto connection = next++;
-        if (connection->partialBytes() > 0) {
-            total -= connection->partialBytes();
-            m_incoming.erase(connection);
+    m_isShort = false;
+    for (Incoming& connection : m_incoming) {
+        if (!connection.needsRoom() || !hasPlace(connection)) {
+            continue;
         }
+        if (connection.neededRoom() > left) {
+            m_isShort = true;
+            break;
+        }
+        connection.giveRoom();
+        left -= connection.room();
+    }
+}
+
+void Mailbox::endLongestStalled()
+{
+    const auto stalled = std::find_if(m_incoming.begin(), m_incoming.end(),
+                                      [](const Incoming& connection) { return connection.room() > 0; });
+    if (stalled != m_incoming.end() && Clock::now() - stalled->lastRead() > longestSilenceInRoom) {
+        stalled->end(m_arrived);
+        m_incoming.erase(stalled);
     }
 }
 
@@ -227,23 +253,24 @@ void Mailbox::send(Message message, std::uint32_t to)
         }
         return;
     }
-    if (to == m_gone) {
-        return;
-    }
-    const auto known = m_outgoing.find(to);
-    if (known != m_outgoing.end()) {
+    // A receiver that needs the place, or the memory, ends a connection even inside a message. It drops what it had of
+    // it, and takes it whole on the next connection.
+    for (int attempt = 0; attempt < mostAttempts && to != m_gone; ++attempt) {
+        auto known = m_outgoing.find(to);
+        if (known == m_outgoing.end()) {
+            bool isGone = false;
+            Fd connection = m_meetingPoint.connectTo(to, isGone);
+            m_gone = isGone ? to : m_gone;
+            if (!connection) {
+                return;
+            }
+            forgetTheGone();
+            known = m_outgoing.emplace(to, std::move(connection)).first;
+        }
         if (sendOn(known->second.get(), message.get())) {
             return;
         }
         m_outgoing.erase(known);
-    }
-    // The receiver may have dropped the connection alone. What it had of the message then is dropped too.
-    bool isGone = false;
-    Fd connection = m_meetingPoint.connectTo(to, isGone);
-    m_gone = isGone ? to : m_gone;
-    if (connection && sendOn(connection.get(), message.get())) {
-        forgetTheGone();
-        m_outgoing.emplace(to, std::move(connection));
     }
 }
 

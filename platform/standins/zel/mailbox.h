@@ -66,13 +66,16 @@ private:
     /// Returns  false if nothing was there.
     bool takeIn(int timeoutMs);
     void acceptAll();
-    /// Ends the connection that has been silent longest of those on which no whole message has come.
+    /// Ends the connection that has been silent longest, except where messages wait to be received: its sender would
+    /// come again, as one of whom none wait.
     ///
     /// Returns  false if there is none.
-    bool dropAStranger();
+    bool endLongestSilent();
     void readFrom(std::list<Incoming>::iterator connection);
-    /// Ends the connections that have stalled longest inside a message, while all take more memory than is good.
-    void boundPartialMessages();
+    /// Lets long messages come, first come first served, as far as there is memory for them.
+    void giveRoom();
+    /// Ends the connection that has room and has been silent longest, if that is too long.
+    void endLongestStalled();
     /// Closes the connections to receivers that have gone.
     void forgetTheGone();
     bool sendOn(int connection, zel_msg* message) const;
@@ -82,7 +85,8 @@ private:
     const std::string m_name;
     Address m_address;
     bool m_isClosed = false;
-    bool m_isFull = false; // no descriptor, or no place, for another connection
+    bool m_isFull = false;  // no descriptor, or no place, for another connection
+    bool m_isShort = false; // no room for a long message that has begun
 
     std::list<Incoming> m_incoming; // the one that has moved last is at the end
     std::deque<Arrived> m_arrived;

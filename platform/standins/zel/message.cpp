@@ -70,6 +70,13 @@ std::size_t sizeOf(const zel_msg* message)
     return headOf(message)->size;
 }
 
+std::size_t memoryOf(const zel_msg* message)
+{
+    constexpr std::size_t placeInQueue = 24;
+    constexpr std::size_t allocation = 16;
+    return sizeOf(message) + sizeof(Head) + placeInQueue + allocation;
+}
+
 std::uint32_t numberOf(const zel_msg* message)
 {
     std::uint32_t number = 0;

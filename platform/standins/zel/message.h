@@ -30,6 +30,8 @@ bool resizeMessage(Message& message, std::size_t size);
 
 unsigned char* bytesOf(zel_msg* message);
 std::size_t sizeOf(const zel_msg* message);
+/// Returns  what a message that waits takes of the memory, with all that it takes beside its bytes.
+std::size_t memoryOf(const zel_msg* message);
 std::uint32_t numberOf(const zel_msg* message);
 std::uint32_t senderOf(const zel_msg* message);
 void setSender(zel_msg* message, std::uint32_t sender);

@@ -1,6 +1,14 @@
 /// What the stand-in for libzel adds for a process that receives messages from processes it doesn't trust. The unit's
 /// library has none of it, so libcorvane uses none of it.
 ///
+/// What such a process can rely on: the kernel tells whose process is at the other end, and only this user's are let
+/// in. Within one user nothing proves who sent a message: __zel_sender() is what the sender wrote. Bytes that are no
+/// message end their connection and harm no other.
+///
+/// A mailbox holds 512 connections, and 128 MiB for messages of more than 64 KiB that are on their way. When more is
+/// needed, the connection that has been silent longest is ended, or the sender waits; no message is lost by it, for
+/// senders connect anew and send again what had not arrived whole.
+///
 /// Threads  as in zel.h.
 /// Errors   nothing is thrown.
 #ifndef ZEL_STANDIN_H
