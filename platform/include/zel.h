@@ -8,10 +8,16 @@
 /// The library belongs to the unit. Where the stand-in that is built here had to choose something that the unit's
 /// library may do differently, the choice is marked "Stand-in".
 ///
-/// Stand-in  connects the processes of one user on one machine that have the same XDG_RUNTIME_DIR (/tmp if there is
-///           none): their meeting point is the folder zel-<uid> in it. The mailboxes of a process are not those of a
-///           child made by fork(): each of the child's threads has none until it creates one. While the child has
-///           neither ended nor come to exec(), it keeps the names of its parent taken if that is killed.
+/// Stand-in  connects the processes of one user on one machine whose meeting point is the same: the folder zel-<uid> in
+///           $XDG_RUNTIME_DIR; without that variable, in /run/user/<uid> if that is a folder of the user; otherwise in
+///           /tmp. If the meeting point can't be made, or isn't a folder of this user alone (in /tmp, another user may
+///           have made it first), mailboxes can't be created, and standard error is told so. A meeting point that is
+///           removed and made again is followed by those who wait for a name; mailboxes in the old one are found no
+///           more.
+///
+///           The mailboxes of a process are not those of a child made by fork(): each of the child's threads has none
+///           until it creates one. While the child has neither ended nor come to exec(), it keeps the names of its
+///           parent taken if that is killed.
 /// Threads   any; each call is about the calling thread's own mailbox. A message belongs to one thread at a time.
 /// Errors    nothing is thrown.
 #ifndef ZEL_H

@@ -2,14 +2,17 @@
 #include <algorithm>
 #include <cstdint>
 #include <filesystem>
+#include <fstream>
 #include <future>
 #include <iterator>
+#include <stdexcept>
 #include <string>
 #include <thread>
 #include <vector>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/types.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -19,6 +22,37 @@ namespace {
 
 using namespace Conformance;
 using namespace Corvane::Testing;
+
+bool isAsleep(pid_t thread)
+{
+    std::ifstream file("/proc/self/task/" + std::to_string(thread) + "/stat");
+    std::string line;
+    std::getline(file, line);
+    return line.compare(line.rfind(')'), 3, ") S") == 0; // from the last one: a name may have some of its own
+}
+
+unsigned long timesAsleep(pid_t thread)
+{
+    std::ifstream file("/proc/self/task/" + std::to_string(thread) + "/status");
+    const std::string field = "voluntary_ctxt_switches:";
+    for (std::string word; file >> word;) {
+        unsigned long count = 0;
+        if (word == field && file >> count) {
+            return count;
+        }
+    }
+    throw std::runtime_error("no " + field);
+}
+
+int inotifyDescriptors()
+{
+    int count = 0;
+    for (const auto& descriptor : std::filesystem::directory_iterator("/proc/self/fd")) {
+        std::error_code closed; // by another thread, or the one that the iterator uses
+        count += std::filesystem::read_symlink(descriptor, closed) == "anon_inode:inotify" ? 1 : 0;
+    }
+    return count;
+}
 
 TEST_F(ZelStandin, TellsTheSizeOfAMessage)
 {
@@ -185,6 +219,38 @@ TEST_F(ZelStandin, LetsASenderWaitWhoseMessagesAreNotWanted)
         }
         sender.join();
     });
+}
+
+TEST_F(ZelStandin, WaitsForANameAsleepUntilTheKernelTells)
+{
+    std::promise<pid_t> waiting;
+    std::promise<std::uint32_t> found;
+    std::thread seeker([&] {
+        create("seeker");
+        zel_msg* reply = __zel_alloc(4, 0x2100, "", 0);
+        __zel_locate_async("later", &reply, ownMailbox, "", 0);
+        EXPECT_EQ(receive(0x2100, 0), nullptr);
+        waiting.set_value(::gettid());
+        reply = receive(0x2100);
+        found.set_value(__zel_sender(reply, "", 0));
+        __zel_free(&reply, "", 0);
+    });
+    const pid_t thread = waiting.get_future().get();
+    while (!isAsleep(thread)) {
+        std::this_thread::yield();
+    }
+    EXPECT_EQ(inotifyDescriptors(), 1);
+    const unsigned long before = timesAsleep(thread);
+    onThread([&] {
+        create("unrelated");
+        EXPECT_EQ(receive(numberedNo, 1000), nullptr); // the seeker has as long to wake up by itself
+    });
+    EXPECT_LE(timesAsleep(thread), before + 4); // the kernel tells of the unrelated mailbox's three files
+    onThread([&] {
+        const std::uint32_t id = create("later");
+        EXPECT_EQ(found.get_future().get(), id);
+    });
+    seeker.join();
 }
 
 TEST_F(ZelStandin, KeepsNoDescriptorOfAReceiverThatHasGone)

@@ -7,12 +7,16 @@ namespace Zel {
 
 void Locator::check(std::deque<Arrived>& arrived)
 {
-    if (!m_watcher) {
-        m_watcher = m_meetingPoint.watch(); // before looking, so that nothing appears unseen in between
-    }
     std::array<char, 4096> events = {};
     while (m_watcher && ::read(m_watcher.get(), events.data(), events.size()) > 0) {
     }
+    bool isAnother = false;
+    do {
+        if (isAnother || !m_watcher) {
+            m_watcher = m_meetingPoint.watch(); // before looking, so that nothing appears unseen in between
+        }
+        isAnother = m_meetingPoint.follow();
+    } while (isAnother);
     for (auto request = m_requests.begin(); request != m_requests.end();) {
         if (const auto id = m_meetingPoint.find(request->name)) {
             setSender(request->reply.get(), *id);

@@ -16,7 +16,7 @@ namespace Zel {
 class Locator
 {
 public:
-    explicit Locator(const MeetingPoint& meetingPoint) : m_meetingPoint(meetingPoint) {}
+    explicit Locator(MeetingPoint& meetingPoint) : m_meetingPoint(meetingPoint) {}
 
     void request(std::string name, Message reply) { m_requests.push_back({std::move(name), std::move(reply)}); }
 
@@ -34,7 +34,7 @@ private:
         Message reply;
     };
 
-    const MeetingPoint& m_meetingPoint;
+    MeetingPoint& m_meetingPoint; // of the mailbox
     std::list<Request> m_requests;
     Fd m_watcher; // there while something waits
 };

@@ -81,7 +81,7 @@ private:
     bool sendOn(int connection, zel_msg* message) const;
 
     const pid_t m_process = ::getpid();
-    const MeetingPoint m_meetingPoint;
+    MeetingPoint m_meetingPoint; // where others are found now; the locator follows it
     const std::string m_name;
     Address m_address;
     bool m_isClosed = false;

@@ -4,8 +4,11 @@
 #include <cerrno>
 #include <charconv>
 #include <cstddef>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <system_error>
+#include <utility>
 
 #include <fcntl.h>
 #include <sys/file.h>
@@ -22,6 +25,7 @@ namespace {
 constexpr std::size_t longestName = 60;
 constexpr std::uint32_t idLimit = 0xFFF00000U; // ids from here on mean something else in a call
 constexpr int waitingConnections = 1024;
+constexpr int mostAttempts = 100;
 
 std::string hex(std::uint32_t id)
 {
@@ -77,6 +81,42 @@ Fd claimId(std::uint32_t id)
     return claim;
 }
 
+/// Where this user's processes meet.
+std::string folderPath()
+{
+    const std::string user = std::to_string(::geteuid());
+    const char* const chosen = std::getenv("XDG_RUNTIME_DIR");
+    std::string base = chosen != nullptr ? chosen : "";
+    if (base.empty()) {
+        base = "/run/user/" + user;
+        struct stat status = {};
+        if (::lstat(base.c_str(), &status) != 0 || !S_ISDIR(status.st_mode) || status.st_uid != ::geteuid()) {
+            base = "/tmp";
+        }
+    }
+    return base + "/zel-" + user;
+}
+
+/// Makes the folder if it isn't there, and opens it. If `flaw` isn't empty, it can't be used.
+Fd openFolder(const std::string& path, std::string& flaw)
+{
+    ::mkdir(path.c_str(), S_IRWXU); // it may be there already; what counts is what is found now
+    Fd folder(::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+    struct stat status = {};
+    if (!folder && errno != ELOOP && errno != ENOTDIR && errno != EACCES) {
+        flaw = ": " + std::generic_category().message(errno);
+    } else if (!folder || ::fstat(folder.get(), &status) != 0 || status.st_uid != ::geteuid() ||
+               (status.st_mode & (S_IRWXG | S_IRWXO)) != 0) {
+        flaw = " is not a folder of this user alone. Set XDG_RUNTIME_DIR to one that is.";
+    }
+    return folder;
+}
+
+bool areSame(const struct stat& one, const struct stat& other)
+{
+    return one.st_dev == other.st_dev && one.st_ino == other.st_ino;
+}
+
 } // namespace
 
 bool isSameUser(int connection)
@@ -88,17 +128,30 @@ bool isSameUser(int connection)
 
 std::optional<MeetingPoint> MeetingPoint::open()
 {
-    const char* const runtimeFolder = std::getenv("XDG_RUNTIME_DIR");
-    const std::string base = runtimeFolder != nullptr && *runtimeFolder != '\0' ? runtimeFolder : "/tmp";
-    const std::string path = base + "/zel-" + std::to_string(::geteuid());
-    ::mkdir(path.c_str(), S_IRWXU); // it may be there already; what counts is what is found now
-    Fd folder(::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
-    struct stat status = {};
-    if (!folder || ::fstat(folder.get(), &status) != 0 || status.st_uid != ::geteuid() ||
-        (status.st_mode & (S_IRWXG | S_IRWXO)) != 0) {
+    std::string path = folderPath();
+    std::string flaw;
+    Fd folder = openFolder(path, flaw);
+    if (!flaw.empty()) {
+        static_cast<void>(std::fprintf(stderr, "zel: no mailbox: %s%s\n", path.c_str(), flaw.c_str()));
         return std::nullopt;
     }
-    return MeetingPoint(std::move(folder));
+    return MeetingPoint(std::move(path), std::move(folder));
+}
+
+bool MeetingPoint::follow()
+{
+    struct stat opened = {};
+    struct stat present = {};
+    if (::fstat(m_folder.get(), &opened) == 0 && ::lstat(m_path.c_str(), &present) == 0 && areSame(opened, present)) {
+        return false;
+    }
+    std::string flaw;
+    Fd folder = openFolder(m_path, flaw);
+    if (!flaw.empty()) {
+        return false;
+    }
+    m_folder = std::move(folder);
+    return true;
 }
 
 std::string MeetingPoint::pathOf(const std::string& file) const
@@ -140,25 +193,42 @@ bool MeetingPoint::bindTo(std::uint32_t id, Address& address) const
     return true;
 }
 
+Fd MeetingPoint::lock(const std::string& file) const
+{
+    for (int attempt = 0; attempt < mostAttempts; ++attempt) {
+        Fd lock(::openat(m_folder.get(), file.c_str(), O_CREAT | O_RDWR | O_CLOEXEC | O_NOFOLLOW, S_IRUSR | S_IWUSR));
+        struct stat locked = {};
+        if (!lock || ::flock(lock.get(), LOCK_EX | LOCK_NB) != 0 || ::fstat(lock.get(), &locked) != 0) {
+            break;
+        }
+        struct stat present = {};
+        if (::fstatat(m_folder.get(), file.c_str(), &present, AT_SYMLINK_NOFOLLOW) == 0 && areSame(locked, present)) {
+            return lock;
+        } // else it was removed before it was locked, and locks nothing
+    }
+    return {};
+}
+
 std::optional<Address> MeetingPoint::takeName(const std::string& name) const
 {
     if (name.empty() || name.size() > longestName) {
         return std::nullopt;
     }
-    const std::string lockName = "lock-" + escaped(name);
     const std::string linkName = "name-" + escaped(name);
     Address address;
-    address.nameLock =
-        Fd(::openat(m_folder.get(), lockName.c_str(), O_CREAT | O_RDWR | O_CLOEXEC | O_NOFOLLOW, S_IRUSR | S_IWUSR));
-    if (!address.nameLock || ::flock(address.nameLock.get(), LOCK_EX | LOCK_NB) != 0) {
+    address.nameLock = lock("lock-" + escaped(name));
+    if (!address.nameLock) {
         return std::nullopt;
     }
-    if (const auto staleId = linkedId(linkName); staleId && claimId(*staleId)) {
-        ::unlinkat(m_folder.get(), ("id-" + hex(*staleId)).c_str(), 0);
+    if (const auto formerId = linkedId(linkName)) {
+        if (!claimId(*formerId)) {
+            return std::nullopt;
+        }
+        ::unlinkat(m_folder.get(), ("id-" + hex(*formerId)).c_str(), 0);
     }
     ::unlinkat(m_folder.get(), linkName.c_str(), 0);
 
-    for (int attempt = 0; attempt < 100; ++attempt) {
+    for (int attempt = 0; attempt < mostAttempts; ++attempt) {
         std::uint32_t id = 0;
         if (::getrandom(&id, sizeof id, 0) != static_cast<ssize_t>(sizeof id)) {
             return std::nullopt;
@@ -177,7 +247,10 @@ std::optional<Address> MeetingPoint::takeName(const std::string& name) const
 
 void MeetingPoint::releaseName(const std::string& name, Address& address) const
 {
-    ::unlinkat(m_folder.get(), ("name-" + escaped(name)).c_str(), 0);
+    const std::string linkName = "name-" + escaped(name);
+    if (linkedId(linkName) == address.id) { // it may be another's, if the folder is another than that of then
+        ::unlinkat(m_folder.get(), linkName.c_str(), 0);
+    }
     ::unlinkat(m_folder.get(), ("id-" + hex(address.id)).c_str(), 0);
     ::flock(address.nameLock.get(), LOCK_UN);
     address.listener.reset();
@@ -222,7 +295,10 @@ Fd MeetingPoint::connectTo(std::uint32_t id, bool& isGone) const
 Fd MeetingPoint::watch() const
 {
     Fd watcher(::inotify_init1(IN_CLOEXEC | IN_NONBLOCK));
-    if (watcher && ::inotify_add_watch(watcher.get(), pathOf("").c_str(), IN_CREATE) < 0) {
+    const std::string parent = m_path.substr(0, m_path.rfind('/') + 1);
+    constexpr std::uint32_t appearance = IN_CREATE | IN_MOVED_TO;
+    if (watcher && (::inotify_add_watch(watcher.get(), parent.c_str(), appearance) < 0 ||
+                    ::inotify_add_watch(watcher.get(), pathOf("").c_str(), appearance) < 0)) {
         watcher.reset();
     }
     return watcher;

@@ -31,12 +31,19 @@ class MeetingPoint
 public:
     /// Makes the folder if it isn't there, and opens it.
     ///
-    /// Returns  empty if there is no such folder that belongs to this user alone.
+    /// Returns  empty if there is no such folder that belongs to this user alone; standard error is told why.
     static std::optional<MeetingPoint> open();
+
+    /// Opens the folder anew if it was removed or another has taken its place.
+    ///
+    /// Returns  false if there was nothing to do, or it can't be done.
+    bool follow();
 
     /// Takes a name and gives it an address.
     ///
-    /// Returns  empty if the name is taken, or isn't one.
+    /// Returns  empty if the name is taken, or isn't one. It is taken if its lock is, or if a mailbox lives that has
+    /// it:
+    ///          somebody may have removed the lock's file.
     std::optional<Address> takeName(const std::string& name) const;
 
     /// Gives the name back. The address ends.
@@ -51,17 +58,20 @@ public:
     ///          good, or for want of something.
     Fd connectTo(std::uint32_t id, bool& isGone) const;
 
-    /// Returns  an inotify descriptor that becomes readable when a name may have appeared.
+    /// Returns  an inotify descriptor that becomes readable when a name, or another folder, may have appeared. Of a
+    ///          folder that somebody has open the kernel doesn't tell that it is removed, so its parent is watched too.
     Fd watch() const;
 
 private:
-    explicit MeetingPoint(Fd folder) : m_folder(std::move(folder)) {}
+    MeetingPoint(std::string path, Fd folder) : m_path(std::move(path)), m_folder(std::move(folder)) {}
 
     /// Through the open folder, so that a path always fits a socket address.
     std::string pathOf(const std::string& file) const;
     std::optional<std::uint32_t> linkedId(const std::string& linkName) const;
+    Fd lock(const std::string& file) const;
     bool bindTo(std::uint32_t id, Address& address) const;
 
+    std::string m_path;
     Fd m_folder;
 };
 
