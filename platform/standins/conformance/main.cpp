@@ -1,5 +1,12 @@
 /// The conformance suite: what the platform contract promises, tried on the libraries that the loader finds.
 ///
+/// To test other libraries than those it was built with, name their folder:
+///
+///     LD_LIBRARY_PATH=FOLDER build/desk/tests/platform/platform_conformance
+///
+/// FOLDER holds libzel.so.1 or libpindle.so.0 or both; `ldd` with the same variable shows what is tried. Where a test
+/// can't pass because the other library chose differently, its contract's header says "Stand-in" there.
+///
 /// Run without arguments it tests. With "--peer" it is the other process of a test: it takes one command per line from
 /// standard input, answers each with a line, and ends with its input.
 ///
@@ -7,7 +14,7 @@
 ///     locate <name>                    -> id of that mailbox
 ///     send <to> <count> <largest>      -> sent (numbered messages from 0 on)
 ///     send-one <to> <size>             -> sent (numbered message 0 of that size)
-///     receive <count> <largest>        -> ok, or what is wrong with them
+///     receive <count> <largest>        -> ok; or what is wrong with them, and the end
 ///     exit-with-blocked-active-object  ends by exit(0)
 ///     throw-in-a-job                   ends as it ends
 #include <cstdlib>
@@ -32,6 +39,7 @@ using namespace Conformance;
 // doesn't end.
 constexpr unsigned int hangSeconds = 3;
 
+/// Returns  what is wrong with the messages that come; empty if nothing is.
 std::string receiveNumbered(std::uint32_t count, std::size_t largest)
 {
     for (std::uint32_t index = 0; index < count; ++index) {
@@ -42,7 +50,7 @@ std::string receiveNumbered(std::uint32_t count, std::size_t largest)
             return flaw;
         }
     }
-    return "ok";
+    return "";
 }
 
 std::shared_ptr<Pindle::ActiveObject::V1::ActiveObjectIf>& ownedToTheEnd()
@@ -79,7 +87,12 @@ std::string answer(const std::string& line)
         return "sent";
     }
     if (command == "receive" && words >> count >> largest) {
-        return receiveNumbered(count, largest);
+        const std::string flaw = receiveNumbered(count, largest);
+        if (!flaw.empty()) { // the sender shall not wait for a receiver that has seen enough
+            std::cout << flaw << std::endl;
+            std::exit(1);
+        }
+        return "ok";
     }
     if (command == "exit-with-blocked-active-object") {
         const std::string mailbox = uniqueName("blocked");
