@@ -12,7 +12,12 @@
 /// every entry is discarded), the engine is still not there after another 60 seconds, an entry is discarded.
 ///
 /// The library can't be unloaded once the client has been started. The end of the process doesn't wait for an engine
-/// that isn't there; entries that are queued while the engine is connected are sent first.
+/// that isn't there: the entries that wait for it are lost. Entries that are queued while the engine is connected are
+/// sent first, for as long as the engine takes them, however slowly. How long the end waits for an engine that has
+/// stalled is up to the framework library (its stand-in gives up when no entry could be sent for 5 seconds); the
+/// entries that are still queued then are lost, and the one that is being sent may be.
+///
+/// A child made by fork() has no client: its entries are up to the framework library (its stand-in drops them).
 ///
 /// Threads  every operation may be called by any thread at any time, until the process's static objects are destroyed.
 /// Since    0.1.0

@@ -38,10 +38,13 @@ public:
     /// then does the release return. If the initial job is blocked, the queued jobs are dropped and the thread is left
     /// where it is. A job may release the last owner; the release then returns at once, and the rest follows.
     ///
-    /// Stand-in  the initial job is blocked when its thread is found asleep for some 10 ms. The release waits for as
-    ///           long as jobs end, however many there are; when none has ended for 5 s it gives up, as with a blocked
-    ///           initial job. A thread that is left alone runs no further job. In a child made by fork() the release
-    ///           returns at once, and no job runs.
+    /// Stand-in  the initial job is blocked when its thread is found asleep for some 10 ms. Otherwise the release waits
+    ///           for as long as jobs end, however many there are and however slow they are together: it has no time
+    ///           limit but this one, that when no job has ended for 5 s it gives up. The jobs that are queued then are
+    ///           dropped, and the one that runs is left where it is: at the end of the process it ends with that, half
+    ///           done. A thread that is left alone runs no further job.
+    ///
+    ///           In a child made by fork() the release returns at once, and no job runs.
     virtual ~ActiveObjectIf();
 
     /// Starts an active object.
