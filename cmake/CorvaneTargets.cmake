@@ -1,6 +1,7 @@
 # What every target of this tree has in common. Nothing here reaches the targets of a user.
 
 find_package(Threads REQUIRED)
+include(Hardening)
 
 function(corvane_target_defaults target)
   target_compile_features(${target} PRIVATE cxx_std_17)
@@ -15,6 +16,7 @@ function(corvane_target_defaults target)
     -Woverloaded-virtual -Wcast-align -Wcast-qual -Wformat=2 -Wundef -Wunused -Wimplicit-fallthrough
     $<$<CXX_COMPILER_ID:GNU>:-Wduplicated-cond -Wduplicated-branches -Wlogical-op>
     $<$<BOOL:${CORVANE_WERROR}>:-Werror>)
+  corvane_harden(${target})
   if(CORVANE_SANITIZE)
     target_compile_options(${target} PRIVATE
       "-fsanitize=${CORVANE_SANITIZE}" -fno-sanitize-recover=all -fno-omit-frame-pointer)
