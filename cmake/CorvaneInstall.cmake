@@ -4,28 +4,31 @@ include(CMakePackageConfigHelpers)
 
 set(corvane_package_dir "${CMAKE_INSTALL_LIBDIR}/cmake/Corvane")
 
-if(CORVANE_LTTNG STREQUAL "sdk")
-  # The SDK folder is on no loader path. An installation with the SDK is for the machine that has it.
-  set_target_properties(corvane PROPERTIES INSTALL_RPATH "$ORIGIN:${corvane_lttng_libdir}")
-else()
-  set_target_properties(corvane PROPERTIES INSTALL_RPATH "$ORIGIN")
-endif()
-
 install(TARGETS corvane EXPORT CorvaneTargets
   LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}" COMPONENT runtime NAMELINK_COMPONENT development)
 install(DIRECTORY "${PROJECT_SOURCE_DIR}/include/" DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/corvane"
   COMPONENT development FILES_MATCHING PATTERN "*.h")
 install(EXPORT CorvaneTargets NAMESPACE Corvane:: DESTINATION "${corvane_package_dir}" COMPONENT development)
 
-if(CORVANE_LTTNG STREQUAL "sdk")
+if(CORVANE_SYSTEM_PATHS)
+  set(corvane_debug_dir "${PROJECT_BINARY_DIR}/debug")
+  add_custom_command(TARGET corvane POST_BUILD VERBATIM COMMAND "${CMAKE_COMMAND}"
+    "-DLIBRARY=$<TARGET_FILE:corvane>" "-DFOLDER=${corvane_debug_dir}" "-DREADELF=${CMAKE_READELF}"
+    "-DOBJCOPY=${CMAKE_OBJCOPY}" -P "${PROJECT_SOURCE_DIR}/cmake/SplitDebugSymbols.cmake")
+  install(DIRECTORY "${corvane_debug_dir}/" DESTINATION lib/debug/.build-id COMPONENT debug)
+endif()
+
+# The SDK's folders, for an installation on the machine that has the SDK.
+set(corvane_config_lttng_includes "")
+set(corvane_config_lttng_libdir "")
+set(corvane_pc_lttng_cflags "")
+set(corvane_pc_lttng_libs "")
+if(CORVANE_LTTNG STREQUAL "sdk" AND NOT CORVANE_SYSTEM_PATHS)
   set(corvane_config_lttng_includes "${corvane_lttng_includes}")
+  set(corvane_config_lttng_libdir "${corvane_lttng_libdir}")
   list(JOIN corvane_lttng_includes " -isystem" corvane_pc_lttng_cflags)
   set(corvane_pc_lttng_cflags " -isystem${corvane_pc_lttng_cflags}")
   set(corvane_pc_lttng_libs " -Wl,-rpath-link,${corvane_lttng_libdir}")
-else()
-  set(corvane_config_lttng_includes "")
-  set(corvane_pc_lttng_cflags "")
-  set(corvane_pc_lttng_libs "")
 endif()
 configure_package_config_file("${PROJECT_SOURCE_DIR}/cmake/CorvaneConfig.cmake.in"
   "${PROJECT_BINARY_DIR}/CorvaneConfig.cmake" INSTALL_DESTINATION "${corvane_package_dir}")

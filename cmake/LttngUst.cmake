@@ -23,6 +23,7 @@ if(CORVANE_LTTNG STREQUAL "sdk")
   if(NOT EXISTS "${corvane_lttng_libdir}/liblttng-ust.so.0")
     message(FATAL_ERROR "No LTTng-UST 2.12 SDK in ${corvane_sdk}. Make it with: tools/sdk ${corvane_sdk_arch}")
   endif()
+  list(APPEND corvane_path_maps "-ffile-prefix-map=${corvane_sdk}/=/")
   target_include_directories(corvane_lttng_ust SYSTEM INTERFACE ${corvane_lttng_includes})
   target_link_libraries(corvane_lttng_ust INTERFACE "${corvane_lttng_libdir}/liblttng-ust.so" ${CMAKE_DL_LIBS})
   # The SDK's libraries need each other, and the provider opens one of them by name: that takes a DT_RPATH, which holds

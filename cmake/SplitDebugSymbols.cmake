@@ -1,0 +1,19 @@
+# Run after a library was linked: moves its debug symbols to a file that debuggers find by the library's build id.
+#
+#   cmake -DLIBRARY=file -DFOLDER=folder -DREADELF=... -DOBJCOPY=... -P SplitDebugSymbols.cmake
+#
+# FOLDER becomes what /usr/lib/debug/.build-id has of this library. A library without debug symbols is only stripped.
+
+execute_process(COMMAND "${READELF}" --notes "${LIBRARY}" OUTPUT_VARIABLE notes COMMAND_ERROR_IS_FATAL ANY)
+if(NOT notes MATCHES "Build ID: ([0-9a-f][0-9a-f])([0-9a-f]+)")
+  message(FATAL_ERROR "${LIBRARY} has no build id")
+endif()
+set(file "${FOLDER}/${CMAKE_MATCH_1}/${CMAKE_MATCH_2}.debug")
+
+file(REMOVE_RECURSE "${FOLDER}") # an earlier link's
+file(MAKE_DIRECTORY "${FOLDER}/${CMAKE_MATCH_1}")
+execute_process(COMMAND "${OBJCOPY}" --only-keep-debug --compress-debug-sections=zlib "${LIBRARY}" "${file}"
+  COMMAND_ERROR_IS_FATAL ANY)
+execute_process(COMMAND "${OBJCOPY}" --strip-unneeded "--add-gnu-debuglink=${file}" "${LIBRARY}"
+  COMMAND_ERROR_IS_FATAL ANY)
+file(CHMOD "${file}" PERMISSIONS OWNER_READ OWNER_WRITE GROUP_READ WORLD_READ)
