@@ -4,9 +4,10 @@
 #   make demo     run the example shell on a script and show the trace of that run
 #   make test     build and run the tests
 #   make check    everything that CI runs
+#   make package  make Debian packages in build/<preset>/packages
 #   make clean    remove the build trees
 
-.PHONY: build demo test check check-wider clean
+.PHONY: build demo test check check-wider package clean
 
 CTEST_FLAGS ?= -j2
 
@@ -27,6 +28,10 @@ check: test check-wider
 check-wider:
 	@tools/packages build test unit check
 	@tools/check
+
+package:
+	@tools/packages build
+	@tools/package
 
 clean:
 	rm -rf build
