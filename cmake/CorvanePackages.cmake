@@ -25,7 +25,7 @@ else()
   set(corvane_tracer "liblttng-ust1 (>= 2.13)")
   set(corvane_tracer_headers "liblttng-ust-dev (>= 2.13)")
 endif()
-set(corvane_language_runtime "libc6 (>= 2.34), libgcc-s1 (>= 3.0), libstdc++6 (>= 11)")
+set(corvane_c_runtime "libc6 (>= 2.34), libgcc-s1 (>= 3.0)")
 
 # What the loader's cache and other packages' builds have to know of the library.
 set(corvane_control "${PROJECT_BINARY_DIR}/control")
@@ -36,7 +36,7 @@ file(CONFIGURE OUTPUT "${corvane_control}/shlibs" CONTENT "libcorvane 0 libcorva
 # that the stand-ins meet would have them installed over the unit's; so the library only suggests them.
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME libcorvane0)
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_SECTION libs)
-set(CPACK_DEBIAN_RUNTIME_PACKAGE_DEPENDS "${corvane_language_runtime}, ${corvane_tracer}")
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_DEPENDS "${corvane_c_runtime}, ${corvane_tracer}, libstdc++6 (>= 11)")
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_SUGGESTS "corvane-platform-standins")
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_CONTROL_EXTRA "${corvane_control}/shlibs;${corvane_control}/triggers")
 set(CPACK_DEBIAN_RUNTIME_DESCRIPTION "command tables, in-memory files and event-log client
@@ -70,7 +70,7 @@ if(CORVANE_PLATFORM STREQUAL "host")
   list(APPEND CPACK_COMPONENTS_ALL standins)
   set(CPACK_DEBIAN_STANDINS_PACKAGE_NAME corvane-platform-standins)
   set(CPACK_DEBIAN_STANDINS_PACKAGE_SECTION libs)
-  set(CPACK_DEBIAN_STANDINS_PACKAGE_DEPENDS "${corvane_language_runtime}")
+  set(CPACK_DEBIAN_STANDINS_PACKAGE_DEPENDS "${corvane_c_runtime}, libstdc++6 (>= 12)")
   # Whoever else provides the platform is the unit's own. Without shlibs: nothing may come to depend on the stand-ins.
   set(CPACK_DEBIAN_STANDINS_PACKAGE_PROVIDES corvane-platform)
   set(CPACK_DEBIAN_STANDINS_PACKAGE_CONFLICTS corvane-platform)
