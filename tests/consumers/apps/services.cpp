@@ -1,0 +1,43 @@
+/// An application of all three services, which knows them by their installed headers alone.
+#include <iostream>
+#include <memory>
+#include <ostream>
+#include <string>
+#include <vector>
+
+#include <command/cmdTableHelperIf.h>
+#include <elog/elogIf.h>
+#include <ramfs/fileManagerIf.h>
+
+namespace {
+
+using Corvane::CmdTableHelper::CmdDefinitionCpp;
+using Corvane::CmdTableHelper::V2::CmdTableHelperIf;
+using Corvane::RamFs::V1::FileHandleIf;
+using Corvane::RamFs::V1::FileManagerIf;
+
+int note(const std::vector<std::string>& words, std::ostream& out)
+{
+    FileManagerIf& files = FileManagerIf::getInstance();
+    std::shared_ptr<FileHandleIf> file = files.create(words.at(1), 0, 0);
+    if (!file) {
+        return 1;
+    }
+    out << "wrote " << file->write(words.at(2)) << " bytes to " << file->getFileName() << "\n";
+    files.close(file);
+    return 0;
+}
+
+} // namespace
+
+int main()
+{
+    const std::vector<CmdDefinitionCpp> table = {{"note <file> <text>", note, "Keeps a text in a file."}};
+    CmdTableHelperIf& commands = CmdTableHelperIf::getInstance();
+    commands.registerCmdTable("note", table);
+    std::cout << commands.executeCmd({"note", "first", "some text"}, std::cout) << "\n";
+    std::cout << commands.executeCmd({"note", "second"}, std::cout) << "\n";
+    std::cout << (FileManagerIf::getInstance().exists("first") ? "kept" : "lost") << "\n";
+    Corvane::Elog::V2::ElogIf::getInstance().elogWrite(1, "an entry", {2, 3}); // no engine will ever take it
+    return 0;
+}
