@@ -12,7 +12,8 @@ set(file "${FOLDER}/${CMAKE_MATCH_1}/${CMAKE_MATCH_2}.debug")
 
 file(REMOVE_RECURSE "${FOLDER}") # an earlier link's
 file(MAKE_DIRECTORY "${FOLDER}/${CMAKE_MATCH_1}")
-execute_process(COMMAND "${OBJCOPY}" --only-keep-debug --compress-debug-sections=zlib "${LIBRARY}" "${file}"
+# Not compressed: objcopy leaves bytes of a compressed section's header to chance, and packages are compressed anyway.
+execute_process(COMMAND "${OBJCOPY}" --only-keep-debug "${LIBRARY}" "${file}"
   COMMAND_ERROR_IS_FATAL ANY)
 execute_process(COMMAND "${OBJCOPY}" --strip-unneeded "--add-gnu-debuglink=${file}" "${LIBRARY}"
   COMMAND_ERROR_IS_FATAL ANY)
