@@ -129,7 +129,7 @@ TEST_F(LiveSessionOnAMachine, WithADaemonThatDoesNotStartFails)
 
 TEST_F(LiveSessionOnAMachine, WithADaemonThatRefusesEventsFailsAndDestroysWhatItCreated)
 {
-    install("lttng", "echo \"$2\" >>\"$0.log\"; test \"$2\" != enable-event || { echo refused; exit 1; }");
+    install("lttng", R"(echo "$2" >>"$0.log"; test "$2" != enable-event || { echo refused; exit 1; })");
     install("lttng-sessiond", "exit 1");
     install("babeltrace2", "exit 0");
     const Variable path("PATH", tools() + ":" + std::getenv("PATH"));
