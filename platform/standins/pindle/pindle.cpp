@@ -38,6 +38,7 @@ struct Shared
     bool isReleased = false;     // no job comes any more
     bool isLeftAlone = false;    // nobody waits any more
     bool isOver = false;         // the thread has run its last job
+    std::thread thread;          // the owner's
 };
 
 /// Returns  whether the kernel says that the thread sleeps. What can't be seen isn't waited for.
@@ -81,8 +82,8 @@ public:
         static std::atomic<unsigned int> count{0};
         const std::string name = ("pindle-" + std::to_string(++count)).substr(0, 15);
         m_shared->initialJob = init;
-        m_thread = std::make_unique<std::thread>(runJobs, m_shared);
-        ::pthread_setname_np(m_thread->native_handle(), name.c_str()); // nothing may fail from here on
+        m_shared->thread = std::thread(runJobs, m_shared);
+        ::pthread_setname_np(m_shared->thread.native_handle(), name.c_str()); // nothing may fail from here on
     }
 
     ActiveObject(const ActiveObject&) = delete;
@@ -91,25 +92,24 @@ public:
     ~ActiveObject() override
     {
         if (isInherited()) {
-            static_cast<void>(m_thread.release()); // it can't be joined, and its number may be another thread's by now
-            return;
+            return; // what is shared stays, with the number of a thread that can't be joined or detached
         }
         std::unique_lock<std::mutex> lock(m_shared->mutex);
         m_shared->isReleased = true;
         m_shared->changed.notify_all();
-        if (m_thread->get_id() == std::this_thread::get_id()) {
-            m_thread->detach();
+        if (m_shared->thread.get_id() == std::this_thread::get_id()) {
+            m_shared->thread.detach();
             return;
         }
         if (waitForInitialJob(lock) && waitForJobs(lock)) {
             lock.unlock();
-            m_thread->join();
+            m_shared->thread.join();
             return;
         }
         m_shared->isLeftAlone = true;
         const std::deque<Job> dropped = std::exchange(m_shared->jobs, {});
         lock.unlock();
-        m_thread->detach();
+        m_shared->thread.detach();
     }
 
     void post(Job job) override
@@ -155,7 +155,6 @@ private:
 
     const pid_t m_process = ::getpid();
     const std::shared_ptr<Shared> m_shared;
-    std::unique_ptr<std::thread> m_thread;
 };
 
 } // namespace
