@@ -14,16 +14,11 @@
 #include "tests/elog/numberedEntries.h"
 #include "tests/elog/testEngine.h"
 #include "tests/support/childProcess.h"
-#include "tests/support/emulation.h"
 #include "tests/support/runtimeFolder.h"
 
 namespace {
 
 using namespace Corvane::Testing;
-
-/// Eight threads of the writer write that many each. An emulator takes its time for each.
-const unsigned int entriesOfAThread = isEmulated() ? 10'000 : 100'000;
-const std::string writeAll = "write 8 " + std::to_string(entriesOfAThread);
 
 class Writer : public Companion
 {
@@ -108,26 +103,26 @@ TEST_F(ElogFlow, CarriesEveryByteOfTheEntriesAtTheEdges)
 TEST_F(ElogFlow, DeliversAllEntriesOfEightThreadsToAnEngineThatStartsLate)
 {
     Writer writer;
-    writer.write(writeAll);
-    Engine engine(8 * entriesOfAThread);
+    writer.write("write 8 100000");
+    Engine engine(800000);
     engine.expectAll();
     EXPECT_EQ(writer.finish(), 0);
 }
 
 TEST_F(ElogFlow, DeliversAllEntriesToAnEngineThatReadsSlowly)
 {
-    Engine engine(8 * entriesOfAThread, 3);
+    Engine engine(800000, 3);
     Writer writer;
-    writer.write(writeAll); // returns long before the engine has read them
+    writer.write("write 8 100000"); // returns long before the engine has read them
     EXPECT_EQ(writer.finish(), 0);
     engine.expectAll();
 }
 
 TEST_F(ElogFlow, DeliversAllEntriesToAnEngineThatIsStoppedForAWhile)
 {
-    Engine engine(8 * entriesOfAThread);
+    Engine engine(800000);
     Writer writer;
-    writer.writeLine(writeAll);
+    writer.writeLine("write 8 100000");
     engine.expectFlow();
     kill(engine.pid(), SIGSTOP);
     EXPECT_EQ(writer.readLine(), "written"); // though nobody reads
