@@ -58,12 +58,15 @@ void operator delete(void* block, std::size_t) noexcept
     operator delete(block);
 }
 
+// The parameters have other names in the C library, which are reserved.
+// NOLINTNEXTLINE(readability-inconsistent-declaration-parameter-name)
 extern "C" int pthread_create(pthread_t* thread, const pthread_attr_t* attributes, void* (*start)(void*),
                               void* argument)
 {
     Dl_info caller = {};
-    const bool isTracer = dladdr(__builtin_return_address(0), &caller) != 0 && caller.dli_fname != nullptr &&
-                          std::strstr(caller.dli_fname, "lttng") != nullptr;
+    const bool isKnown = dladdr(__builtin_return_address(0), &caller) != 0 && caller.dli_fname != nullptr;
+    const char* const slash = isKnown ? std::strrchr(caller.dli_fname, '/') : nullptr;
+    const bool isTracer = slash != nullptr && std::strncmp(slash + 1, "liblttng", std::strlen("liblttng")) == 0;
     threadsStarted += isTracer ? 0 : 1;
     using Create = int (*)(pthread_t*, const pthread_attr_t*, void* (*)(void*), void*);
     static const auto create = reinterpret_cast<Create>(dlsym(RTLD_NEXT, "pthread_create"));
@@ -148,6 +151,7 @@ int main()
     measureCommands(steps);
     measureFiles(steps);
     ElogIf::getInstance();
+    steps.done("client");
     std::this_thread::sleep_for(std::chrono::milliseconds(200)); // the client's thread has then settled down to wait
     steps.done("elog");
     return 0;

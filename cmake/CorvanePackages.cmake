@@ -52,7 +52,7 @@ corvane-platform-standins has them.")
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME libcorvane-dev)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "libcorvane0 (= ${PROJECT_VERSION}), ${corvane_tracer_headers}")
-set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_RECOMMENDS "corvane-platform-standins | corvane-platform")
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SUGGESTS "corvane-platform-standins")
 set(CPACK_DEBIAN_DEVELOPMENT_DESCRIPTION "command tables, in-memory files and event-log client (headers)
 Headers, CMake package and pkg-config file for applications that use
 libcorvane.

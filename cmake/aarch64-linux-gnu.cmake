@@ -12,7 +12,7 @@ mark_as_advanced(CORVANE_QEMU)
 set(CMAKE_CROSSCOMPILING_EMULATOR "${CORVANE_QEMU}" -cpu max,pauth-impdef=on -L /usr/aarch64-linux-gnu)
 
 # Headers and libraries of the machine that builds are never the unit's.
-set(CMAKE_FIND_ROOT_PATH /usr/aarch64-linux-gnu)
+list(APPEND CMAKE_FIND_ROOT_PATH /usr/aarch64-linux-gnu) # beside those that the command line names
 set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
 set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
