@@ -13,21 +13,23 @@ namespace Zel {
 namespace {
 
 constexpr std::size_t readSize = std::size_t{64} << 10U;
+constexpr std::size_t move = std::size_t{256} << 10U; // what a sender that means it writes in less than a second
+constexpr std::chrono::seconds longestForAMove{1};
 
 } // namespace
 
-bool Incoming::read(std::deque<Arrived>& arrived)
+bool Incoming::read(std::deque<Arrived>& arrived, Time now)
 {
     std::array<unsigned char, readSize> buffer; // NOLINT(cppcoreguidelines-pro-type-member-init): read into at once
     const ssize_t result = ::recv(m_connection.get(), buffer.data(), buffer.size(), MSG_DONTWAIT);
     if (result <= 0) {
         return result < 0 && (errno == EAGAIN || errno == EINTR);
     }
-    m_lastRead = std::chrono::steady_clock::now();
     const unsigned char* next = buffer.data();
     auto left = static_cast<std::size_t>(result);
     while (left > 0) {
         if (!m_partial) {
+            m_movedAt = m_headerBytes == 0 ? now : m_movedAt;
             const std::size_t taken = takeHeader(next, left);
             next += taken;
             left -= taken;
@@ -45,6 +47,10 @@ bool Incoming::read(std::deque<Arrived>& arrived)
         }
         std::memcpy(bytesOf(m_partial.get()) + m_partialFill, next, taken);
         m_partialFill += taken;
+        if (m_partialFill - m_movedTo >= move) {
+            m_movedAt = now;
+            m_movedTo = m_partialFill;
+        }
         next += taken;
         left -= taken;
         if (m_partialFill == m_header.size) {
@@ -59,11 +65,16 @@ void Incoming::refuseMore()
     ::shutdown(m_connection.get(), SHUT_RD);
 }
 
-void Incoming::end(std::deque<Arrived>& arrived)
+void Incoming::end(std::deque<Arrived>& arrived, Time now)
 {
     refuseMore(); // from here on the sender knows, so what is read now is all that it believes sent
-    while (read(arrived)) {
+    while (read(arrived, now)) {
     }
+}
+
+bool Incoming::isSlow(Time now) const
+{
+    return isInsideMessage() && !needsRoom() && now - m_movedAt > longestForAMove;
 }
 
 std::size_t Incoming::takeHeader(const unsigned char* bytes, std::size_t count)
@@ -81,6 +92,7 @@ bool Incoming::startMessage()
     }
     m_partial = allocateMessage(std::min<std::size_t>(m_header.size, readSize));
     m_partialFill = 0;
+    m_movedTo = 0;
     return m_partial != nullptr;
 }
 
@@ -93,8 +105,8 @@ bool Incoming::growTo(std::size_t size)
 void Incoming::finishMessage(std::deque<Arrived>& arrived)
 {
     setSender(m_partial.get(), m_header.sender);
-    *m_waitingBytes += memoryOf(m_partial.get());
-    arrived.push_back({std::move(m_partial), m_waitingBytes});
+    m_waiting->bytes += memoryOf(m_partial.get());
+    arrived.push_back({std::move(m_partial), m_waiting});
     m_headerBytes = 0;
     m_room = 0;
 }

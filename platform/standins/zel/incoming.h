@@ -25,12 +25,18 @@ struct FrameHeader
 };
 constexpr std::uint32_t frameMark = 0x5A454C31;
 
-/// A message that has arrived, and the count of its connection in which it stands until it is received; null if it came
-/// by no connection.
+/// The memory of a connection's messages that have arrived and were not received yet.
+struct Waiting
+{
+    std::size_t bytes = 0;
+    bool hasEnded = false; // the connection
+};
+
+/// A message that has arrived, and where it is counted until it is received; null if it came by no connection.
 struct Arrived
 {
     Message message;
-    std::shared_ptr<std::size_t> waitingBytes;
+    std::shared_ptr<Waiting> waiting;
 };
 
 class Incoming
@@ -38,31 +44,38 @@ class Incoming
 public:
     explicit Incoming(Fd connection) : m_connection(std::move(connection)) {}
 
+    /// How long its owner has been receiving, in all.
+    using Time = std::chrono::steady_clock::duration;
+
     /// Takes what has arrived, up to a buffer full, and appends the messages that became whole.
     ///
     /// Returns  false if the connection is at its end, or carries something that isn't a message.
-    bool read(std::deque<Arrived>& arrived);
+    bool read(std::deque<Arrived>& arrived, Time now);
 
     /// No more is sent on this connection; what was sent can still be read.
     void refuseMore();
 
     /// Ends the connection without a loss: what was sent is read, and a sender that is in the middle of a message sends
     /// that again on a new connection.
-    void end(std::deque<Arrived>& arrived);
+    void end(std::deque<Arrived>& arrived, Time now);
 
     int fd() const { return m_connection.get(); }
-    /// Memory of its messages that have arrived and were not received yet.
-    std::size_t waitingBytes() const { return *m_waitingBytes; }
+    const std::shared_ptr<Waiting>& waiting() const { return m_waiting; }
 
     /// A message that is longer than a buffer is to be read only once there is room for all of it.
     bool needsRoom() const { return m_partial && m_room == 0 && m_header.size > sizeOf(m_partial.get()); }
-    void giveRoom() { m_room = m_header.size; }
+    void giveRoom(Time now)
+    {
+        m_room = m_header.size;
+        m_movedAt = now;
+    }
     /// Memory that it was given and still needs.
     std::size_t room() const { return m_room; }
     std::size_t neededRoom() const { return m_header.size; }
 
-    /// When something was read from it last.
-    std::chrono::steady_clock::time_point lastRead() const { return m_lastRead; }
+    bool isInsideMessage() const { return m_headerBytes > 0; }
+    /// Returns  whether its message comes so slowly, with nothing in its way, that others shall not wait for it.
+    bool isSlow(Time now) const;
 
 private:
     std::size_t takeHeader(const unsigned char* bytes, std::size_t count);
@@ -77,8 +90,9 @@ private:
     Message m_partial; // there once the header is whole
     std::size_t m_partialFill = 0;
     std::size_t m_room = 0;
-    std::chrono::steady_clock::time_point m_lastRead = std::chrono::steady_clock::now();
-    std::shared_ptr<std::size_t> m_waitingBytes = std::make_shared<std::size_t>(0);
+    Time m_movedAt = {};       // when its message began, got room, or had got on a good deal
+    std::size_t m_movedTo = 0; // and how far it was then
+    std::shared_ptr<Waiting> m_waiting = std::make_shared<Waiting>();
 };
 
 } // namespace Zel

@@ -20,7 +20,8 @@ public:
 
     void request(std::string name, Message reply) { m_requests.push_back({std::move(name), std::move(reply)}); }
 
-    /// Appends the replies for the mailboxes that exist now. To be called after request() and when fd() is readable.
+    /// Appends the replies for the mailboxes that exist now. To be called after request(), when fd() is readable, and
+    /// now and then: the kernel tells nothing of a folder that is removed with its parent while somebody has it open.
     void check(std::deque<Arrived>& arrived);
 
     bool isWaiting() const { return !m_requests.empty(); }

@@ -17,15 +17,16 @@ constexpr std::uint32_t anySender = 0xFFF11111U;
 constexpr std::uint32_t forEverMs = 0xFFFFFFFFU;
 constexpr std::size_t mostConnections = 512;
 constexpr std::size_t mostWaitingBytes = std::size_t{8} << 20U; // of one sender, while others are wanted
+constexpr std::size_t mostEndedBytes = std::size_t{64} << 20U;  // of senders that have gone since
 constexpr std::size_t mostRoom = 2 * largestMessage;            // of all messages that are longer than a buffer
-constexpr std::chrono::seconds longestSilenceInRoom{1};         // while others need it
-constexpr int mostAttempts = 100;           // to a receiver that ends each connection before it has the message
+constexpr int mostAttemptsAtOnce = 100;     // to a receiver that ends each connection before it has the message
 constexpr int mostRoundsPastTheTime = 1024; // enough for the largest message, and an end beside senders without one
+constexpr int followMs = 5000;              // between two looks at whether the meeting folder is still that
 constexpr int retryMs = 100; // where the system has run out of something and tells nobody when there is more
 
 bool hasPlace(const Incoming& connection)
 {
-    return connection.waitingBytes() < mostWaitingBytes;
+    return connection.waiting()->bytes < mostWaitingBytes;
 }
 
 } // namespace
@@ -114,8 +115,10 @@ Message Mailbox::takeArrived(const Filter& filter)
         return {};
     }
     Message message = std::move(found->message);
-    if (found->waitingBytes) {
-        *found->waitingBytes -= memoryOf(message.get());
+    if (found->waiting) {
+        const std::size_t bytes = memoryOf(message.get());
+        found->waiting->bytes -= bytes;
+        m_endedBytes -= found->waiting->hasEnded ? bytes : 0;
     }
     m_arrived.erase(found);
     return message;
@@ -128,15 +131,16 @@ int Mailbox::waitMs(bool forEver, Clock::time_point deadline) const
     }
     const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - Clock::now()).count();
     const bool canTell = !m_isFull && !m_isShort && (!m_locator.isWaiting() || m_locator.fd() >= 0);
-    const std::int64_t longest = canTell ? std::numeric_limits<int>::max() : retryMs;
+    const int longest = canTell ? m_locator.isWaiting() ? followMs : std::numeric_limits<int>::max() : retryMs;
     if (forEver) {
-        return canTell ? -1 : retryMs;
+        return longest == std::numeric_limits<int>::max() ? -1 : longest;
     }
     return static_cast<int>(std::clamp<std::int64_t>(left, 0, longest));
 }
 
 bool Mailbox::takeIn(int timeoutMs)
 {
+    const Clock::time_point begun = Clock::now();
     // The descriptors by position: the listener, the locator's, then the connections'. A negative one is passed over.
     const bool wasFull = m_isFull;
     m_pollSet.clear();
@@ -157,15 +161,16 @@ bool Mailbox::takeIn(int timeoutMs)
             readFrom(connection);
         }
     }
-    if (m_isShort) { // what had come in by now has been read, however late it was asked for
-        endLongestStalled();
+    if (m_isShort) {
+        endSlow();
     }
     if (!m_isClosed && (wasFull || m_pollSet[0].revents != 0)) {
         acceptAll();
     }
-    if (m_locator.isWaiting() && (m_locator.fd() < 0 || m_pollSet[1].revents != 0)) {
+    if (m_locator.isWaiting() && (ready == 0 || m_locator.fd() < 0 || m_pollSet[1].revents != 0)) {
         m_locator.check(m_arrived);
     }
+    m_spent += Clock::now() - begun;
     return ready > 0;
 }
 
@@ -173,8 +178,15 @@ void Mailbox::acceptAll()
 {
     m_isFull = false;
     for (std::size_t accepted = 0; m_isClosed || accepted < mostConnections;) {
-        if (m_incoming.size() >= mostConnections && !m_isClosed && !endLongestSilent()) {
-            m_isFull = true;
+        if (!m_isClosed && m_incoming.size() >= mostConnections) {
+            pollfd listener = {m_address.listener.get(), POLLIN, 0};
+            if (::poll(&listener, 1, 0) <= 0) {
+                return; // nobody needs a place
+            }
+            m_isFull = !makePlace();
+        }
+        m_isFull = m_isFull || (!m_isClosed && m_endedBytes >= mostEndedBytes);
+        if (m_isFull) {
             return;
         }
         Fd connection(::accept4(m_address.listener.get(), nullptr, nullptr, SOCK_CLOEXEC));
@@ -186,31 +198,52 @@ void Mailbox::acceptAll()
             }
         } else if (errno == EAGAIN || errno == EINVAL) { // the latter after shutdown()
             return;
-        } else if (errno != EINTR && errno != ECONNABORTED && !endLongestSilent()) {
+        } else if (errno != EINTR && errno != ECONNABORTED && !makePlace()) {
             m_isFull = true; // out of descriptors or memory
             return;
         }
     }
 }
 
-bool Mailbox::endLongestSilent()
+bool Mailbox::makePlace()
 {
-    const auto silent = std::find_if(m_incoming.begin(), m_incoming.end(),
-                                     [](const Incoming& connection) { return connection.waitingBytes() == 0; });
-    if (silent == m_incoming.end()) {
+    const auto isIdle = [](const Incoming& connection) {
+        return connection.waiting()->bytes == 0 && !connection.isInsideMessage();
+    };
+    const auto isSlow = [this](const Incoming& connection) {
+        return connection.waiting()->bytes == 0 && connection.isSlow(m_spent);
+    };
+    auto found = std::find_if(m_incoming.begin(), m_incoming.end(), isIdle);
+    if (found == m_incoming.end()) {
+        found = std::find_if(m_incoming.begin(), m_incoming.end(), isSlow);
+    }
+    if (found == m_incoming.end()) {
         return false;
     }
-    silent->end(m_arrived);
-    m_incoming.erase(silent);
+    end(found);
     return true;
+}
+
+void Mailbox::end(std::list<Incoming>::iterator connection)
+{
+    connection->end(m_arrived, m_spent);
+    remove(connection);
+}
+
+void Mailbox::remove(std::list<Incoming>::iterator connection)
+{
+    Waiting& waiting = *connection->waiting();
+    waiting.hasEnded = true;
+    m_endedBytes += waiting.bytes;
+    m_incoming.erase(connection);
 }
 
 void Mailbox::readFrom(std::list<Incoming>::iterator connection)
 {
-    if (connection->read(m_arrived)) {
+    if (connection->read(m_arrived, m_spent)) {
         m_incoming.splice(m_incoming.end(), m_incoming, connection);
     } else {
-        m_incoming.erase(connection);
+        remove(connection);
     }
 }
 
@@ -229,18 +262,18 @@ void Mailbox::giveRoom()
             m_isShort = true;
             break;
         }
-        connection.giveRoom();
+        connection.giveRoom(m_spent);
         left -= connection.room();
     }
 }
 
-void Mailbox::endLongestStalled()
+void Mailbox::endSlow()
 {
-    const auto stalled = std::find_if(m_incoming.begin(), m_incoming.end(),
-                                      [](const Incoming& connection) { return connection.room() > 0; });
-    if (stalled != m_incoming.end() && Clock::now() - stalled->lastRead() > longestSilenceInRoom) {
-        stalled->end(m_arrived);
-        m_incoming.erase(stalled);
+    const auto slow = std::find_if(m_incoming.begin(), m_incoming.end(), [this](const Incoming& connection) {
+        return connection.room() > 0 && connection.isSlow(m_spent);
+    });
+    if (slow != m_incoming.end()) {
+        end(slow);
     }
 }
 
@@ -255,14 +288,18 @@ void Mailbox::send(Message message, std::uint32_t to)
     }
     // A receiver that needs the place, or the memory, ends a connection even inside a message. It drops what it had of
     // it, and takes it whole on the next connection.
-    for (int attempt = 0; attempt < mostAttempts && to != m_gone; ++attempt) {
+    for (int attempt = 0; to != m_gone; ++attempt) {
+        if (attempt >= mostAttemptsAtOnce) {
+            ::poll(nullptr, 0, retryMs);
+        }
         auto known = m_outgoing.find(to);
         if (known == m_outgoing.end()) {
             bool isGone = false;
             Fd connection = m_meetingPoint.connectTo(to, isGone);
             m_gone = isGone ? to : m_gone;
             if (!connection) {
-                return;
+                attempt = mostAttemptsAtOnce;
+                continue; // unless it is gone, there will be descriptors or memory again
             }
             forgetTheGone();
             known = m_outgoing.emplace(to, std::move(connection)).first;

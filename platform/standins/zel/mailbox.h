@@ -66,16 +66,18 @@ private:
     /// Returns  false if nothing was there.
     bool takeIn(int timeoutMs);
     void acceptAll();
-    /// Ends the connection that has been silent longest, except where messages wait to be received: its sender would
-    /// come again, as one of whom none wait.
+    /// Ends the connection that has been silent longest between two messages, or else one with a slow message; except
+    /// where messages wait to be received: its sender would come again, as one of whom none wait.
     ///
     /// Returns  false if there is none.
-    bool endLongestSilent();
+    bool makePlace();
     void readFrom(std::list<Incoming>::iterator connection);
     /// Lets long messages come, first come first served, as far as there is memory for them.
     void giveRoom();
-    /// Ends the connection that has room and has been silent longest, if that is too long.
-    void endLongestStalled();
+    /// Ends a connection that has room for a slow message.
+    void endSlow();
+    void end(std::list<Incoming>::iterator connection);
+    void remove(std::list<Incoming>::iterator connection);
     /// Closes the connections to receivers that have gone.
     void forgetTheGone();
     bool sendOn(int connection, zel_msg* message) const;
@@ -85,8 +87,10 @@ private:
     const std::string m_name;
     Address m_address;
     bool m_isClosed = false;
-    bool m_isFull = false;  // no descriptor, or no place, for another connection
-    bool m_isShort = false; // no room for a long message that has begun
+    bool m_isFull = false;        // no descriptor, or no place, for another connection
+    bool m_isShort = false;       // no room for a long message that has begun
+    Incoming::Time m_spent = {};  // in waiting for input and taking it in
+    std::size_t m_endedBytes = 0; // of messages that wait to be received, and whose connections have ended
 
     std::list<Incoming> m_incoming; // the one that has moved last is at the end
     std::deque<Arrived> m_arrived;

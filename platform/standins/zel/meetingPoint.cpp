@@ -221,7 +221,9 @@ std::optional<Address> MeetingPoint::takeName(const std::string& name) const
         return std::nullopt;
     }
     if (const auto formerId = linkedId(linkName)) {
-        if (!claimId(*formerId)) {
+        // Not by its abstract name: whoever saw that in use can take it when its owner is killed.
+        const int error = probe(*formerId);
+        if (error != ENOENT && error != ECONNREFUSED) {
             return std::nullopt;
         }
         ::unlinkat(m_folder.get(), ("id-" + hex(*formerId)).c_str(), 0);
@@ -267,10 +269,15 @@ std::optional<std::uint32_t> MeetingPoint::find(const std::string& name) const
     if (!id) {
         return std::nullopt;
     }
-    const Fd probe(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
-    const SocketAddress address = addressOf(pathOf("id-" + hex(*id)));
-    const bool alive = probe && (::connect(probe.get(), address.get(), address.length) == 0 || errno == EAGAIN);
-    return alive ? id : std::nullopt;
+    return probe(*id) == 0 ? id : std::nullopt;
+}
+
+int MeetingPoint::probe(std::uint32_t id) const
+{
+    const Fd connection(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
+    const SocketAddress address = addressOf(pathOf("id-" + hex(id)));
+    const bool answers = connection && ::connect(connection.get(), address.get(), address.length) == 0;
+    return answers || errno == EAGAIN ? 0 : errno;
 }
 
 Fd MeetingPoint::connectTo(std::uint32_t id, bool& isGone) const
@@ -285,8 +292,8 @@ Fd MeetingPoint::connectTo(std::uint32_t id, bool& isGone) const
     do {
         result = ::connect(connection.get(), address.get(), address.length);
     } while (result != 0 && errno == EINTR);
-    isGone = result != 0 && (errno == ENOENT || errno == ECONNREFUSED);
     if (result != 0 || !isSameUser(connection.get())) {
+        isGone = result == 0 || (errno != EMFILE && errno != ENFILE && errno != ENOMEM && errno != ENOBUFS);
         connection.reset();
     }
     return connection;

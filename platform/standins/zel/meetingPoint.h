@@ -42,8 +42,7 @@ public:
     /// Takes a name and gives it an address.
     ///
     /// Returns  empty if the name is taken, or isn't one. It is taken if its lock is, or if a mailbox lives that has
-    /// it:
-    ///          somebody may have removed the lock's file.
+    ///          it: somebody may have removed the lock's file.
     std::optional<Address> takeName(const std::string& name) const;
 
     /// Gives the name back. The address ends.
@@ -68,6 +67,8 @@ private:
     /// Through the open folder, so that a path always fits a socket address.
     std::string pathOf(const std::string& file) const;
     std::optional<std::uint32_t> linkedId(const std::string& linkName) const;
+    /// Returns  0 if a mailbox with that id lives, else why it doesn't answer, as in errno.
+    int probe(std::uint32_t id) const;
     Fd lock(const std::string& file) const;
     bool bindTo(std::uint32_t id, Address& address) const;
 

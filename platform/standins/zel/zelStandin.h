@@ -6,8 +6,10 @@
 /// message end their connection and harm no other.
 ///
 /// A mailbox holds 512 connections, and 128 MiB for messages of more than 64 KiB that are on their way. When more is
-/// needed, the connection that has been silent longest is ended, or the sender waits; no message is lost by it, for
-/// senders connect anew and send again what had not arrived whole.
+/// needed, the connection that has been silent longest between two messages is ended, or one whose message comes
+/// slowly, or the sender waits; no message is lost by it, for senders connect anew and send again what had not arrived
+/// whole. A receive with a filter leaves up to 8 MiB of other messages waiting on each connection, and 64 MiB of those
+/// that have ended; while it has that many, or messages wait on all connections, no further sender is let in.
 ///
 /// Threads  as in zel.h.
 /// Errors   nothing is thrown.
