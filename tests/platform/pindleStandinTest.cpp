@@ -16,6 +16,8 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include "tests/support/timeToEnd.h"
+
 namespace {
 
 using Pindle::ActiveObject::V1::ActiveObjectIf;
@@ -76,7 +78,7 @@ TEST(PindleStandin, WaitsForAnInitialJobThatIsBusy)
 }
 
 #ifdef CORVANE_TEST_SANITIZED
-constexpr bool isSanitized = true; // then the end alone may take seconds
+constexpr bool isSanitized = true;
 #else
 constexpr bool isSanitized = false;
 #endif
@@ -99,10 +101,11 @@ TEST(PindleStandin, DoesNotHoldUpTheEndOfAForkedChildThatHasNoneOfItsThreads)
         }
     });
     std::cout.flush();
+    const unsigned int seconds = Corvane::Testing::timeToEnd();
     for (int round = 0; round < 20; ++round) {
         const pid_t child = ::fork();
         if (child == 0) {
-            ::alarm(isSanitized ? 60 : 3); // seconds; the end waits five for jobs that don't end
+            ::alarm(seconds); // the end waits longer for jobs that don't end
             ownedToTheEnd()->post([] {});
             std::exit(0);
         }

@@ -30,18 +30,11 @@
 #include <zel.h>
 
 #include "numberedMessages.h"
+#include "tests/support/timeToEnd.h"
 
 namespace {
 
 using namespace Conformance;
-
-// What the end of a process may take at most, loaded as the machine may be: less than a release waits for a job that
-// doesn't end. With a sanitizer the end alone may take seconds.
-#ifdef CORVANE_TEST_SANITIZED
-constexpr unsigned int hangSeconds = 60;
-#else
-constexpr unsigned int hangSeconds = 3;
-#endif
 
 /// Returns  what is wrong with the messages that come; empty if nothing is.
 std::string receiveNumbered(std::uint32_t count, std::size_t largest)
@@ -109,7 +102,7 @@ std::string answer(const std::string& line)
             },
             SchedulingPolicy{0});
         ownedToTheEnd()->post([] { std::abort(); });
-        ::alarm(hangSeconds);
+        ::alarm(Corvane::Testing::timeToEnd());
         std::exit(0);
     }
     if (command == "throw-in-a-job") {
