@@ -15,6 +15,7 @@
 #include "tests/elog/testEngine.h"
 #include "tests/support/childProcess.h"
 #include "tests/support/runtimeFolder.h"
+#include "tests/support/timeToEnd.h"
 
 namespace {
 
@@ -37,10 +38,10 @@ public:
         return std::stol(readLine());
     }
 
-    /// Kills it when it doesn't end in far less time than it gives an engine that has stopped reading.
+    /// Kills it when it doesn't end in less time than it gives an engine that has stopped reading.
     void hurry()
     {
-        writeLine("hurry 3");
+        writeLine("hurry " + std::to_string(timeToEnd()));
         EXPECT_EQ(readLine(), "hurrying");
     }
 };
@@ -111,11 +112,14 @@ TEST_F(ElogFlow, DeliversAllEntriesOfEightThreadsToAnEngineThatStartsLate)
 
 TEST_F(ElogFlow, DeliversAllEntriesToAnEngineThatReadsSlowly)
 {
-    Engine engine(800000, 3);
+    Engine engine(40000, 50);
     Writer writer;
-    writer.write("write 8 100000"); // returns long before the engine has read them
-    EXPECT_EQ(writer.finish(), 0);
+    writer.writeLine("write 8 5000");
+    engine.expectFlow();
+    EXPECT_EQ(writer.readLine(), "written"); // though the engine has read no more than a thousand
+    engine.writeLine("go on");
     engine.expectAll();
+    EXPECT_EQ(writer.finish(), 0);
 }
 
 TEST_F(ElogFlow, DeliversAllEntriesToAnEngineThatIsStoppedForAWhile)
@@ -200,8 +204,8 @@ TEST_F(ElogFlow, NeverBlocksAWriterWhoseEngineNeverReads)
 TEST_F(ElogFlow, EndsAtOnceWithoutAnEngine)
 {
     Writer writer;
-    writer.hurry();
     writer.write("write 8 1000");
+    writer.hurry();
     EXPECT_EQ(writer.finish(), 0);
 }
 
@@ -210,8 +214,8 @@ TEST_F(ElogFlow, EndsAtOnceWhenItsMailboxIsTaken)
     onThread([] {
         EXPECT_NE(__zel_create_mailbox("ElogEngineClient", 0, "", 0), 0xFFFFFFFF);
         Writer writer;
-        writer.hurry();
         writer.write("write 8 1000");
+        writer.hurry();
         EXPECT_EQ(writer.finish(), 0);
     });
 }

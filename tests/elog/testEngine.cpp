@@ -114,16 +114,19 @@ int runEngine(unsigned long expected, unsigned long pause)
     std::cout << "created" << std::endl;
     std::map<std::uint32_t, std::uint32_t> next;
     unsigned long flaws = 0;
+    std::string line;
     for (unsigned long received = 1; received <= expected; ++received) {
         flaws += isNext(receiveEntry(), next) ? 0U : 1U;
         if (received == 1000) {
             std::cout << "flowing" << std::endl;
+            if (pause > 0) {
+                std::getline(std::cin, line);
+            }
         }
         pauseFor(std::chrono::microseconds(pause));
     }
     std::cout << (flaws == 0 ? "complete" : std::to_string(flaws) + " entries are not what should have come")
               << std::endl;
-    std::string line;
     while (std::getline(std::cin, line)) {
     }
     return 0;

@@ -43,7 +43,7 @@ std::vector<unsigned char> messageOf(unsigned int eventId, const std::string& te
 
 /// What the program does when it is started with "--engine <expected> <pause>": it prints "created", "flowing" when a
 /// thousand numbered entries have come, and when `expected` have come "complete" or what was wrong. It pauses `pause`
-/// microseconds after each. It ends with standard input.
+/// microseconds after each; if it does, it also waits for a line behind "flowing". It ends with standard input.
 int runEngine(unsigned long expected, unsigned long pause);
 
 } // namespace Corvane::Testing
