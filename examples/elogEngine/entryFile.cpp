@@ -22,10 +22,13 @@ Result checked(Result result, const std::string& path)
     return result;
 }
 
-/// A new file's name is on disk only when its folder is.
+/// A new file's name is on disk only when its folder is: the one that it is in, to which a link may have led. What is
+/// no file (a pipe of another process) may have no place beside that link.
 void syncFolderOf(const std::string& path)
 {
-    const std::filesystem::path folder = std::filesystem::absolute(path).parent_path();
+    const bool isFile = std::filesystem::is_regular_file(path);
+    const auto place = isFile ? std::filesystem::canonical(path) : std::filesystem::absolute(path);
+    const std::filesystem::path folder = place.parent_path();
     const int fd = checked(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC), folder);
     const int result = ::fsync(fd);
     ::close(fd);

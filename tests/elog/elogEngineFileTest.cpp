@@ -77,6 +77,15 @@ TEST_F(ElogEngineFile, IsOnDiskWithItsName)
     EXPECT_THAT(m_disk.folders, ElementsAre(m_folder.path()));
 }
 
+TEST_F(ElogEngineFile, IsOnDiskWhereALinkToNothingYetLeads)
+{
+    std::filesystem::create_directory(m_folder.path() / "target");
+    std::filesystem::create_symlink("target/log", m_path);
+    const EntryFile file(m_path);
+    EXPECT_THAT(m_disk.folders, ElementsAre(m_folder.path() / "target"));
+    EXPECT_TRUE(std::filesystem::exists(m_folder.path() / "target" / "log"));
+}
+
 TEST_F(ElogEngineFile, HasLinesOnDiskWhenTheyAreAppended)
 {
     EntryFile file(m_path);
