@@ -1,13 +1,19 @@
 /// The event-log process: owns the mailbox "ElogEngine" and prints, or also keeps, the entries that clients send.
+#include <algorithm>
+#include <cerrno>
 #include <chrono>
+#include <climits>
 #include <csignal>
 #include <cstdint>
 #include <iostream>
+#include <new>
 #include <optional>
 #include <stdexcept>
 #include <string>
 
 #include <getopt.h>
+#include <poll.h>
+#include <unistd.h>
 #include <zelStandin.h>
 
 #include "entry.h"
@@ -27,13 +33,15 @@ constexpr const char* help =
     "  --append FILE  append the lines to FILE as well; a line is printed when it is on disk there\n"
     "  --help         print this\n"
     "\n"
-    "Messages that are no entries are dropped and reported on standard error. Exit status: 0 after a signal, 1 if\n"
-    "another process has the mailbox, FILE can't be opened or a line can't be written, 2 for wrong options.\n";
+    "Messages that are no entries, or for which there is no memory, are dropped and reported on standard error. Exit\n"
+    "status: 0 after a signal, 1 if another process has the mailbox, FILE can't be opened, a line can't be written or\n"
+    "nobody reads standard output after a signal, 2 for wrong options.\n";
 
 constexpr std::uint32_t noMailbox = 0xFFFFFFFF;
 constexpr std::uint32_t anySender = 0xFFF11111;
 // A signal doesn't end a wait, and a message that tells of one may find no place in a mailbox full of clients.
-constexpr std::uint32_t signalLookMs = 200;
+constexpr int signalLookMs = 200;
+constexpr int looksAfterSignal = 10;
 constexpr std::size_t batchBytes = std::size_t{256} << 10U;
 
 struct Options
@@ -53,12 +61,34 @@ void catchSignals()
 {
     struct sigaction action = {};
     action.sa_handler = stop;
-    action.sa_flags = SA_RESTART;
     for (const int signal : {SIGTERM, SIGINT}) {
         ::sigaction(signal, &action, nullptr);
     }
     for (const int signal : {SIGPIPE, SIGXFSZ}) { // a closed output or a full file is found when writing to it
         static_cast<void>(::signal(signal, SIG_IGN));
+    }
+}
+
+/// Writes to standard output; after a signal only as long as somebody reads that.
+void print(const std::string& lines)
+{
+    int looksLeft = looksAfterSignal;
+    for (std::size_t written = 0; written < lines.size();) {
+        pollfd output = {STDOUT_FILENO, POLLOUT, 0};
+        if (::poll(&output, 1, signalLookMs) <= 0) {
+            if (hasToStop != 0 && --looksLeft < 0) {
+                throw std::runtime_error("nobody reads standard output");
+            }
+            continue;
+        }
+        looksLeft = looksAfterSignal;
+        // A pipe that can be written to has room for as much at least, so that this doesn't wait.
+        const std::size_t length = std::min<std::size_t>(lines.size() - written, PIPE_BUF);
+        const ssize_t result = ::write(STDOUT_FILENO, lines.data() + written, length);
+        if (result < 0 && errno != EINTR && errno != EAGAIN) {
+            throw std::runtime_error("can't write to standard output");
+        }
+        written += static_cast<std::size_t>(std::max<ssize_t>(result, 0));
     }
 }
 
@@ -68,6 +98,10 @@ class Engine
 public:
     explicit Engine(const Options& options) : m_json(options.json)
     {
+        // Before the file, which is another engine's as long as that has the mailbox.
+        if (__zel_create_mailbox("ElogEngine", 0, "", 0) == noMailbox) {
+            throw std::runtime_error("can't create the mailbox ElogEngine; another engine may have it");
+        }
         if (options.appendTo) {
             m_file.emplace(*options.appendTo);
         }
@@ -76,9 +110,6 @@ public:
     /// Ends when a signal has come and what had arrived by then is written out.
     void run()
     {
-        if (__zel_create_mailbox("ElogEngine", 0, "", 0) == noMailbox) {
-            throw std::runtime_error("can't create the mailbox ElogEngine; another engine may have it");
-        }
         std::cerr << "elogEngine: ready" << std::endl;
         bool isClosed = false;
         do {
@@ -110,15 +141,33 @@ private:
     void take(const zel_msg* message, std::size_t size)
     {
         const std::uint32_t sender = __zel_sender(message, "", 0);
-        Entry entry;
-        const std::string flaw = readEntry(reinterpret_cast<const unsigned char*>(message), size, entry);
+        const std::size_t linesBefore = m_lines.size();
+        std::string flaw;
+        try {
+            Entry entry;
+            flaw = readEntry(reinterpret_cast<const unsigned char*>(message), size, entry);
+            if (flaw.empty()) {
+                appendLine({std::chrono::system_clock::now(), sender, m_sequence + 1}, entry);
+                ++m_sequence;
+            }
+        } catch (const std::bad_alloc&) { // a line may be six times as long as its text
+            m_lines.resize(linesBefore);
+            m_lines.shrink_to_fit();
+            flaw = "no memory";
+        }
         if (!flaw.empty()) {
             std::cerr << "elogEngine: dropped a message of " << size << " bytes from " << sender << ": " << flaw
                       << "\n";
-            return;
         }
-        const Arrival arrival = {std::chrono::system_clock::now(), sender, ++m_sequence};
-        m_lines += m_json ? asJson(arrival, entry) : asText(arrival, entry);
+    }
+
+    void appendLine(const Arrival& arrival, const Entry& entry)
+    {
+        if (m_json) {
+            appendJson(m_lines, arrival, entry);
+        } else {
+            appendText(m_lines, arrival, entry);
+        }
         m_lines += '\n';
     }
 
@@ -130,10 +179,8 @@ private:
         if (m_file) {
             m_file->append(m_lines);
         }
-        if (!std::cout.write(m_lines.data(), static_cast<std::streamsize>(m_lines.size())).flush()) {
-            throw std::runtime_error("can't write to standard output");
-        }
-        m_lines.clear();
+        print(m_lines);
+        std::string().swap(m_lines); // and its memory, which one entry may have made large
     }
 
     const bool m_json;

@@ -5,7 +5,6 @@
 #include <cstdio>
 #include <cstring>
 #include <ctime>
-#include <sstream>
 
 namespace ElogEngine {
 
@@ -48,33 +47,33 @@ std::size_t characterLength(const std::string& text, std::size_t position)
     return length;
 }
 
-/// A JSON string, which people can read as well.
-std::string quoted(const std::string& text)
+/// Appends a JSON string, which people can read as well.
+void appendQuoted(std::string& lines, const std::string& text)
 {
-    std::string result = "\"";
+    lines += '"';
     for (std::size_t position = 0; position < text.size();) {
         const char c = text[position];
         const std::size_t length = characterLength(text, position);
         if (length == 0) {
-            result += "\\ufffd";
+            lines += "\\ufffd";
             ++position;
             continue;
         }
         if (c == '"' || c == '\\') {
-            result += '\\';
-            result += c;
+            lines += '\\';
+            lines += c;
         } else if (c == '\n') {
-            result += "\\n";
+            lines += "\\n";
         } else if (length == 1 && (static_cast<unsigned char>(c) < 0x20 || c == 0x7F)) {
             std::array<char, 8> escape = {};
             static_cast<void>(std::snprintf(escape.data(), escape.size(), "\\u%04x", static_cast<unsigned int>(c)));
-            result += escape.data();
+            lines += escape.data();
         } else {
-            result.append(text, position, length);
+            lines.append(text, position, length);
         }
         position += length;
     }
-    return result + '"';
+    lines += '"';
 }
 
 std::string utc(std::chrono::system_clock::time_point time)
@@ -90,13 +89,14 @@ std::string utc(std::chrono::system_clock::time_point time)
     return text.data();
 }
 
-std::string listOf(const std::vector<std::uint32_t>& params)
+void appendList(std::string& lines, const std::vector<std::uint32_t>& params)
 {
-    std::string list = "[";
-    for (const std::uint32_t param : params) {
-        list += (list.size() > 1 ? "," : "") + std::to_string(param);
+    lines += '[';
+    for (std::size_t index = 0; index < params.size(); ++index) {
+        lines += index > 0 ? "," : "";
+        lines += std::to_string(params[index]);
     }
-    return list + "]";
+    lines += ']';
 }
 
 } // namespace
@@ -131,21 +131,24 @@ std::string readEntry(const unsigned char* message, std::size_t size, Entry& ent
     return "";
 }
 
-std::string asText(const Arrival& arrival, const Entry& entry)
+void appendText(std::string& lines, const Arrival& arrival, const Entry& entry)
 {
-    std::ostringstream line;
-    line << utc(arrival.time) << " #" << arrival.sequence << " sender " << arrival.sender << " event " << entry.eventId
-         << " " << listOf(entry.params) << " " << quoted(entry.text);
-    return line.str();
+    lines += utc(arrival.time) + " #" + std::to_string(arrival.sequence) + " sender " + std::to_string(arrival.sender) +
+             " event " + std::to_string(entry.eventId) + " ";
+    appendList(lines, entry.params);
+    lines += ' ';
+    appendQuoted(lines, entry.text);
 }
 
-std::string asJson(const Arrival& arrival, const Entry& entry)
+void appendJson(std::string& lines, const Arrival& arrival, const Entry& entry)
 {
-    std::ostringstream line;
-    line << R"({"time":")" << utc(arrival.time) << R"(","sequence":)" << arrival.sequence << R"(,"sender":)"
-         << arrival.sender << R"(,"eventId":)" << entry.eventId << R"(,"params":)" << listOf(entry.params)
-         << R"(,"text":)" << quoted(entry.text) << "}";
-    return line.str();
+    lines += R"({"time":")" + utc(arrival.time) + R"(","sequence":)" + std::to_string(arrival.sequence) +
+             R"(,"sender":)" + std::to_string(arrival.sender) + R"(,"eventId":)" + std::to_string(entry.eventId) +
+             R"(,"params":)";
+    appendList(lines, entry.params);
+    lines += R"(,"text":)";
+    appendQuoted(lines, entry.text);
+    lines += '}';
 }
 
 } // namespace ElogEngine

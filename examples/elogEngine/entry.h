@@ -30,11 +30,15 @@ struct Arrival
 /// Returns  what is wrong with the message; empty if it is an entry.
 std::string readEntry(const unsigned char* message, std::size_t size, Entry& entry);
 
-/// Returns  a line for people: time, sequence number, sender, event, parameters and quoted text. Without the line feed.
-std::string asText(const Arrival& arrival, const Entry& entry);
+/// Appends a line for people: time, sequence number, sender, event, parameters and quoted text. Without the line feed.
+///
+/// Errors  std::bad_alloc; part of the line may be in `lines` then.
+void appendText(std::string& lines, const Arrival& arrival, const Entry& entry);
 
-/// Returns  a JSON object on one line, without the line feed. Bytes of the text that are not UTF-8 become U+FFFD.
-std::string asJson(const Arrival& arrival, const Entry& entry);
+/// Appends a JSON object on one line, without the line feed. Bytes of the text that are not UTF-8 become U+FFFD.
+///
+/// Errors  std::bad_alloc; part of the line may be in `lines` then.
+void appendJson(std::string& lines, const Arrival& arrival, const Entry& entry);
 
 } // namespace ElogEngine
 

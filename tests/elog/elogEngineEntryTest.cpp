@@ -18,6 +18,20 @@ using ElogEngine::Arrival;
 using ElogEngine::Entry;
 using testing::StartsWith;
 
+std::string asText(const Arrival& arrival, const Entry& entry)
+{
+    std::string lines;
+    appendText(lines, arrival, entry);
+    return lines;
+}
+
+std::string asJson(const Arrival& arrival, const Entry& entry)
+{
+    std::string lines;
+    appendJson(lines, arrival, entry);
+    return lines;
+}
+
 std::string flawOf(const std::vector<unsigned char>& message)
 {
     Entry entry;
@@ -90,10 +104,19 @@ TEST(ElogEngineEntry, IsWrittenAsALineOfJson)
               R"("text":"a\"\\\n\u0009\u0000\u007f"})");
 }
 
+TEST(ElogEngineEntry, IsAppendedToTheLinesBeforeIt)
+{
+    std::string lines = "before\n";
+    ElogEngine::appendText(lines, {}, {1, {}, "text"});
+    EXPECT_EQ(lines, "before\n" + asText({}, {1, {}, "text"}));
+    ElogEngine::appendJson(lines, {}, {1, {}, "json"});
+    EXPECT_EQ(lines, "before\n" + asText({}, {1, {}, "text"}) + asJson({}, {1, {}, "json"}));
+}
+
 TEST(ElogEngineEntry, KeepsUtf8AndReplacesWhatIsNone)
 {
     const auto textOf = [](const std::string& text) {
-        const std::string line = ElogEngine::asJson({}, {0, {}, text});
+        const std::string line = asJson({}, {0, {}, text});
         const std::size_t start = line.find("\"text\":\"") + 8;
         return line.substr(start, line.size() - start - 2);
     };

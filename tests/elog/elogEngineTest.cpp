@@ -20,6 +20,7 @@
 
 #include "tests/elog/testEngine.h"
 #include "tests/support/childProcess.h"
+#include "tests/support/emulation.h"
 #include "tests/support/runtimeFolder.h"
 
 namespace {
@@ -189,6 +190,61 @@ TEST_F(ElogEngineProcess, SurvivesMessagesThatAreNoEntries)
     EXPECT_THAT(engine.readLine(), HasSubstr(" #1 "));
     kill(engine.pid(), SIGTERM);
     EXPECT_EQ(engine.finish(), 0);
+}
+
+TEST_F(ElogEngineProcess, DropsAnEntryForWhichThereIsNoMemoryAndGoesOn)
+{
+#ifdef CORVANE_TEST_SANITIZED
+    GTEST_SKIP() << "a sanitizer needs more memory than a limit leaves";
+#endif
+    if (isEmulated()) {
+        GTEST_SKIP() << "the limit would be the emulator's";
+    }
+    const std::string errors = m_folder.path() / "errors";
+    Companion engine({"sh", "-c", R"(exec "$0" 2> "$1")", CORVANE_ELOG_ENGINE, errors}, {});
+    std::async(std::launch::async, [&engine] {
+        const std::uint32_t id = locateEngine("Verbose");
+        const rlimit limit = {600U << 20U, 600U << 20U};
+        EXPECT_EQ(::prlimit(engine.pid(), RLIMIT_AS, &limit, nullptr), 0);
+        const std::size_t largestText = (64U << 20U) - messageOf(0, "", {}).size();
+        for (const std::string& text :
+             {std::string("before"), std::string(largestText, '\x80'), std::string("after")}) {
+            const std::vector<unsigned char> bytes = messageOf(7, text, {});
+            zel_msg* message = __zel_alloc(bytes.size(), 0, "", 0);
+            std::memcpy(message, bytes.data(), bytes.size());
+            __zel_send(&message, id, 0xFFF00000, "", 0);
+        }
+    }).get();
+    EXPECT_THAT(engine.readLine(), EndsWith("event 7 [] \"before\""));
+    const std::string after = engine.readLine();
+    EXPECT_THAT(after, HasSubstr(" #2 "));
+    EXPECT_THAT(after, EndsWith("event 7 [] \"after\""));
+    kill(engine.pid(), SIGTERM);
+    EXPECT_EQ(engine.finish(), 0);
+    EXPECT_THAT(contentOf("errors"), MatchesRegex("elogEngine: ready\n"
+                                                  "elogEngine: dropped a message of 67108864 bytes from [0-9]+: "
+                                                  "no memory\n"));
+}
+
+TEST_F(ElogEngineProcess, EndsOnASignalThoughNobodyReadsItsLines)
+{
+    Companion engine({CORVANE_ELOG_ENGINE}, {});
+    writeEntries("big 1"); // a line that is longer than a pipe holds
+    kill(engine.pid(), SIGTERM);
+    EXPECT_EQ(engine.finish(), 1);
+}
+
+TEST_F(ElogEngineProcess, LeavesTheFileOfAnotherEngineAlone)
+{
+    const std::string log = m_folder.path() / "log";
+    std::ofstream(log) << "being writ";
+    std::async(std::launch::async, [&] {
+        ASSERT_TRUE(becomeEngine());
+        EXPECT_EQ(runProgram({CORVANE_ELOG_ENGINE, "--append", log}).status, 1);
+        EXPECT_EQ(runProgram({CORVANE_ELOG_ENGINE, "--append", log + "2"}).status, 1);
+    }).get();
+    EXPECT_EQ(contentOf("log"), "being writ");
+    EXPECT_FALSE(std::filesystem::exists(log + "2"));
 }
 
 TEST_F(ElogEngineProcess, EndsWhenThereIsAnotherEngine)
