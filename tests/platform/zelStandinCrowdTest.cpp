@@ -1,10 +1,13 @@
 /// What the stand-in for libzel does when more comes than it has memory or places for: nothing is lost.
 #include <algorithm>
+#include <array>
 #include <atomic>
+#include <chrono>
 #include <csignal>
 #include <cstdint>
 #include <filesystem>
 #include <iterator>
+#include <set>
 #include <string>
 #include <thread>
 #include <vector>
@@ -205,6 +208,95 @@ TEST_F(ZelStandinInACrowd, BoundsTheMemoryOfMessagesThatNeverEnd)
         for (const int connection : connections) {
             ::close(connection);
         }
+    });
+}
+
+TEST_F(ZelStandinInACrowd, LosesNoLongMessageOfMoreSendersThanItHasPlacesFor)
+{
+    constexpr std::size_t count = 600;
+    onThread([] {
+        const std::uint32_t own = create("own");
+        std::vector<std::thread> senders;
+        for (std::size_t sender = 0; sender < count; ++sender) {
+            senders.emplace_back([own, sender] {
+                create("sender" + std::to_string(sender));
+                sendNumbered(own, 1, mebibyte / 2);
+            });
+        }
+        std::set<std::uint32_t> received;
+        for (std::size_t message = 0; message < count; ++message) {
+            zel_msg* const next = receive(numberedNo);
+            EXPECT_EQ(flawOf(next, 1, mebibyte / 2), "");
+            received.insert(__zel_sender(next, "", 0));
+            zel_msg* freed = next;
+            __zel_free(&freed, "", 0);
+        }
+        EXPECT_EQ(received.size(), std::size_t{count});
+        for (std::thread& sender : senders) {
+            sender.join();
+        }
+    });
+}
+
+TEST_F(ZelStandinInACrowd, TakesALongMessageBesideThoseThatComeByteByByte)
+{
+    onThread([this] {
+        const std::uint32_t own = create("own");
+        const std::array<int, 2> connections = {connectTo(own), connectTo(own)};
+        for (const int connection : connections) {
+            ASSERT_TRUE(write(connection, header(64U << 20U).data(), sizeof header(0)));
+        }
+        EXPECT_EQ(receive(numberedNo, 0), nullptr); // both have begun, and take all the room
+        std::atomic<bool> isOver{false};
+        std::thread program([&] {
+            while (!isOver) {
+                for (const int connection : connections) {
+                    write(connection, "x", 1);
+                }
+                std::this_thread::sleep_for(std::chrono::milliseconds(20)); // slow is what it is
+            }
+        });
+        std::thread sender([own] {
+            create("sender");
+            sendNumbered(own, 7, 200000);
+        });
+        expectMessage(7, 200000);
+        isOver = true;
+        program.join();
+        sender.join();
+        for (const int connection : connections) {
+            ::close(connection);
+        }
+    });
+}
+
+TEST_F(ZelStandinInACrowd, LetsNoMoreSendersInWhileManyMessagesOfThoseThatHaveGoneWait)
+{
+    constexpr int count = 30;
+    constexpr int messagesOfOne = 7;
+    onThread([] {
+        const std::uint32_t own = create("own");
+        std::atomic<int> gone{0};
+        std::thread program([&] {
+            for (; gone < int{count}; ++gone) {
+                std::thread([own] {
+                    create("sender");
+                    for (int message = 0; message < messagesOfOne; ++message) {
+                        sendNumbered(own, 1, mebibyte);
+                    }
+                }).join();
+            }
+        });
+        int before = 0;
+        do { // until they wait
+            before = gone;
+            EXPECT_EQ(receive(numberedNo + 1, 200), nullptr);
+        } while (gone == 0 || gone != before);
+        EXPECT_LT(gone, 20); // 140 MiB
+        for (int message = 0; message < count * messagesOfOne; ++message) {
+            expectMessage(1, mebibyte);
+        }
+        program.join();
     });
 }
 

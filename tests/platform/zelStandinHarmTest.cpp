@@ -192,4 +192,48 @@ TEST_F(ZelStandinUnderAttack, TakesNothingFromAnotherUserEvenThroughAnOpenFolder
     });
 }
 
+TEST_F(ZelStandinUnderAttack, GivesTheNameOfAKilledProcessAnewThoughAnotherUserTookItsId)
+{
+    if (::geteuid() != 0) {
+        GTEST_SKIP() << "only root can become another user";
+    }
+    std::array<int, 2> toTest = {};
+    std::array<int, 2> toProgram = {};
+    ASSERT_EQ(::pipe(toTest.data()), 0);
+    ASSERT_EQ(::pipe(toProgram.data()), 0);
+    const pid_t killed = ::fork();
+    if (killed == 0) {
+        const std::uint32_t id = create("own");
+        _exit(::write(toTest[1], &id, sizeof id) == static_cast<ssize_t>(sizeof id) ? 0 : 1); // runs no destructor
+    }
+    std::uint32_t id = 0;
+    ASSERT_EQ(::read(toTest[0], &id, sizeof id), static_cast<ssize_t>(sizeof id));
+    ::waitpid(killed, nullptr, 0);
+    const pid_t program = ::fork();
+    if (program == 0) {
+        sockaddr_un address = {};
+        address.sun_family = AF_UNIX;
+        const int length = std::snprintf(&address.sun_path[1], sizeof address.sun_path - 1, "zel-id-%x", id);
+        const auto* const generic = static_cast<const sockaddr*>(static_cast<const void*>(&address));
+        const int claim = ::socket(AF_UNIX, SOCK_STREAM, 0);
+        const int result =
+            ::setuid(otherUser) == 0
+                ? ::bind(claim, generic,
+                         static_cast<socklen_t>(offsetof(sockaddr_un, sun_path) + 1 + static_cast<std::size_t>(length)))
+                : -1;
+        char end = '\0';
+        const bool isTold = ::write(toTest[1], &result, sizeof result) == static_cast<ssize_t>(sizeof result);
+        _exit(isTold && ::read(toProgram[0], &end, 1) == 1 ? 0 : 1);
+    }
+    int result = -1;
+    ASSERT_EQ(::read(toTest[0], &result, sizeof result), static_cast<ssize_t>(sizeof result));
+    EXPECT_EQ(result, 0); // it has the id now
+    onThread([] { EXPECT_NE(create("own"), noMailbox); });
+    EXPECT_EQ(::write(toProgram[1], "", 1), 1);
+    ::waitpid(program, nullptr, 0);
+    for (const int end : {toTest[0], toTest[1], toProgram[0], toProgram[1]}) {
+        ::close(end);
+    }
+}
+
 } // namespace
