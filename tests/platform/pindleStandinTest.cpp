@@ -77,12 +77,6 @@ TEST(PindleStandin, WaitsForAnInitialJobThatIsBusy)
     EXPECT_TRUE(ran);
 }
 
-#ifdef CORVANE_TEST_SANITIZED
-constexpr bool isSanitized = true;
-#else
-constexpr bool isSanitized = false;
-#endif
-
 std::shared_ptr<ActiveObjectIf>& ownedToTheEnd()
 {
     static std::shared_ptr<ActiveObjectIf> owner;
@@ -91,12 +85,15 @@ std::shared_ptr<ActiveObjectIf>& ownedToTheEnd()
 
 TEST(PindleStandin, DoesNotHoldUpTheEndOfAForkedChildThatHasNoneOfItsThreads)
 {
+#ifdef CORVANE_TEST_SANITIZED
+    GTEST_SKIP() << "a sanitizer may leave locks of its own to a child that another thread holds";
+#endif
     std::promise<void> initialised;
     ownedToTheEnd() = ActiveObjectIf::create([&] { initialised.set_value(); }, SchedulingPolicy::Inherited);
     initialised.get_future().wait();
     std::atomic<bool> isOver{false};
-    std::thread producer([&] {            // so that a child finds the object's lock taken, sooner or later
-        while (!isOver && !isSanitized) { // whose allocator would keep a lock of its own from the child
+    std::thread producer([&] { // so that a child finds the object's lock taken, sooner or later
+        while (!isOver) {
             ownedToTheEnd()->post([] {});
         }
     });

@@ -52,16 +52,21 @@ protected:
     std::filesystem::path meetingPoint() const { return m_folder.path() / ("zel-" + std::to_string(::geteuid())); }
 
     /// A program of no good intentions: it writes to a mailbox's socket by itself.
-    int connectTo(std::uint32_t id) const { return connectIn(meetingPoint(), id); }
+    int connectTo(std::uint32_t id) const { return connectTo(addressOf(id)); }
 
-    static int connectIn(const std::filesystem::path& folder, std::uint32_t id)
+    sockaddr_un addressOf(std::uint32_t id) const
     {
         std::array<char, 16> file = {};
         std::snprintf(file.data(), file.size(), "id-%x", id);
-        const std::string path = folder / file.data();
+        const std::string path = meetingPoint() / file.data();
         sockaddr_un address = {};
         address.sun_family = AF_UNIX;
         path.copy(address.sun_path, sizeof address.sun_path - 1);
+        return address;
+    }
+
+    static int connectTo(const sockaddr_un& address)
+    {
         const int connection = ::socket(AF_UNIX, SOCK_STREAM, 0);
         const auto* const generic = static_cast<const sockaddr*>(static_cast<const void*>(&address));
         return ::connect(connection, generic, sizeof address) == 0 ? connection : -1;

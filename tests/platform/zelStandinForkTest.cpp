@@ -16,7 +16,6 @@ using namespace Conformance;
 using namespace Corvane::Testing;
 
 constexpr unsigned int hangSeconds = 60;
-bool isChild = false;
 
 /// Runs `action` in a child made by fork(), which then ends as a program does.
 ///
@@ -27,7 +26,6 @@ int inChild(const Action& action)
     std::cout.flush();
     const pid_t child = ::fork();
     if (child == 0) {
-        isChild = true;
         ::alarm(hangSeconds);
         std::exit(action());
     }
@@ -36,23 +34,23 @@ int inChild(const Action& action)
     return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
 }
 
-#ifdef CORVANE_TEST_SANITIZED
-} // namespace
-
-/// The leak checker doesn't see what is held by the stacks of threads that a child doesn't have.
-extern "C" [[gnu::visibility("default")]] int __lsan_is_turned_off()
-{
-    return isChild ? 1 : 0;
-}
-
-namespace {
-#endif
-
 class ZelStandinInAForkedChild : public ZelStandin
 {
 };
 
-TEST_F(ZelStandinInAForkedChild, LeavesTheMailboxOfTheParentWhereItIs)
+/// Where a child goes on as a program does, and not only with what a signal handler may do.
+class ZelStandinInARunningForkedChild : public ZelStandin
+{
+protected:
+    void SetUp() override
+    {
+#ifdef CORVANE_TEST_SANITIZED
+        GTEST_SKIP() << "a sanitizer may leave locks of its own to a child that another thread holds";
+#endif
+    }
+};
+
+TEST_F(ZelStandinInARunningForkedChild, LeavesTheMailboxOfTheParentWhereItIs)
 {
     onThread([] {
         const std::uint32_t own = create("own");
@@ -67,7 +65,7 @@ TEST_F(ZelStandinInAForkedChild, LeavesTheMailboxOfTheParentWhereItIs)
     });
 }
 
-TEST_F(ZelStandinInAForkedChild, HasNoMailboxUntilItMakesOne)
+TEST_F(ZelStandinInARunningForkedChild, HasNoMailboxUntilItMakesOne)
 {
     onThread([] {
         const std::uint32_t own = create("own");

@@ -167,10 +167,10 @@ TEST_F(ZelStandinUnderAttack, TakesNothingFromAnotherUserEvenThroughAnOpenFolder
         const std::uint32_t own = create("own");
         std::filesystem::permissions(m_folder.path(), std::filesystem::perms::all);
         const auto tryAsOtherUser = [&] {
-            const std::filesystem::path folder = meetingPoint(); // of this user's number
+            const sockaddr_un address = addressOf(own); // in the folder of this user's number
             const pid_t other = ::fork();
             if (other == 0) {
-                const int connection = ::setuid(otherUser) == 0 ? connectIn(folder, own) : -1;
+                const int connection = ::setuid(otherUser) == 0 ? connectTo(address) : -1;
                 const std::array<std::uint32_t, 4> frame = {header(4)[0], 4, 1, numberedNo};
                 _exit(connection < 0 ? 1 : write(connection, frame.data(), sizeof frame) ? 2 : 3);
             }
