@@ -12,6 +12,7 @@
 #ifndef CORVANE_TRACE_EMIT_H
 #define CORVANE_TRACE_EMIT_H
 
+#include <locale>
 #include <sstream>
 #include <string>
 
@@ -26,6 +27,7 @@ template <typename WriteText>
 std::string textOf(const WriteText& writeText)
 {
     std::ostringstream text;
+    text.imbue(std::locale::classic()); // readers filter on numbers: no locale of the application's may group them
     writeText(text);
     return text.str();
 }

@@ -1,6 +1,8 @@
 /// How the library emits: nothing at all while an event is off, everything once while it is on.
 #include <future>
+#include <locale>
 #include <ostream>
+#include <sstream>
 #include <stdexcept>
 #include <string>
 #include <thread>
@@ -160,6 +162,27 @@ TEST(EmitText, MayBeEmptyOrLong)
     Corvane::Trace::info("x.cpp", 2, [&](std::ostream& msg) { msg << text; });
     EXPECT_THAT(recorder.take(), ElementsAre(ProbeRecord{ProbedEvent::Info, "x.cpp", 1, "", ""},
                                              ProbeRecord{ProbedEvent::Info, "x.cpp", 2, "", text}));
+}
+
+/// Groups digits, as the locales of many languages do.
+class Grouping : public std::numpunct<char>
+{
+protected:
+    char do_thousands_sep() const override { return '.'; }
+    std::string do_grouping() const override { return "\3"; }
+};
+
+TEST(EmitText, ShowsNumbersAlikeWhateverLocaleTheApplicationHasSet)
+{
+    const std::locale former = std::locale::global(std::locale(std::locale::classic(), new Grouping));
+    std::ostringstream grouped;
+    grouped << 1234567;
+    ProbeRecorder recorder({ProbedEvent::Trace1});
+    Corvane::Trace::trace1("x.cpp", 1, [](std::ostream& msg) { msg << 1234567 << ' ' << -1000 << ' ' << 4294967295U; });
+    std::locale::global(former);
+    ASSERT_EQ(grouped.str(), "1.234.567");
+    EXPECT_THAT(recorder.take(),
+                ElementsAre(ProbeRecord{ProbedEvent::Trace1, "x.cpp", 1, "-", "1234567 -1000 4294967295"}));
 }
 
 TEST(EmitThreads, EachReachTheProbeWithAllTheirTexts)
