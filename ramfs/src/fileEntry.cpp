@@ -90,7 +90,7 @@ FileEntry::WriteResult FileEntry::writeAt(std::uint64_t& pos, const unsigned cha
     const std::uint64_t end = headerSize + m_contentSize;
     const std::uint64_t start = std::clamp(pos, headerSize, end);
     const std::uint64_t last = start + length;
-    if (last > maxSize) {
+    if (length != 0 && last > maxSize) {
         result.text = sizeLimitText();
         return result;
     }

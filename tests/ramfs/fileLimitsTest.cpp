@@ -216,6 +216,12 @@ TEST_F(FourGibibytesTest, AContentIsFilledToItsLastByte)
     handle.setPos(limit - 4);
     EXPECT_EQ(readText(handle, 10), "xxxx");
     EXPECT_EQ(handle.write("y"), 0U);
+    // Now the end of the content has none either. Nothing passes no limit, and moves to the end as ever.
+    const auto pastTheLast = FileHandleTestAccess::entry(handle).append(bytes(""), 0);
+    EXPECT_EQ(pastTheLast.text, "3 can't update header, Move the offset to the end of the content \n");
+    EXPECT_EQ(pastTheLast.position, limit);
+    handle.appendFooter(nullptr, 0);
+    EXPECT_EQ(FileHandleTestAccess::entry(handle).append(bytes(""), 0).text, "3");
 }
 
 TEST_F(FourGibibytesTest, TheReserveEndsAtTheLimit)
