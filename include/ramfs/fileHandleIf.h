@@ -52,8 +52,9 @@ public:
     /// if there is a header; without one it is shown as text up to its first byte that is neither printable nor white
     /// space, and in hexadecimal from there on. A byte of the header or footer that is no text is shown in hexadecimal,
     /// and so is the rest of that region, except that a footer goes back to text after each such byte. A line feed is
-    /// added unless the last byte was a line feed, and shown as text or followed by text. Where the regions begin is
-    /// counted from the start of the call: for the whole file, call setPos(0) first.
+    /// added unless the last byte was a line feed and a further byte would be shown as text. So a file that is a header
+    /// and nothing else always gets one. Where the regions begin is counted from the start of the call: for the whole
+    /// file, call setPos(0) first.
     ///
     /// Requires  `os` doesn't write into this very file.
     /// Returns   the number of bytes shown, plus 1 if a line feed was added.

@@ -12,8 +12,8 @@
 /// Threads  every operation may be called by any thread at any time. exists() and openAll() run side by side; every
 ///          other operation on files excludes all others while it runs. Reports are written to streams afterwards, so a
 ///          slow stream holds up nobody else.
-/// Errors   the service throws nothing of its own: std::bad_alloc, and what an output stream throws. Failures are empty
-///          handles and false.
+/// Errors   the service throws nothing of its own: std::bad_alloc, what an output stream throws, and std::system_error
+///          if a lock can't be had. Failures are empty handles and false.
 /// Since    0.1.0
 #ifndef CORVANE_RAMFS_FILEMANAGERIF_H
 #define CORVANE_RAMFS_FILEMANAGERIF_H

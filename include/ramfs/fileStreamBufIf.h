@@ -14,8 +14,8 @@
 ///
 /// Threads  a buffer belongs to one thread at a time. Several buffers may be open on one file, each with a position of
 ///          its own.
-/// Errors   std::bad_alloc, which a stream turns into its bad state; the text that waits stays for the next flush. The
-///          destructor throws nothing and drops what it can't transfer.
+/// Errors   std::bad_alloc, and std::system_error if a lock can't be had, which a stream turns into its bad state; the
+///          text that waits stays for the next flush. The destructor throws nothing and drops what it can't transfer.
 /// Owns     the buffer holds a handle on its file while it is open; it must outlive the streams that use it.
 /// Since    0.1.0
 #ifndef CORVANE_RAMFS_FILESTREAMBUFIF_H
