@@ -1,4 +1,8 @@
 /// The readable dump: text and hexadecimal, the borders of the regions, and the limit.
+#include <ostream>
+#include <stdexcept>
+#include <streambuf>
+
 #include <gtest/gtest.h>
 
 #include "tests/ramfs/ramfsTestSupport.h"
@@ -196,6 +200,48 @@ TEST_F(FileDumpTest, AnotherReadableGoesOnWhereTheLimitStoppedTheFirst)
     std::ostringstream out;
     EXPECT_EQ(handle.readReadable(out, 100), 4U);
     EXPECT_EQ(out.str(), "cdef");
+}
+
+/// Takes `room` characters.
+class FullBuffer : public std::streambuf
+{
+public:
+    explicit FullBuffer(int room) : m_room(room) {}
+
+protected:
+    int_type overflow(int_type c) override
+    {
+        if (m_room-- == 0) {
+            throw std::runtime_error("full");
+        }
+        return c;
+    }
+
+private:
+    int m_room;
+};
+
+TEST_F(FileDumpTest, AStreamThatThrowsLeavesThePositionPastTheLastByteRead)
+{
+    makeFile("", "abcdef", "");
+    FullBuffer buffer(2);
+    std::ostream out(&buffer);
+    out.exceptions(std::ios_base::badbit);
+    EXPECT_THROW(handle.dump(out), std::runtime_error);
+    EXPECT_EQ(pos(), 3U);
+    EXPECT_EQ(handle.append("g"), 1U) << "the file isn't locked";
+    handle.setPos(3);
+    EXPECT_EQ(dump(), "defg\n");
+}
+
+TEST_F(FileDumpTest, AStreamThatFailsIsReadToTheEndAllTheSame)
+{
+    makeFile("", "abcdef", "");
+    FullBuffer buffer(2);
+    std::ostream out(&buffer);
+    EXPECT_EQ(handle.dump(out), 7U);
+    EXPECT_TRUE(out.bad());
+    EXPECT_EQ(pos(), 6U);
 }
 
 TEST_F(FileDumpTest, TheFormatOfTheStreamDoesNotMatter)

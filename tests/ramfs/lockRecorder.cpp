@@ -25,13 +25,15 @@ Call originalOf(const char* name)
     return reinterpret_cast<Call>(function);
 }
 
-int recorded(pthread_rwlock_t* lock, LockMode mode, int result)
+int take(pthread_rwlock_t* lock, LockMode mode, Call original)
 {
-    if (current != nullptr && result == 0) {
-        LockRecorder* const recorder = std::exchange(current, nullptr); // what it does is not to be recorded
+    LockRecorder* const recorder = std::exchange(current, nullptr); // what it does is not to be recorded
+    const int error = recorder != nullptr ? recorder->nextError() : 0;
+    const int result = error != 0 ? error : original(lock);
+    if (recorder != nullptr && result == 0) {
         recorder->add(lock, mode);
-        current = recorder;
     }
+    current = recorder;
     return result;
 }
 
@@ -54,6 +56,16 @@ std::vector<TakenLock> LockRecorder::take()
     return std::exchange(m_taken, {});
 }
 
+int LockRecorder::nextError()
+{
+    if (m_errors.empty()) {
+        return 0;
+    }
+    const int error = m_errors.front();
+    m_errors.erase(m_errors.begin());
+    return error;
+}
+
 void LockRecorder::add(const void* lock, LockMode mode)
 {
     m_taken.push_back({lock, mode, m_held > 0});
@@ -65,13 +77,13 @@ void LockRecorder::add(const void* lock, LockMode mode)
 extern "C" [[gnu::visibility("default")]] int pthread_rwlock_rdlock(pthread_rwlock_t* lock) noexcept
 {
     static const Call original = originalOf("pthread_rwlock_rdlock");
-    return recorded(lock, LockMode::Shared, original(lock));
+    return take(lock, LockMode::Shared, original);
 }
 
 extern "C" [[gnu::visibility("default")]] int pthread_rwlock_wrlock(pthread_rwlock_t* lock) noexcept
 {
     static const Call original = originalOf("pthread_rwlock_wrlock");
-    return recorded(lock, LockMode::Exclusive, original(lock));
+    return take(lock, LockMode::Exclusive, original);
 }
 
 extern "C" [[gnu::visibility("default")]] int pthread_rwlock_unlock(pthread_rwlock_t* lock) noexcept

@@ -1,4 +1,5 @@
-/// Records which read-write locks this thread takes, and how: it takes the place of the calls behind std::shared_mutex.
+/// Records which read-write locks this thread takes, and how, and makes some fail: it takes the place of the calls
+/// behind std::shared_mutex.
 ///
 ///     LockRecorder recorder;
 ///     manager.exists("a");
@@ -8,6 +9,7 @@
 #ifndef CORVANE_TESTS_RAMFS_LOCKRECORDER_H
 #define CORVANE_TESTS_RAMFS_LOCKRECORDER_H
 
+#include <utility>
 #include <vector>
 
 namespace Corvane::Testing {
@@ -39,12 +41,17 @@ public:
     /// Returns  how many locks are held now.
     int held() const { return m_held; }
 
+    /// Gives the next calls that take a lock these results instead of the lock. 0 stands for a call that may take it.
+    void failNext(std::vector<int> errors) { m_errors = std::move(errors); }
+
     /// For the replaced calls.
+    int nextError();
     void add(const void* lock, LockMode mode);
     void release() { --m_held; }
 
 private:
     std::vector<TakenLock> m_taken;
+    std::vector<int> m_errors;
     int m_held = 0;
 };
 

@@ -1,6 +1,9 @@
-/// Which operation takes which lock, shared or exclusively, and in which order.
+/// Which operation takes which lock, shared or exclusively, in which order, and what happens when it can't be had.
+#include <cerrno>
+#include <functional>
 #include <ostream>
 #include <string>
+#include <system_error>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -85,6 +88,45 @@ TEST_F(EntryLocks, AreNotTakenToReadIntoNothing)
     EXPECT_THAT(take(), IsEmpty());
 }
 
+TEST_F(EntryLocks, AreAskedForAgainWhenThereAreTooManyReaders)
+{
+    entry->write(pos, bytes("abc"), 3);
+    take();
+    recorder.failNext({EAGAIN, EAGAIN, EAGAIN});
+    EXPECT_EQ(entry->getFileSize(), 3U);
+    EXPECT_THAT(take(), ElementsAre(LockMode::Shared));
+}
+
+TEST_F(EntryLocks, ThatCannotBeHadLeaveTheFileAlone)
+{
+    entry->write(pos, bytes("abc"), 3);
+    const std::vector<std::function<void()>> operations = {
+        [&] { entry->write(pos, bytes("x"), 1); },
+        [&] { entry->append(bytes("x"), 1); },
+        [&] { entry->insertHeader(bytes("x"), 1); },
+        [&] { entry->appendFooter(bytes("x"), 1); },
+        [&] { entry->contentResize(200); },
+        [&] { entry->setDelayedDelete(); },
+        [&] { entry->read(pos, buffer, 4); },
+        [&] { entry->readHeader(); },
+        [&] { entry->readFooter(); },
+        [&] { static_cast<void>(entry->getFileSize()); },
+        [&] { static_cast<void>(entry->getUserCount()); },
+        [&] { static_cast<void>(entry->getDelayedDelete()); },
+    };
+    take();
+    for (std::size_t at = 0; at < operations.size(); ++at) {
+        pos = 3;
+        recorder.failNext({EDEADLK});
+        EXPECT_THROW(operations[at](), std::system_error) << at;
+        EXPECT_THAT(take(), IsEmpty()) << at;
+    }
+    EXPECT_EQ(pos, 3U);
+    EXPECT_EQ(wholeFile(*entry), "abc");
+    EXPECT_EQ(FileEntryTestAccess::storage(*entry), 100U);
+    EXPECT_FALSE(entry->getDelayedDelete());
+}
+
 class DirectoryLocks : public testing::Test
 {
 protected:
@@ -162,6 +204,54 @@ TEST_F(DirectoryLocks, AreNotTakenToCloseAHandleOrToMakeABuffer)
     manager.close(handle);
     manager.getFileStreamBuf();
     EXPECT_EQ(take(), "");
+}
+
+TEST_F(DirectoryLocks, AreAskedForAgainWhenThereAreTooManyReaders)
+{
+    recorder.failNext({EAGAIN, EAGAIN, EAGAIN});
+    EXPECT_TRUE(manager.exists(6));
+    EXPECT_EQ(take(), "shared");
+}
+
+TEST_F(DirectoryLocks, ThatCannotBeHadLeaveTheDirectoryAlone)
+{
+    const std::vector<std::function<void()>> operations = {
+        [&] { manager.create("c", 0, 0); },
+        [&] { manager.open("a"); },
+        [&] { manager.open(5); },
+        [&] { manager.remove("a", out, true); },
+        [&] { manager.remove(5, out, true); },
+        [&] { manager.removeAll(); },
+        [&] { manager.exists("a"); },
+        [&] { manager.exists(5); },
+        [&] { manager.setDelayedDelete(5); },
+        [&] { manager.openAll(); },
+    };
+    for (std::size_t at = 0; at < operations.size(); ++at) {
+        recorder.failNext({EDEADLK});
+        EXPECT_THROW(operations[at](), std::system_error) << at;
+        EXPECT_EQ(take(), "") << at;
+    }
+    EXPECT_EQ(out.str(), "");
+    EXPECT_EQ(FileManagerTestAccess::fileCount(manager), 2U);
+    EXPECT_EQ(FileManagerTestAccess::fileRefCounter(manager), 0);
+    EXPECT_EQ(manager.open("a")->getUserCount(), 3U);
+    EXPECT_TRUE(manager.exists("a")) << "it wasn't marked";
+}
+
+TEST_F(DirectoryLocks, AreReleasedWhenThatOfAnEntryCannotBeHad)
+{
+    manager.setDelayedDelete(5);
+    take();
+    for (const std::function<void()>& operation : std::vector<std::function<void()>>{
+             [&] { manager.open("a"); }, [&] { manager.open(5); }, [&] { manager.setDelayedDelete(6); }}) {
+        recorder.failNext({0, EDEADLK});
+        EXPECT_THROW(operation(), std::system_error);
+        EXPECT_EQ(take(), "exclusive"); // and nothing is held
+    }
+    EXPECT_TRUE(manager.exists("a")) << "no handle was given out, so it stays";
+    EXPECT_EQ(manager.open("b")->getUserCount(), 3U);
+    EXPECT_TRUE(manager.exists("b")) << "it wasn't marked";
 }
 
 } // namespace

@@ -333,5 +333,19 @@ TEST(FileStreamBufEmission, OfADestructorIsThatOfItsWrite)
     manager.removeAll();
 }
 
+TEST(FileStreamBufEmission, OfADestructorWithoutTextIsThatOfAWriteOfNothing)
+{
+    FileManagerIf& manager = FileManagerIf::getInstance();
+    auto buffer = manager.getFileStreamBuf();
+    auto closed = manager.getFileStreamBuf();
+    buffer->create("a", 100, 5);
+    ProbeRecorder recorder;
+    buffer.reset();
+    closed.reset();
+    EXPECT_THAT(recorder.take(), ElementsAre(byHandle(151, "write: a fileRef(5), length(0)"),
+                                             byHandle(159, "write: FileEntry::write() returns <5>")));
+    manager.removeAll();
+}
+
 } // namespace
 } // namespace Corvane::RamFs::V1
