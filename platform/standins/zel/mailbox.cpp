@@ -213,7 +213,8 @@ bool Mailbox::makePlace()
     const auto isSlow = [this](const Incoming& connection) {
         return connection.waiting()->bytes == 0 && connection.isSlow(m_spent);
     };
-    auto found = std::find_if(m_incoming.begin(), m_incoming.end(), isIdle);
+    // On a closed mailbox nothing more comes in: any connection can go once it is read.
+    auto found = m_isClosed ? m_incoming.begin() : std::find_if(m_incoming.begin(), m_incoming.end(), isIdle);
     if (found == m_incoming.end()) {
         found = std::find_if(m_incoming.begin(), m_incoming.end(), isSlow);
     }

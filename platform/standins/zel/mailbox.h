@@ -67,7 +67,8 @@ private:
     bool takeIn(int timeoutMs);
     void acceptAll();
     /// Ends the connection that has been silent longest between two messages, or else one with a slow message; except
-    /// where messages wait to be received: its sender would come again, as one of whom none wait.
+    /// where messages wait to be received: its sender would come again, as one of whom none wait. If the mailbox is
+    /// closed, any.
     ///
     /// Returns  false if there is none.
     bool makePlace();
