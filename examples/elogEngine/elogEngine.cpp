@@ -69,13 +69,15 @@ void catchSignals()
     }
 }
 
-/// Writes to standard output; after a signal only as long as somebody reads that.
-void print(const std::string& lines)
+/// Writes to one of the standard outputs; after a signal only as long as somebody reads that.
+///
+/// Errors  std::runtime_error; part of `lines` may be written then.
+void print(const std::string& lines, int output = STDOUT_FILENO)
 {
     int looksLeft = looksAfterSignal;
     for (std::size_t written = 0; written < lines.size();) {
-        pollfd output = {STDOUT_FILENO, POLLOUT, 0};
-        if (::poll(&output, 1, signalLookMs) <= 0) {
+        pollfd waited = {output, POLLOUT, 0};
+        if (::poll(&waited, 1, signalLookMs) <= 0) {
             if (hasToStop != 0 && --looksLeft < 0) {
                 throw std::runtime_error("nobody reads standard output");
             }
@@ -84,11 +86,24 @@ void print(const std::string& lines)
         looksLeft = looksAfterSignal;
         // A pipe that can be written to has room for as much at least, so that this doesn't wait.
         const std::size_t length = std::min<std::size_t>(lines.size() - written, PIPE_BUF);
-        const ssize_t result = ::write(STDOUT_FILENO, lines.data() + written, length);
+        const ssize_t result = ::write(output, lines.data() + written, length);
         if (result < 0 && errno != EINTR && errno != EAGAIN) {
             throw std::runtime_error("can't write to standard output");
         }
         written += static_cast<std::size_t>(std::max<ssize_t>(result, 0));
+    }
+}
+
+/// Tells people something on standard error. Where nobody listens any more, it is left unsaid.
+void report(const std::string& text)
+{
+    static bool isHeard = true;
+    try {
+        if (isHeard) {
+            print("elogEngine: " + text + "\n", STDERR_FILENO);
+        }
+    } catch (const std::exception&) {
+        isHeard = false;
     }
 }
 
@@ -110,7 +125,7 @@ public:
     /// Ends when a signal has come and what had arrived by then is written out.
     void run()
     {
-        std::cerr << "elogEngine: ready" << std::endl;
+        report("ready");
         bool isClosed = false;
         do {
             if (!isClosed && hasToStop != 0) {
@@ -156,8 +171,8 @@ private:
             flaw = "no memory";
         }
         if (!flaw.empty()) {
-            std::cerr << "elogEngine: dropped a message of " << size << " bytes from " << sender << ": " << flaw
-                      << "\n";
+            report("dropped a message of " + std::to_string(size) + " bytes from " + std::to_string(sender) + ": " +
+                   flaw);
         }
     }
 
@@ -231,7 +246,7 @@ int main(int argc, char** argv)
     try {
         Engine(options).run();
     } catch (const std::exception& error) {
-        std::cerr << "elogEngine: " << error.what() << "\n";
+        report(error.what());
         return 1;
     }
     return 0;

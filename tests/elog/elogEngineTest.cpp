@@ -234,6 +234,17 @@ TEST_F(ElogEngineProcess, EndsOnASignalThoughNobodyReadsItsLines)
     EXPECT_EQ(engine.finish(), 1);
 }
 
+TEST_F(ElogEngineProcess, EndsOnASignalThoughNobodyReadsItsReportsEither)
+{
+    std::vector<std::string> command = {"sh", "-c", R"(exec "$@" 2>&1)", "sh"};
+    const std::vector<std::string> program = runnable({CORVANE_ELOG_ENGINE});
+    command.insert(command.end(), program.begin(), program.end());
+    Companion engine(command, {});
+    writeEntries("big 1"); // fills the pipe, in which the report that nobody reads finds no place
+    kill(engine.pid(), SIGTERM);
+    EXPECT_EQ(engine.finish(), 1);
+}
+
 TEST_F(ElogEngineProcess, LeavesTheFileOfAnotherEngineAlone)
 {
     const std::string log = m_folder.path() / "log";
