@@ -96,6 +96,15 @@ protected:
         EXPECT_EQ(writer.finish(), 0);
     }
 
+    /// Returns  a command that starts the engine with other standard files.
+    static std::vector<std::string> engineWith(const std::string& redirections)
+    {
+        std::vector<std::string> command = {"sh", "-c", R"(exec "$@" )" + redirections, "sh"};
+        const std::vector<std::string> program = runnable({CORVANE_ELOG_ENGINE});
+        command.insert(command.end(), program.begin(), program.end());
+        return command;
+    }
+
     std::string contentOf(const std::string& name) const
     {
         std::ifstream file(m_folder.path() / name);
@@ -236,10 +245,7 @@ TEST_F(ElogEngineProcess, EndsOnASignalThoughNobodyReadsItsLines)
 
 TEST_F(ElogEngineProcess, EndsOnASignalThoughNobodyReadsItsReportsEither)
 {
-    std::vector<std::string> command = {"sh", "-c", R"(exec "$@" 2>&1)", "sh"};
-    const std::vector<std::string> program = runnable({CORVANE_ELOG_ENGINE});
-    command.insert(command.end(), program.begin(), program.end());
-    Companion engine(command, {});
+    Companion engine(engineWith("2>&1"), {});
     writeEntries("big 1"); // fills the pipe, in which the report that nobody reads finds no place
     kill(engine.pid(), SIGTERM);
     EXPECT_EQ(engine.finish(), 1);
@@ -318,6 +324,16 @@ TEST_F(ElogEngineProcess, EndsWhenNobodyTakesItsLines)
     const FileSizeLimit limit(128 * 1024); // standard output is a file here, and a sanitizer makes one as well
     EXPECT_EQ(runProgram({CORVANE_ELOG_ENGINE}).status, 1);
     EXPECT_EQ(writer.finish(), 0);
+}
+
+TEST_F(ElogEngineProcess, EndsWhenThereIsNoStandardOutput)
+{
+    for (const std::string closed : {">&-", "<&- >&-", "<&- >&- 2>&-"}) {
+        Companion engine(engineWith(closed), {});
+        writeEntries("write 1 1");
+        kill(engine.pid(), SIGTERM); // which it has no need of
+        EXPECT_EQ(engine.finish(), 1) << closed;
+    }
 }
 
 TEST_F(ElogEngineProcess, ExplainsItself)
