@@ -69,11 +69,20 @@ SyntaxGraph::SyntaxGraph() : root(std::make_shared<Node>(" ")) {}
 
 SyntaxGraph::~SyntaxGraph()
 {
+    clear();
+}
+
+void SyntaxGraph::clear()
+{
     // One by one: nodes that release each other would need as much stack as the graph is deep, and those of a cyclic
     // graph would never be released.
-    commandNodes.clear();
-    std::vector<std::shared_ptr<Node>> doomed;
-    doomed.push_back(std::move(root));
+    std::vector<std::shared_ptr<Node>> doomed{std::make_shared<Node>(" ")};
+    {
+        const std::lock_guard<std::mutex> lock(mutex);
+        doomed.front().swap(root);
+        pendingCommandNames.clear();
+        commandNodes.clear();
+    }
     while (!doomed.empty()) {
         const std::shared_ptr<Node> node = std::move(doomed.back());
         doomed.pop_back();

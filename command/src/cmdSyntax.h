@@ -72,6 +72,9 @@ public:
     using Frontier = std::vector<std::shared_ptr<Node>>;
     using Synopses = std::vector<std::pair<std::string, ShellCommandFunction>>;
 
+    /// Takes the graph back to its beginning. The ends of its handlers may use it meanwhile.
+    void clear();
+
     /// Takes the next token from `cursor`: one of the characters "[{|}]", or a word.
     ///
     /// Returns  false at the end of the text.

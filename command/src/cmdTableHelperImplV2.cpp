@@ -69,6 +69,16 @@ int writeHelp(const std::vector<std::string>& words, std::ostream& out, const st
 
 } // namespace
 
+CmdTableHelperImpl::~CmdTableHelperImpl()
+{
+    // Here, while all members are there: what handlers and hooks own may use the service when it goes with them, to
+    // deregister a hook, say.
+    m_syntaxGraph.clear();
+    decltype(m_hooks) doomed;
+    const std::lock_guard<std::mutex> lock(m_hookMutex);
+    doomed.swap(m_hooks);
+}
+
 void CmdTableHelperImpl::registerCmdTable(const std::string& commandName, const std::vector<CommandDefinitions>& table)
 {
     m_syntaxGraph.addCommand(commandName, synopsesOf(table));

@@ -21,6 +21,11 @@ class CmdTableHelperImpl
 public:
     using Hook = std::function<void(int, int, const char* const*)>;
 
+    CmdTableHelperImpl() = default;
+    ~CmdTableHelperImpl();
+    CmdTableHelperImpl(const CmdTableHelperImpl&) = delete;
+    CmdTableHelperImpl& operator=(const CmdTableHelperImpl&) = delete;
+
     void registerCmdTable(const std::string& commandName, const std::vector<CommandDefinitions>& table);
     void registerCmdTable(const std::string& commandName, const std::vector<CmdDefinition>& table);
     void registerCmdTable(const std::string& commandName, const std::vector<CmdDefinitionCpp>& table);

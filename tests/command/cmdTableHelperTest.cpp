@@ -292,4 +292,30 @@ TEST(Execution, ReleasesAReplacedHandlerOutsideTheLock)
     EXPECT_EQ(result, 9);
 }
 
+/// Something that a handler or a hook owns, whose end uses the service in every way.
+std::shared_ptr<void> userOf(CmdTableHelperImpl& service, std::ostream& out)
+{
+    const unsigned int hook = service.registerPostExecutionHook([](int, int, const char* const*) {});
+    return {nullptr, [&service, &out, hook](void*) {
+                service.deregisterPostExecutionHook(hook);
+                service.registerPostExecutionHook([](int, int, const char* const*) {});
+                out << service.executeCmd({"pending", "x"}, out) << "\n";
+                service.registerCmdTable("late", tableOf("late", 5));
+                out << service.executeCmd({"late"}, out) << "\n";
+            }};
+}
+
+TEST(CommandService, MayBeUsedByTheEndsOfItsHandlersAndHooks)
+{
+    std::ostringstream out;
+    {
+        CmdTableHelperImpl service;
+        service.registerCmdTable("pending", tableOf("other <a>", 1));
+        service.registerCmdTable(
+            "x", std::vector<CommandDefinitions>{{"x", HandlerThatLeavesAMark{userOf(service, out)}, nullptr}});
+        service.registerPostExecutionHook([mark = userOf(service, out)](int, int, const char* const*) {});
+    }
+    EXPECT_EQ(out.str(), "Usage: \n\n20\n5\nUsage: late \n\n20\n5\n");
+}
+
 } // namespace
