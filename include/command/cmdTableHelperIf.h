@@ -2,7 +2,7 @@
 ///
 /// There is one service in a process, reached through getInstance(). An application registers tables of commands,
 /// hands over lines as vectors of words, and may have hooks called after every command that ran. All registered
-/// synopses share one syntax graph; commands and handlers stay registered until the process ends.
+/// synopses share one syntax graph; commands and handlers stay registered as long as the service lives.
 ///
 /// Threads  every operation may be called by any thread at any time, from inside handlers and hooks as well.
 ///          Registration and matching exclude each other. Handlers and hooks run on the calling thread, without a lock.
@@ -26,7 +26,8 @@ class CmdTableHelperImpl;
 class [[gnu::visibility("default")]] CmdTableHelperIf
 {
 public:
-    /// Returns  the one service of this process, made on the first call. It lives until the process ends.
+    /// Returns  the one service of this process, made on the first call. It is destroyed when static objects are, and
+    ///          the handlers and hooks with it. What these own may still use the service as it goes; nothing may later.
     static CmdTableHelperIf& getInstance();
 
     /// Adds the synopses of a table to the syntax graph and makes `commandName` a command.
@@ -59,7 +60,7 @@ public:
     /// A keyword is preferred to a placeholder, and of several placeholders the first registered that leads to a
     /// handler is taken. The usage of a line that begins with "pelm" has a format of its own.
     ///
-    /// Requires  each word is a C string to the matching and to handlers that take C strings: it ends at its first NUL.
+    /// Requires  each word is a C string to the matching, to every handler and to the hooks: it ends at its first NUL.
     /// Returns   what the handler returned; 20 if the line led to no handler.
     /// Errors    what the handler or a hook throws. After a handler has thrown no hook runs; after a hook has thrown
     ///           those behind it don't run, and the handler's result is lost.
@@ -69,6 +70,7 @@ public:
     int executeCmd(const std::vector<std::string>& words);
 
     /// Writes the help of a table: its synopses, and in long mode the descriptions, wrapped at a blank after column 70.
+    /// That of a table whose handlers get no stream goes to std::cout.
     ///
     /// Long mode is on if one of `words`, from the third on, is "-l". Long mode never writes the final line feed.
     ///
