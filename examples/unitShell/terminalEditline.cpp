@@ -37,11 +37,17 @@ int readCharacter(EditLine*, wchar_t* character)
         if (count <= 0) {
             return static_cast<int>(count);
         }
-        const std::size_t length = std::mbrtowc(character, &byte, 1, &state);
+        constexpr auto noCharacter = static_cast<std::size_t>(-1);
+        const bool isInside = std::mbsinit(&state) == 0;
+        std::size_t length = std::mbrtowc(character, &byte, 1, &state);
+        if (length == noCharacter && isInside) { // what breaks a character off begins another: a key, say
+            state = {};
+            length = std::mbrtowc(character, &byte, 1, &state);
+        }
         if (length == 0 || length == 1) {
             return 1;
         }
-        if (length == static_cast<std::size_t>(-1)) {
+        if (length == noCharacter) {
             state = {}; // not a character of the user's locale: leave it out
         }
     }

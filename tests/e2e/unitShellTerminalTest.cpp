@@ -132,4 +132,13 @@ TEST_F(UnitShellLineEditing, BytesThatAreNoCharacterAreLeftOut)
     session.waitFor("carrier 2: band B3, off, 37.0 dBm");
 }
 
+TEST_F(UnitShellLineEditing, ACharacterThatBreaksOffTakesNoKeyWithIt)
+{
+    session.type("show carrier \xc3\x32\r"); // the first byte of two
+    session.waitFor("carrier 2: band B3, off, 37.0 dBm");
+    session.waitFor("unit> ");
+    session.type("show carrier 1\xe2\x82\r"); // the first two of three, and then the end of the line
+    session.waitFor("carrier 1: band B1, on, 40.0 dBm");
+}
+
 } // namespace
