@@ -37,7 +37,8 @@ void install()
     }
     struct sigaction action = {};
     action.sa_handler = noteSignal;
-    action.sa_flags = static_cast<int>(SA_RESETHAND);
+    // What is being written goes on: an answer is whole or not there.
+    action.sa_flags = static_cast<int>(SA_RESETHAND | SA_RESTART);
     for (const int signal : {SIGINT, SIGTERM}) {
         struct sigaction before = {};
         sigaction(signal, nullptr, &before);

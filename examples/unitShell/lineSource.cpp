@@ -15,26 +15,30 @@ namespace UnitShell {
 
 namespace {
 
-[[noreturn]] void throwReadError(const std::string& path)
+[[noreturn]] void throwReadError(const std::string& name)
 {
-    const std::string what = path.empty() ? "can't read standard input" : "can't read '" + path + "'";
-    throw std::system_error(errno, std::generic_category(), what);
+    throw std::system_error(errno, std::generic_category(), "can't read " + name);
 }
 
 } // namespace
 
-FileLines::FileLines(int descriptor, const char* promptText) : m_descriptor(descriptor), m_prompt(promptText) {}
+FileLines::FileLines(int descriptor, const char* promptText)
+    : m_name("standard input"), m_descriptor(descriptor), m_isOwn(false), m_prompt(promptText)
+{
+}
 
-FileLines::FileLines(const std::string& path) : m_descriptor(open(path.c_str(), O_RDONLY | O_CLOEXEC)), m_path(path)
+// A named pipe is opened at once, and waited for as any other input is: open() itself would wait through a signal.
+FileLines::FileLines(const std::string& path)
+    : m_name("'" + path + "'"), m_descriptor(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK)), m_isOwn(true)
 {
     if (m_descriptor < 0) {
-        throwReadError(path);
+        throwReadError(m_name);
     }
 }
 
 FileLines::~FileLines()
 {
-    if (!m_path.empty()) {
+    if (m_isOwn) {
         close(m_descriptor);
     }
 }
@@ -71,7 +75,7 @@ bool FileLines::fill()
         count = read(m_descriptor, m_buffer.data(), m_buffer.size());
     } while (count < 0 && (errno == EINTR || errno == EAGAIN));
     if (count < 0) {
-        throwReadError(m_path);
+        throwReadError(m_name);
     }
     m_pos = 0;
     m_end = static_cast<std::size_t>(count);

@@ -27,7 +27,7 @@ public:
 class FileLines : public LineSource
 {
 public:
-    /// Reads from `descriptor`, which stays the caller's, each line after a prompt.
+    /// Reads from `descriptor`, standard input, which stays the caller's, each line after a prompt.
     explicit FileLines(int descriptor, const char* promptText = "");
     /// Opens a file; throws std::system_error if that fails.
     explicit FileLines(const std::string& path);
@@ -40,8 +40,9 @@ public:
 private:
     bool fill();
 
+    std::string m_name; // in messages
     int m_descriptor;
-    std::string m_path; // empty for a descriptor of the caller's
+    bool m_isOwn;
     std::string m_prompt;
     std::array<char, 4096> m_buffer = {};
     std::size_t m_pos = 0;

@@ -10,6 +10,8 @@
 #include <fcntl.h>
 #include <poll.h>
 #include <pty.h>
+#include <sched.h>
+#include <sys/ioctl.h>
 #include <sys/wait.h>
 #include <termios.h>
 #include <unistd.h>
@@ -136,6 +138,20 @@ void ShellSession::type(const std::string& text)
             throwError("write");
         }
         written += count > 0 ? static_cast<std::size_t>(count) : 0;
+    }
+}
+
+void ShellSession::typeUntilOutputIsFull(const std::string& text)
+{
+    const int size = fcntl(m_output, F_SETPIPE_SZ, 1); // which is rounded up to what there can be
+    if (size < 0) {
+        throwError("F_SETPIPE_SZ");
+    }
+    type(text);
+    for (int unread = 0; unread < size; sched_yield()) {
+        if (ioctl(m_output, FIONREAD, &unread) != 0) {
+            throwError("FIONREAD");
+        }
     }
 }
 

@@ -30,6 +30,9 @@ public:
     /// Types `text`.
     void type(const std::string& text);
 
+    /// Types `text` to a shell on pipes and waits until it has written as much as it can without being read.
+    void typeUntilOutputIsFull(const std::string& text);
+
     /// Waits until standard output has `text` after what the last wait has found.
     void waitFor(const std::string& text);
 

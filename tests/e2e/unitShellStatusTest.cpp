@@ -4,7 +4,14 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <poll.h>
+#include <sys/inotify.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include "tests/e2e/shellSession.h"
+#include "tests/support/childProcess.h"
+#include "tests/support/emulation.h"
 
 namespace {
 
@@ -118,6 +125,27 @@ TEST(UnitShellStatus, AFileThatCantBeReadIsNamed)
     const auto folder = runShell({"/"});
     EXPECT_EQ(folder.status, 2);
     EXPECT_EQ(folder.err, "unitShell: can't read '/': Is a directory\n");
+    const auto nameless = runShell({""});
+    EXPECT_EQ(nameless.status, 2);
+    EXPECT_EQ(nameless.err, "unitShell: can't read '': No such file or directory\n");
+}
+
+TEST(UnitShellStatus, AStandardStreamThatIsClosedIsNoOtherFile)
+{
+    const auto runWithout = [](const std::string& redirection, const std::string& arguments) {
+        std::string command = "exec";
+        for (const std::string& word : Corvane::Testing::runnable({UNIT_SHELL})) {
+            command += " '" + word + "'";
+        }
+        return Corvane::Testing::runProgram({"sh", "-c", command + " " + arguments + " " + redirection});
+    };
+    const auto unread = runWithout("<&-", "");
+    EXPECT_EQ(unread.status, 2);
+    EXPECT_EQ(unread.err, "unitShell: can't read standard input: Bad file descriptor\n");
+    const auto unwritten = runWithout(">&-", "-c 'show carriers'");
+    EXPECT_EQ(unwritten.status, 1);
+    EXPECT_EQ(unwritten.err, "unitShell: can't write to standard output\n");
+    EXPECT_EQ(runWithout("<&- 2>&-", "-c 'show carrier 1'").out, "carrier 1: band B1, on, 40.0 dBm\n");
 }
 
 class UnitShellSignal : public testing::TestWithParam<int>
@@ -142,6 +170,32 @@ TEST_P(UnitShellSignal, DiscardsALineThatIsNotWhole)
     session.signal(GetParam());
     EXPECT_EQ(session.waitForEnd(), 128 + GetParam());
     EXPECT_EQ(session.out(), "carrier 1: band B1, on, 40.0 dBm\n");
+}
+
+TEST_P(UnitShellSignal, EndsAShellWhoseFileIsAPipeThatNobodyWritesTo)
+{
+    const std::string path = testing::TempDir() + "unitShell-pipe-" + std::to_string(getpid());
+    ASSERT_EQ(mkfifo(path.c_str(), 0600), 0);
+    pollfd opened = {inotify_init1(IN_CLOEXEC), POLLIN, 0};
+    inotify_add_watch(opened.fd, path.c_str(), IN_OPEN);
+    ShellSession session(Stdin::pipe, {path});
+    EXPECT_EQ(poll(&opened, 1, 60 * 1000), 1);
+    close(opened.fd);
+    unlink(path.c_str());
+    session.signal(GetParam());
+    EXPECT_EQ(session.waitForEnd(), 128 + GetParam());
+    EXPECT_EQ(session.err(), "");
+}
+
+TEST_P(UnitShellSignal, LetsAnAnswerThatNobodyReadsBecomeWhole)
+{
+    ShellSession session(Stdin::pipe, {});
+    const std::string word(10'000, '9');
+    session.typeUntilOutputIsFull("show carrier " + word + "\nshow carrier 1\n");
+    session.signal(GetParam());
+    EXPECT_EQ(session.waitForEnd(), 128 + GetParam());
+    EXPECT_EQ(session.out(), "there is no carrier '" + word + "'\n");
+    EXPECT_EQ(session.err(), "");
 }
 
 INSTANTIATE_TEST_SUITE_P(, UnitShellSignal, testing::Values(SIGINT, SIGTERM));
