@@ -18,7 +18,7 @@ int help(const std::vector<std::string>& words, const CommandTables& tables, std
         return failed;
     }
     const bool named = words.size() == most;
-    if (!tables.help(named ? words[1] : "", withDescriptions, out)) {
+    if (!tables.help(named ? &words[1] : nullptr, withDescriptions, out)) {
         out << "there is no command '" << words[1] << "'\n";
         return failed;
     }
@@ -27,18 +27,18 @@ int help(const std::vector<std::string>& words, const CommandTables& tables, std
 
 } // namespace
 
-bool CommandTables::help(const std::string& command, bool withDescriptions, std::ostream& out) const
+bool CommandTables::help(const std::string* command, bool withDescriptions, std::ostream& out) const
 {
     using Corvane::CmdTableHelper::CommandDefinitions;
     auto& service = Corvane::CmdTableHelper::V2::CmdTableHelperIf::getInstance();
     // The service looks for "-l" from the third word on, where it stands in "help show -l".
-    std::vector<std::string> words{"help", command};
+    std::vector<std::string> words{"help", command != nullptr ? *command : ""};
     if (withDescriptions) {
         words.emplace_back("-l");
     }
     bool found = false;
     for (const Entry& entry : m_tables) {
-        if (!command.empty() && entry.command != command) {
+        if (command != nullptr && entry.command != *command) {
             continue;
         }
         const bool header = !found; // several tables are to look like one

@@ -22,8 +22,8 @@ public:
         m_tables.push_back({command, table});
     }
 
-    /// Writes the help of one command, or of all if `command` is empty. Returns false if there is no such command.
-    bool help(const std::string& command, bool withDescriptions, std::ostream& out) const;
+    /// Writes the help of one command, or of all if `command` is null. Returns false if there is no such command.
+    bool help(const std::string* command, bool withDescriptions, std::ostream& out) const;
 
 private:
     struct Entry

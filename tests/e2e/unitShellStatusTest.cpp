@@ -117,6 +117,16 @@ TEST(UnitShellStatus, WrongArgumentsAreAnsweredWithTheUsage)
     }
 }
 
+TEST(UnitShellStatus, HelpOfACommandThatIsNotThereFails)
+{
+    for (const std::string name : {"nothing", "show carriers", ""}) {
+        const auto result = runShell({"-c", "help '" + name + "'"});
+        EXPECT_EQ(result.status, 1);
+        EXPECT_EQ(result.out, "there is no command '" + name + "'\n");
+    }
+    EXPECT_EQ(runShell({"-c", "help exit"}).out, "Command syntax:\n  exit [<status>]\n\n");
+}
+
 TEST(UnitShellStatus, AFileThatCantBeReadIsNamed)
 {
     const auto absent = runShell({"/no/such/file"});
