@@ -30,18 +30,23 @@ bool isBlank(char c)
 
 Node::Node(const std::string& word) : isArgument(isPlaceholder(word)), name(word) {}
 
-std::shared_ptr<Node> Node::findExactSubnode(const std::string& subnodeName) const
+const std::shared_ptr<Node>* Node::subnodeNamed(std::string_view subnodeName) const
 {
     if (m_index) {
-        const auto* const found = m_index->find(subnodes, subnodeName);
-        return found != nullptr ? *found : nullptr;
+        return m_index->find(subnodes, subnodeName);
     }
     for (const auto& subnode : subnodes) {
         if (subnode->name == subnodeName) {
-            return subnode;
+            return &subnode;
         }
     }
     return nullptr;
+}
+
+std::shared_ptr<Node> Node::findExactSubnode(const std::string& subnodeName) const
+{
+    const auto* const found = subnodeNamed(subnodeName);
+    return found != nullptr ? *found : nullptr;
 }
 
 std::shared_ptr<Node> Node::addNewSubnode(const std::string& subnodeName)
@@ -56,11 +61,13 @@ std::shared_ptr<Node> Node::addExistingSubnode(std::shared_ptr<Node> node)
 {
     if (!findExactSubnode(node->name)) {
         subnodes.push_back(node);
-        if (m_index) {
-            m_index->enterLast(subnodes);
+        auto index = std::move(m_index); // for good if there is no memory to enter the node: an index lacks none
+        if (index) {
+            index->enterLast(subnodes);
         } else if (subnodes.size() >= SubnodeIndex::worthwhile) {
-            m_index = std::make_unique<SubnodeIndex>(subnodes);
+            index = std::make_unique<SubnodeIndex>(subnodes);
         }
+        m_index = std::move(index);
     }
     return node;
 }

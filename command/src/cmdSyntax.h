@@ -11,6 +11,7 @@
 #include <mutex>
 #include <set>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -27,6 +28,9 @@ class Node
 {
 public:
     explicit Node(const std::string& word);
+
+    /// Returns  the subnode with that name, in the list of subnodes, or null.
+    const std::shared_ptr<Node>* subnodeNamed(std::string_view subnodeName) const;
 
     /// Returns  the first subnode with that name, or an empty pointer.
     std::shared_ptr<Node> findExactSubnode(const std::string& subnodeName) const;

@@ -44,10 +44,9 @@ Matches matchPlaceholders(const Node& parent)
 
 Matches match(const Node& parent, std::string_view word)
 {
-    for (const auto& subnode : parent.subnodes) {
-        if (!subnode->isArgument && subnode->name == word) {
-            return {&subnode, false};
-        }
+    const NodePtr* const exact = parent.subnodeNamed(word);
+    if (exact != nullptr && !(*exact)->isArgument) {
+        return {exact, false};
     }
     return matchPlaceholders(parent);
 }

@@ -16,10 +16,10 @@ void SubnodeIndex::enterLast(const Nodes& subnodes)
     }
 }
 
-const std::shared_ptr<Node>* SubnodeIndex::find(const Nodes& subnodes, const std::string& name) const
+const std::shared_ptr<Node>* SubnodeIndex::find(const Nodes& subnodes, std::string_view name) const
 {
     const std::size_t mask = m_slots.size() - 1;
-    for (std::size_t slot = std::hash<std::string>()(name) & mask; m_slots[slot] != 0; slot = (slot + 1) & mask) {
+    for (std::size_t slot = std::hash<std::string_view>()(name) & mask; m_slots[slot] != 0; slot = (slot + 1) & mask) {
         const std::shared_ptr<Node>& subnode = subnodes[m_slots[slot] - 1];
         if (subnode->name == name) {
             return &subnode;
@@ -43,7 +43,7 @@ void SubnodeIndex::enterAll(const Nodes& subnodes)
 void SubnodeIndex::enter(const Nodes& subnodes, std::size_t place)
 {
     const std::size_t mask = m_slots.size() - 1;
-    std::size_t slot = std::hash<std::string>()(subnodes[place]->name) & mask;
+    std::size_t slot = std::hash<std::string_view>()(subnodes[place]->name) & mask;
     while (m_slots[slot] != 0) {
         slot = (slot + 1) & mask;
     }

@@ -8,7 +8,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
-#include <string>
+#include <string_view>
 #include <vector>
 
 namespace Corvane::CmdTableHelper {
@@ -31,7 +31,7 @@ public:
     void enterLast(const Nodes& subnodes);
 
     /// Returns  the subnode of that name, or null.
-    const std::shared_ptr<Node>* find(const Nodes& subnodes, const std::string& name) const;
+    const std::shared_ptr<Node>* find(const Nodes& subnodes, std::string_view name) const;
 
 private:
     void enterAll(const Nodes& subnodes);

@@ -129,6 +129,24 @@ TEST(ManyOptionalWords, OfOneSynopsisEachLeadToAllLaterOnes)
     EXPECT_EQ(dispatch(graph, {"x", "w998", "w1"}).result, 1) << "words beyond the end are not looked at";
 }
 
+TEST(ManyCommands, AreRegisteredAndFound)
+{
+    const int commands = 50000;
+    SyntaxGraph graph;
+    for (int i = 0; i < commands; ++i) {
+        const std::string name = "c" + std::to_string(i);
+        graph.addCommand(name, {{name + " <a>", returning(i)}, {"all " + name, returning(i)}});
+    }
+    for (int i = 0; i < commands; ++i) {
+        const std::string name = "c" + std::to_string(i);
+        ASSERT_EQ(dispatch(graph, {name, "v"}).result, i);
+    }
+    graph.registerCommandName("all");
+    for (int i = 0; i < commands; ++i) {
+        ASSERT_EQ(dispatch(graph, {"all", "c" + std::to_string(i)}).result, i);
+    }
+}
+
 TEST(Duplicates, DoubleWithEachGroupUpToTheLimit)
 {
     SyntaxGraph graph;
