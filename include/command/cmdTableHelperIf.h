@@ -93,7 +93,8 @@ public:
     /// Owns     copies `hook`; every command runs a fresh copy of that copy, so state belongs behind a reference.
     unsigned int registerPostExecutionHook(const std::function<void(int, int, const char* const*)>& hook);
 
-    /// Takes a hook away. Hooks that are running are not disturbed; one whose turn has not come is not called any more.
+    /// Takes a hook away. If its turn has not come it is not called any more; if it has come on another thread, the
+    /// hook may still run, or even begin, after this has returned.
     ///
     /// Requires  nothing: an id that is not registered is ignored.
     void deregisterPostExecutionHook(unsigned int id);
