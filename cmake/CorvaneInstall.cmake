@@ -15,6 +15,7 @@ if(CORVANE_SYSTEM_PATHS)
   add_custom_command(TARGET corvane POST_BUILD VERBATIM COMMAND "${CMAKE_COMMAND}"
     "-DLIBRARY=$<TARGET_FILE:corvane>" "-DFOLDER=${corvane_debug_dir}" "-DREADELF=${CMAKE_READELF}"
     "-DOBJCOPY=${CMAKE_OBJCOPY}" -P "${PROJECT_SOURCE_DIR}/cmake/SplitDebugSymbols.cmake")
+  set_property(TARGET corvane APPEND PROPERTY LINK_DEPENDS "${PROJECT_SOURCE_DIR}/cmake/SplitDebugSymbols.cmake")
   install(DIRECTORY "${corvane_debug_dir}/" DESTINATION lib/debug/.build-id COMPONENT debug)
 endif()
 

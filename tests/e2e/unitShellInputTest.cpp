@@ -127,7 +127,7 @@ TEST(UnitShellInput, OutputThatCantBeWrittenEndsTheShell)
     const TemporaryFile file("");
     std::string command = "printf 'show carriers\\nexit 9\\n' |";
     for (const std::string& word : Corvane::Testing::runnable({UNIT_SHELL})) {
-        command += " " + word;
+        command += " '" + word + "'";
     }
     const int status = std::system((command + " 2>" + file.path() + " >/dev/full").c_str());
     EXPECT_EQ(WEXITSTATUS(status), 1);
