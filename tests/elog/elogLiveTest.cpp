@@ -76,7 +76,9 @@ TEST_F(ElogReports, SayOnceThatTheMailboxIsTakenAndThenEveryEntryThatIsDiscarded
 
 TEST_F(ElogReports, SayAtEachTimeoutThatTheEngineIsAbsentAndThatAnEntryFoundNoMemory)
 {
-    const std::vector<RecordedEvent> events = record({"LD_PRELOAD=" CORVANE_IMPATIENT_ZEL}).events;
+    // The loader takes a list, in which a path must not have blanks.
+    const std::vector<RecordedEvent> events =
+        record({"LD_PRELOAD=" CORVANE_IMPATIENT_ZEL, "LD_LIBRARY_PATH=" CORVANE_IMPATIENT_ZEL_FOLDER}).events;
     ASSERT_EQ(events.size(), 7U);
     for (std::size_t timeout = 0; timeout < 3; ++timeout) {
         EXPECT_EQ(events[timeout], info("71", "ABN: 'ElogEngine' not available. Still waiting ..."));
