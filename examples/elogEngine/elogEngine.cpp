@@ -11,12 +11,12 @@
 #include <stdexcept>
 #include <string>
 
-#include <fcntl.h>
 #include <getopt.h>
 #include <poll.h>
 #include <unistd.h>
 #include <zelStandin.h>
 
+#include "../standardStreams.h"
 #include "entry.h"
 #include "entryFile.h"
 
@@ -68,16 +68,6 @@ void catchSignals()
     for (const int signal : {SIGPIPE, SIGXFSZ}) { // a closed output or a full file is found when writing to it
         static_cast<void>(::signal(signal, SIG_IGN));
     }
-}
-
-/// Keeps the numbers of closed standard files from what is opened later, which would get the lines.
-void reserveStandardFiles()
-{
-    int file = 0;
-    do {
-        file = ::open("/dev/null", O_RDONLY); // so that writing there fails as before
-    } while (file >= 0 && file <= STDERR_FILENO);
-    ::close(file);
 }
 
 /// Writes to one of the standard outputs; after a signal only as long as somebody reads that.
@@ -249,7 +239,7 @@ std::optional<int> readOptions(int argc, char** argv, Options& options)
 
 int main(int argc, char** argv)
 {
-    reserveStandardFiles();
+    keepClosedStreamsClosed();
     Options options;
     if (const auto status = readOptions(argc, argv, options)) {
         return *status;

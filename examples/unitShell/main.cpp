@@ -3,9 +3,9 @@
 #include <iostream>
 #include <memory>
 
-#include <fcntl.h>
 #include <unistd.h>
 
+#include "../standardStreams.h"
 #include "commandTables.h"
 #include "commands.h"
 #include "eventLog.h"
@@ -19,17 +19,6 @@
 namespace {
 
 using namespace UnitShell;
-
-/// Sees to it that nothing that is opened later, for the event log say, takes the place of a standard stream that is
-/// closed. What takes it here is open the wrong way round, so that its use fails as that of a closed one does.
-void keepClosedStreamsClosed()
-{
-    for (const int descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
-        if (fcntl(descriptor, F_GETFD) < 0) {
-            open("/dev/null", (descriptor == STDIN_FILENO ? O_WRONLY : O_RDONLY) | O_CLOEXEC);
-        }
-    }
-}
 
 std::unique_ptr<LineSource> openLines(const Options& options)
 {
