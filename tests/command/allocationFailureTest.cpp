@@ -1,5 +1,4 @@
 /// Allocations that fail, one after the other, in every operation of the command service: it stays usable.
-#include <new>
 #include <set>
 #include <sstream>
 #include <string>
@@ -10,39 +9,14 @@
 #include "command/src/cmdTableHelperImplV2.h"
 #include "tests/command/graphSupport.h"
 #include "tests/command/serviceSupport.h"
-#include "tests/ramfs/failingAllocation.h"
+#include "tests/support/failingAllocation.h"
 
 namespace {
 
 using namespace Corvane::CmdTableHelper;
 using namespace Corvane::CmdTableHelper::Testing;
-using Corvane::Testing::FailingAllocation;
+using Corvane::Testing::failEachAllocation;
 using V2::CmdTableHelperImpl;
-
-/// Tries `operation` with its first allocation failing, then its second, and so on until none fails.
-///
-/// Returns  how often it failed.
-template <typename Operation>
-int failEachAllocation(const Operation& operation)
-{
-    for (int count = 0;; ++count) {
-        bool failed = false;
-        bool thrown = false;
-        {
-            const FailingAllocation failing(count);
-            try {
-                operation();
-            } catch (const std::bad_alloc&) {
-                thrown = true;
-            }
-            failed = failing.hasFailed();
-        }
-        EXPECT_EQ(failed, thrown) << "allocation " << count;
-        if (!failed) {
-            return count;
-        }
-    }
-}
 
 TEST(AllocationFailure, WhileSynopsesAreAddedLeavesNoTwoSubnodesOfAName)
 {

@@ -5,39 +5,14 @@
 
 #include <gtest/gtest.h>
 
-#include "tests/ramfs/failingAllocation.h"
 #include "tests/ramfs/ramfsTestSupport.h"
+#include "tests/support/failingAllocation.h"
 
 namespace Corvane::RamFs::V1 {
 namespace {
 
+using Testing::failEachAllocation;
 using Testing::FailingAllocation;
-
-/// Tries `operation` with its first allocation failing, then its second, and so on until none fails.
-///
-/// `check` runs after each failed attempt. Returns the number of failed attempts.
-template <typename Operation, typename Check>
-int failEachAllocation(const Operation& operation, const Check& check)
-{
-    for (int count = 0;; ++count) {
-        bool failed = false;
-        bool thrown = false;
-        {
-            const FailingAllocation failing(count);
-            try {
-                operation();
-            } catch (const std::bad_alloc&) {
-                thrown = true;
-            }
-            failed = failing.hasFailed();
-        }
-        EXPECT_EQ(failed, thrown) << "allocation " << count;
-        if (!failed) {
-            return count;
-        }
-        check();
-    }
-}
 
 class AllocationFailureTest : public testing::Test
 {

@@ -1,5 +1,5 @@
 /// The replaced operator new, apart from the code that calls it, so that the compiler can't see through the pair.
-#include "tests/ramfs/failingAllocation.h"
+#include "tests/support/failingAllocation.h"
 
 #include <cstdlib>
 #include <new>
