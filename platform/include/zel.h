@@ -30,6 +30,12 @@
 extern "C" {
 #endif
 
+/// What stands in the place of a mailbox id: no mailbox, or a failure; the calling thread's own mailbox, as the sender of
+/// a call; any sender, where a receive asks for one.
+static const uint32_t ZEL_NO_MAILBOX = 0xFFFFFFFFU;
+static const uint32_t ZEL_OWN_MAILBOX = 0xFFF00000U;
+static const uint32_t ZEL_ANY_SENDER = 0xFFF11111U;
+
 /// A message. Its bytes are reached through a cast; the block is aligned for any type.
 union zel_msg;
 

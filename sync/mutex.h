@@ -1,0 +1,84 @@
+/// Mutexes that the compiler checks: clang refuses an access to a guarded member without its lock.
+///
+/// A member says by which mutex it is guarded (CORVANE_GUARDED_BY), a function says which mutex its caller holds
+/// (CORVANE_REQUIRES, or CORVANE_REQUIRES_SHARED for one that only reads). Other compilers see plain standard mutexes.
+/// A Mutex has the size of a std::mutex, a SharedMutex that of a std::shared_mutex.
+///
+/// Errors  std::system_error if a lock can't be taken.
+#ifndef CORVANE_SYNC_MUTEX_H
+#define CORVANE_SYNC_MUTEX_H
+
+#include <mutex>
+#include <shared_mutex>
+
+#ifdef __clang__
+#define CORVANE_THREAD_SAFETY(attribute) __attribute__((attribute))
+#else
+#define CORVANE_THREAD_SAFETY(attribute)
+#endif
+#define CORVANE_GUARDED_BY(mutex) CORVANE_THREAD_SAFETY(guarded_by(mutex))
+#define CORVANE_REQUIRES(mutex) CORVANE_THREAD_SAFETY(requires_capability(mutex))
+#define CORVANE_REQUIRES_SHARED(mutex) CORVANE_THREAD_SAFETY(requires_shared_capability(mutex))
+
+namespace Corvane {
+
+/// A std::mutex.
+class CORVANE_THREAD_SAFETY(capability("mutex")) Mutex
+{
+public:
+    void lock() CORVANE_THREAD_SAFETY(acquire_capability()) { m_mutex.lock(); }
+    void unlock() CORVANE_THREAD_SAFETY(release_capability()) { m_mutex.unlock(); }
+
+private:
+    std::mutex m_mutex;
+};
+
+/// A std::shared_mutex.
+class CORVANE_THREAD_SAFETY(capability("mutex")) SharedMutex
+{
+public:
+    void lock() CORVANE_THREAD_SAFETY(acquire_capability()) { m_mutex.lock(); }
+    void unlock() CORVANE_THREAD_SAFETY(release_capability()) { m_mutex.unlock(); }
+    void lock_shared() CORVANE_THREAD_SAFETY(acquire_shared_capability()) { m_mutex.lock_shared(); }
+    void unlock_shared() CORVANE_THREAD_SAFETY(release_shared_capability()) { m_mutex.unlock_shared(); }
+
+private:
+    std::shared_mutex m_mutex;
+};
+
+/// Holds a Mutex, or a SharedMutex exclusively, to the end of its scope.
+template <typename AnyMutex>
+class CORVANE_THREAD_SAFETY(scoped_lockable) ExclusiveLock
+{
+public:
+    explicit ExclusiveLock(AnyMutex& mutex) CORVANE_THREAD_SAFETY(acquire_capability(mutex)) : m_mutex(mutex)
+    {
+        m_mutex.lock();
+    }
+    ~ExclusiveLock() CORVANE_THREAD_SAFETY(release_capability()) { m_mutex.unlock(); }
+    ExclusiveLock(const ExclusiveLock&) = delete;
+    ExclusiveLock& operator=(const ExclusiveLock&) = delete;
+
+private:
+    AnyMutex& m_mutex;
+};
+
+/// Holds a SharedMutex shared to the end of its scope.
+class CORVANE_THREAD_SAFETY(scoped_lockable) SharedLock
+{
+public:
+    explicit SharedLock(SharedMutex& mutex) CORVANE_THREAD_SAFETY(acquire_shared_capability(mutex)) : m_mutex(mutex)
+    {
+        m_mutex.lock_shared();
+    }
+    ~SharedLock() CORVANE_THREAD_SAFETY(release_generic_capability()) { m_mutex.unlock_shared(); }
+    SharedLock(const SharedLock&) = delete;
+    SharedLock& operator=(const SharedLock&) = delete;
+
+private:
+    SharedMutex& m_mutex;
+};
+
+} // namespace Corvane
+
+#endif
