@@ -5,6 +5,9 @@
 #include <array>
 #include <cerrno>
 #include <cstring>
+#include <fstream>
+#include <string>
+#include <utility>
 
 #include <sys/socket.h>
 
@@ -16,7 +19,22 @@ constexpr std::size_t readSize = std::size_t{64} << 10U;
 constexpr std::size_t move = std::size_t{256} << 10U; // what a sender that means it writes in less than a second
 constexpr std::chrono::seconds longestForAMove{1};
 
+/// Returns  the process at the other end, and its program's name if it still runs.
+Origin originOf(int connection)
+{
+    ucred peer = {};
+    socklen_t length = sizeof peer;
+    Origin origin;
+    if (::getsockopt(connection, SOL_SOCKET, SO_PEERCRED, &peer, &length) == 0) {
+        origin.process = peer.pid;
+        std::ifstream("/proc/" + std::to_string(peer.pid) + "/comm").getline(origin.program, sizeof origin.program);
+    }
+    return origin;
+}
+
 } // namespace
+
+Incoming::Incoming(Fd connection) : m_connection(std::move(connection)), m_origin(originOf(m_connection.get())) {}
 
 bool Incoming::read(std::deque<Arrived>& arrived, Time now)
 {
@@ -105,6 +123,7 @@ bool Incoming::growTo(std::size_t size)
 void Incoming::finishMessage(std::deque<Arrived>& arrived)
 {
     setSender(m_partial.get(), m_header.sender);
+    setOrigin(m_partial.get(), m_origin);
     m_waiting->bytes += memoryOf(m_partial.get());
     arrived.push_back({std::move(m_partial), m_waiting});
     m_headerBytes = 0;

@@ -42,7 +42,7 @@ struct Arrived
 class Incoming
 {
 public:
-    explicit Incoming(Fd connection) : m_connection(std::move(connection)) {}
+    explicit Incoming(Fd connection);
 
     /// How long its owner has been receiving, in all.
     using Time = std::chrono::steady_clock::duration;
@@ -85,6 +85,7 @@ private:
     void finishMessage(std::deque<Arrived>& arrived);
 
     Fd m_connection;
+    Origin m_origin;
     FrameHeader m_header = {};
     std::size_t m_headerBytes = 0;
     Message m_partial; // there once the header is whole

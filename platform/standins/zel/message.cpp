@@ -13,6 +13,7 @@ struct alignas(std::max_align_t) Head
 {
     std::size_t size;
     std::uint32_t sender;
+    Origin origin;
 };
 
 Head* headOf(zel_msg* message)
@@ -45,6 +46,7 @@ Message allocateMessage(std::size_t size)
     }
     head->size = size;
     head->sender = noMailbox;
+    head->origin = {};
     return Message(messageOf(head));
 }
 
@@ -92,6 +94,16 @@ std::uint32_t senderOf(const zel_msg* message)
 void setSender(zel_msg* message, std::uint32_t sender)
 {
     headOf(message)->sender = sender;
+}
+
+const Origin& originOf(const zel_msg* message)
+{
+    return headOf(message)->origin;
+}
+
+void setOrigin(zel_msg* message, const Origin& origin)
+{
+    headOf(message)->origin = origin;
 }
 
 } // namespace Zel

@@ -36,6 +36,15 @@ std::uint32_t numberOf(const zel_msg* message);
 std::uint32_t senderOf(const zel_msg* message);
 void setSender(zel_msg* message, std::uint32_t sender);
 
+/// The process that sent a message.
+struct Origin
+{
+    int process = 0;
+    char program[16] = {}; // with its NUL
+};
+const Origin& originOf(const zel_msg* message);
+void setOrigin(zel_msg* message, const Origin& origin);
+
 } // namespace Zel
 
 #endif

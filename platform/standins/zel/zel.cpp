@@ -113,6 +113,16 @@ std::size_t zel_standin_size(const zel_msg* msg)
     return msg == nullptr ? 0 : Zel::sizeOf(msg);
 }
 
+int zel_standin_process(const zel_msg* msg)
+{
+    return msg == nullptr ? 0 : Zel::originOf(msg).process;
+}
+
+const char* zel_standin_program(const zel_msg* msg)
+{
+    return msg == nullptr ? "" : Zel::originOf(msg).program;
+}
+
 void zel_standin_close_mailbox()
 {
     if (mailbox() != nullptr) {

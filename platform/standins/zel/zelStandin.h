@@ -27,6 +27,15 @@ extern "C" {
 /// Returns  the number of bytes of a message, its message number included; 0 for null.
 size_t zel_standin_size(const union zel_msg* msg);
 
+/// Returns  the id of the process that sent a received message, as the kernel says; 0 for null or a message that was
+/// not
+///          received.
+int zel_standin_process(const union zel_msg* msg);
+
+/// Returns  the name of the program that sent a received message, as that process says; "" for null or a message that
+///          was not received. Lives as long as the message.
+const char* zel_standin_program(const union zel_msg* msg);
+
 /// Closes the calling thread's mailbox to further messages; its name is free at once. What had arrived by then can
 /// still be received; when that is done, __zel_receive() returns null without waiting. To senders the mailbox is gone.
 /// Nothing happens without a mailbox of the calling thread.
