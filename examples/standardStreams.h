@@ -1,12 +1,14 @@
-/// How the examples take it that they are started without a standard stream.
+/// What the examples do about a standard stream that was closed before they started.
 #ifndef CORVANE_EXAMPLES_STANDARDSTREAMS_H
 #define CORVANE_EXAMPLES_STANDARDSTREAMS_H
+
+#include <initializer_list>
 
 #include <fcntl.h>
 #include <unistd.h>
 
-/// Sees to it that nothing that is opened later, a mailbox say, takes the place of a standard stream that is closed.
-/// What takes it here is open the wrong way round, so that its use fails as that of a closed one does.
+/// Keeps files that are opened later (a mailbox, say) from becoming a standard stream. A closed stream gets /dev/null
+/// opened for the wrong direction: using the stream fails, as it would if it were closed.
 inline void keepClosedStreamsClosed()
 {
     for (const int descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {

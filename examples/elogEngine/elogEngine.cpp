@@ -1,4 +1,4 @@
-/// The event-log process: owns the mailbox "ElogEngine" and prints, or also keeps, the entries that clients send.
+/// The event-log process: receives the entries of all clients of a user in the mailbox "ElogEngine" and prints them.
 #include <algorithm>
 #include <cerrno>
 #include <chrono>
@@ -17,39 +17,33 @@
 #include <zelStandin.h>
 
 #include "../standardStreams.h"
+#include "engineLock.h"
 #include "entry.h"
-#include "entryFile.h"
 
 namespace {
 
 using namespace ElogEngine;
 
 constexpr const char* help =
-    "Usage: elogEngine [--json] [--append FILE]\n"
+    "Usage: elogEngine [--json]\n"
     "\n"
-    "Receives event-log entries in the mailbox ElogEngine and prints one line for each: time, sequence number,\n"
-    "sender, event id, parameters and text. It ends on SIGTERM or SIGINT, when it has read what had arrived.\n"
+    "Receives the event-log entries of this user's programs and prints a line for each one: time, sequence number, name\n"
+    "and process id of the program, event id, parameters and text. To keep the lines: elogEngine >> FILE\n"
     "\n"
-    "  --json         print JSON objects, one per line\n"
-    "  --append FILE  append the lines to FILE as well; a line is printed when it is on disk there\n"
-    "  --help         print this\n"
+    "  --json  print each entry as a JSON object\n"
+    "  --help  print this text\n"
     "\n"
-    "Messages that are no entries, or for which there is no memory, are dropped and reported on standard error. Exit\n"
-    "status: 0 after a signal, 1 if another process has the mailbox, FILE can't be opened, a line can't be written or\n"
-    "nobody reads standard output after a signal, 2 for wrong options.\n";
+    "SIGTERM, SIGINT and SIGHUP end the engine, after it has printed the entries that had arrived. nohup works.\n"
+    "A message that is not an entry, or that needs more memory than there is, is reported on standard error and\n"
+    "dropped. Only one engine can run for a user.\n"
+    "\n"
+    "Exit status: 0 after a signal; 1 if another engine is running, the mailbox can't be created, a line can't be\n"
+    "written, or standard output is blocked during shutdown; 2 for wrong options.\n";
 
-constexpr std::uint32_t noMailbox = 0xFFFFFFFF;
-constexpr std::uint32_t anySender = 0xFFF11111;
-// A signal doesn't end a wait, and a message that tells of one may find no place in a mailbox full of clients.
+// A signal doesn't end a wait for messages, so the engine looks for one this often.
 constexpr int signalLookMs = 200;
 constexpr int looksAfterSignal = 10;
 constexpr std::size_t batchBytes = std::size_t{256} << 10U;
-
-struct Options
-{
-    bool json = false;
-    std::optional<std::string> appendTo;
-};
 
 volatile std::sig_atomic_t hasToStop = 0;
 
@@ -62,15 +56,17 @@ void catchSignals()
 {
     struct sigaction action = {};
     action.sa_handler = stop;
-    for (const int signal : {SIGTERM, SIGINT}) {
-        ::sigaction(signal, &action, nullptr);
+    ::sigaction(SIGTERM, &action, nullptr);
+    ::sigaction(SIGINT, &action, nullptr);
+    if (::signal(SIGHUP, SIG_IGN) != SIG_IGN) { // nohup ignores it
+        ::sigaction(SIGHUP, &action, nullptr);
     }
-    for (const int signal : {SIGPIPE, SIGXFSZ}) { // a closed output or a full file is found when writing to it
+    for (const int signal : {SIGPIPE, SIGXFSZ}) { // write() tells of a closed pipe or a full file
         static_cast<void>(::signal(signal, SIG_IGN));
     }
 }
 
-/// Writes to one of the standard outputs; after a signal only as long as somebody reads that.
+/// Writes to standard output or standard error. After a signal it gives up if nothing can be written for two seconds.
 ///
 /// Errors  std::runtime_error; part of `lines` may be written then.
 void print(const std::string& lines, int output = STDOUT_FILENO)
@@ -80,12 +76,12 @@ void print(const std::string& lines, int output = STDOUT_FILENO)
         pollfd waited = {output, POLLOUT, 0};
         if (::poll(&waited, 1, signalLookMs) <= 0) {
             if (hasToStop != 0 && --looksLeft < 0) {
-                throw std::runtime_error("nobody reads standard output");
+                throw std::runtime_error("standard output is blocked");
             }
             continue;
         }
         looksLeft = looksAfterSignal;
-        // A pipe that can be written to has room for as much at least, so that this doesn't wait.
+        // A pipe that can be written to has room for PIPE_BUF bytes, so this doesn't wait.
         const std::size_t length = std::min<std::size_t>(lines.size() - written, PIPE_BUF);
         const ssize_t result = ::write(output, lines.data() + written, length);
         if (result < 0 && errno != EINTR && errno != EAGAIN) {
@@ -95,35 +91,32 @@ void print(const std::string& lines, int output = STDOUT_FILENO)
     }
 }
 
-/// Tells people something on standard error. Where nobody listens any more, it is left unsaid.
+/// Writes a message for people to standard error. Once that fails, it writes none any more.
 void report(const std::string& text)
 {
-    static bool isHeard = true;
+    static bool isRead = true;
     try {
-        if (isHeard) {
+        if (isRead) {
             print("elogEngine: " + text + "\n", STDERR_FILENO);
         }
     } catch (const std::exception&) {
-        isHeard = false;
+        isRead = false;
     }
 }
 
-/// Receives entries and writes them out, many at a time where many have come.
+/// Receives entries and prints them, many at a time if many have arrived.
 class Engine
 {
 public:
-    explicit Engine(const Options& options) : m_json(options.json)
+    explicit Engine(bool json) : m_json(json)
     {
-        // Before the file, which is another engine's as long as that has the mailbox.
-        if (__zel_create_mailbox("ElogEngine", 0, "", 0) == noMailbox) {
-            throw std::runtime_error("can't create the mailbox ElogEngine; another engine may have it");
-        }
-        if (options.appendTo) {
-            m_file.emplace(*options.appendTo);
+        lockOutOtherEngines(); // first: a client may send to any mailbox of the name
+        if (__zel_create_mailbox("ElogEngine", 0, "", 0) == ZEL_NO_MAILBOX) {
+            throw std::runtime_error("can't create the mailbox ElogEngine");
         }
     }
 
-    /// Ends when a signal has come and what had arrived by then is written out.
+    /// Returns after a signal, when the entries that had arrived by then are printed.
     void run()
     {
         report("ready");
@@ -131,39 +124,40 @@ public:
         do {
             if (!isClosed && hasToStop != 0) {
                 isClosed = true;
-                zel_standin_close_mailbox(); // what had arrived is still received
+                zel_standin_close_mailbox(); // what has arrived can still be received
             }
         } while (takeBatch() || !isClosed);
     }
 
 private:
-    /// Returns  false if nothing has come.
+    /// Returns  false if nothing has arrived.
     bool takeBatch()
     {
-        zel_msg* message = __zel_receive(nullptr, signalLookMs, anySender, "", 0);
-        const bool hasCome = message != nullptr;
+        zel_msg* message = __zel_receive(nullptr, signalLookMs, ZEL_ANY_SENDER, "", 0);
+        const bool hasArrived = message != nullptr;
         std::size_t taken = 0;
         while (message != nullptr) {
             const std::size_t size = zel_standin_size(message);
             take(message, size);
             __zel_free(&message, "", 0);
             taken += size;
-            message = taken < batchBytes ? __zel_receive(nullptr, 0, anySender, "", 0) : nullptr;
+            message = taken < batchBytes ? __zel_receive(nullptr, 0, ZEL_ANY_SENDER, "", 0) : nullptr;
         }
         writeOut();
-        return hasCome;
+        return hasArrived;
     }
 
     void take(const zel_msg* message, std::size_t size)
     {
-        const std::uint32_t sender = __zel_sender(message, "", 0);
         const std::size_t linesBefore = m_lines.size();
         std::string flaw;
+        Arrival arrival = {std::chrono::system_clock::now(), m_sequence + 1, {zel_standin_process(message), ""}};
         try {
+            arrival.writer.program = zel_standin_program(message);
             Entry entry;
             flaw = readEntry(reinterpret_cast<const unsigned char*>(message), size, entry);
             if (flaw.empty()) {
-                appendLine({std::chrono::system_clock::now(), sender, m_sequence + 1}, entry);
+                appendLine(arrival, entry);
                 ++m_sequence;
             }
         } catch (const std::bad_alloc&) { // a line may be six times as long as its text
@@ -172,7 +166,7 @@ private:
             flaw = "no memory";
         }
         if (!flaw.empty()) {
-            report("dropped a message of " + std::to_string(size) + " bytes from " + std::to_string(sender) + ": " +
+            report("dropped a message of " + std::to_string(size) + " bytes from " + textOf(arrival.writer) + ": " +
                    flaw);
         }
     }
@@ -189,44 +183,30 @@ private:
 
     void writeOut()
     {
-        if (m_lines.empty()) {
-            return;
-        }
-        if (m_file) {
-            m_file->append(m_lines);
-        }
         print(m_lines);
-        std::string().swap(m_lines); // and its memory, which one entry may have made large
+        std::string().swap(m_lines); // frees the memory: one entry may have made it large
     }
 
     const bool m_json;
-    std::optional<EntryFile> m_file;
     std::uint64_t m_sequence = 0;
-    std::string m_lines; // of entries that were received and not written yet
+    std::string m_lines; // of entries that are received and not printed yet
 };
 
 /// Returns  the exit status if there is nothing more to do.
-std::optional<int> readOptions(int argc, char** argv, Options& options)
+std::optional<int> readOptions(int argc, char** argv, bool& json)
 {
-    static const option known[] = {{"json", no_argument, nullptr, 'j'},
-                                   {"append", required_argument, nullptr, 'a'},
-                                   {"help", no_argument, nullptr, 'h'},
-                                   {nullptr, 0, nullptr, 0}};
+    static const option known[] = {
+        {"json", no_argument, nullptr, 'j'}, {"help", no_argument, nullptr, 'h'}, {nullptr, 0, nullptr, 0}};
     for (int found = 0; (found = ::getopt_long(argc, argv, "", known, nullptr)) != -1;) {
-        switch (found) {
-        case 'j':
-            options.json = true;
-            break;
-        case 'a':
-            options.appendTo = optarg;
-            break;
-        case 'h':
+        if (found == 'h') {
             std::cout << help << std::flush;
             return std::cout ? 0 : 1;
-        default:
+        }
+        if (found != 'j') {
             std::cerr << "Try: elogEngine --help\n";
             return 2;
         }
+        json = true;
     }
     if (optind < argc) {
         std::cerr << "elogEngine: unexpected argument '" << argv[optind] << "'\nTry: elogEngine --help\n";
@@ -240,13 +220,13 @@ std::optional<int> readOptions(int argc, char** argv, Options& options)
 int main(int argc, char** argv)
 {
     keepClosedStreamsClosed();
-    Options options;
-    if (const auto status = readOptions(argc, argv, options)) {
+    bool json = false;
+    if (const auto status = readOptions(argc, argv, json)) {
         return *status;
     }
     catchSignals();
     try {
-        Engine(options).run();
+        Engine(json).run();
     } catch (const std::exception& error) {
         report(error.what());
         return 1;

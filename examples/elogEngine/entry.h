@@ -1,4 +1,4 @@
-/// An event-log entry: read out of a message that isn't trusted, and written as a line.
+/// An event-log entry: read from a message that isn't trusted, and written as a line.
 #ifndef ELOGENGINE_ENTRY_H
 #define ELOGENGINE_ENTRY_H
 
@@ -17,12 +17,19 @@ struct Entry
     std::string text;
 };
 
-/// Where and when an entry came in.
+/// Who wrote an entry.
+struct Writer
+{
+    int process = 0;
+    std::string program;
+};
+
+/// When an entry arrived, as which one, and from whom.
 struct Arrival
 {
     std::chrono::system_clock::time_point time;
-    std::uint32_t sender = 0;
     std::uint64_t sequence = 0;
+    Writer writer;
 };
 
 /// Reads the `size` bytes of a message into `entry`.
@@ -30,12 +37,15 @@ struct Arrival
 /// Returns  what is wrong with the message; empty if it is an entry.
 std::string readEntry(const unsigned char* message, std::size_t size, Entry& entry);
 
-/// Appends a line for people: time, sequence number, sender, event, parameters and quoted text. Without the line feed.
+/// Returns  the writer as people read it: program[process].
+std::string textOf(const Writer& writer);
+
+/// Appends a line for people: time, sequence number, writer, event, parameters and quoted text. Without the line feed.
 ///
 /// Errors  std::bad_alloc; part of the line may be in `lines` then.
 void appendText(std::string& lines, const Arrival& arrival, const Entry& entry);
 
-/// Appends a JSON object on one line, without the line feed. Bytes of the text that are not UTF-8 become U+FFFD.
+/// Appends a JSON object on one line, without the line feed. Bytes that are not UTF-8 become U+FFFD.
 ///
 /// Errors  std::bad_alloc; part of the line may be in `lines` then.
 void appendJson(std::string& lines, const Arrival& arrival, const Entry& entry);

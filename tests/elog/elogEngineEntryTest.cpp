@@ -1,7 +1,8 @@
-/// What the event-log process makes of a message: an entry or a flaw, and an entry's line.
+/// How the event-log process reads a message, and how it writes an entry as a line.
 #include <chrono>
 #include <cstring>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <gmock/gmock.h>
@@ -87,49 +88,83 @@ TEST(ElogEngineEntry, IsNotReadFromAMessageOfAnotherKind)
     EXPECT_EQ(flawOf({message.begin(), message.begin() + 19}), "it is shorter than an entry");
 }
 
+Arrival arrivalOf(const std::string& program)
+{
+    return {std::chrono::system_clock::time_point(std::chrono::microseconds(1700000000000042)), 5, {4711, program}};
+}
+
 TEST(ElogEngineEntry, IsWrittenAsALineOfText)
 {
-    const Arrival arrival = {std::chrono::system_clock::time_point(std::chrono::microseconds(1700000000000042)), 77, 5};
-    EXPECT_EQ(asText(arrival, {1007, {11, 4294967295}, "carrier \"3\" down"}),
-              "2023-11-14T22:13:20.000042Z #5 sender 77 event 1007 [11,4294967295] \"carrier \\\"3\\\" down\"");
-    EXPECT_EQ(asText(arrival, {0, {}, ""}), "2023-11-14T22:13:20.000042Z #5 sender 77 event 0 [] \"\"");
+    EXPECT_EQ(asText(arrivalOf("unitShell"), {1007, {11, 4294967295}, "carrier \"3\" down"}),
+              "2023-11-14T22:13:20.000042Z #5 unitShell[4711] event 1007 [11,4294967295] \"carrier \\\"3\\\" down\"");
+    EXPECT_EQ(asText(arrivalOf("\"a\n\xFF"), {0, {}, ""}),
+              R"(2023-11-14T22:13:20.000042Z #5 \"a\n\ufffd[4711] event 0 [] "")");
 }
 
 TEST(ElogEngineEntry, IsWrittenAsALineOfJson)
 {
     using namespace std::string_literals;
-    const Arrival arrival = {std::chrono::system_clock::time_point(std::chrono::microseconds(1700000000999999)), 77, 5};
-    EXPECT_EQ(asJson(arrival, {1007, {11}, "a\"\\\n\t\0\x7F"s}),
-              R"({"time":"2023-11-14T22:13:20.999999Z","sequence":5,"sender":77,"eventId":1007,"params":[11],)"
-              R"("text":"a\"\\\n\u0009\u0000\u007f"})");
+    EXPECT_EQ(asJson(arrivalOf("\"a\n\xFF"), {1007, {11}, "a\"\\\n\t\0\x7F"s}),
+              R"({"time":"2023-11-14T22:13:20.000042Z","sequence":5,"pid":4711,"program":"\"a\n\ufffd",)"
+              R"("eventId":1007,"params":[11],"text":"a\"\\\n\u0009\u0000\u007f"})");
 }
 
 TEST(ElogEngineEntry, IsAppendedToTheLinesBeforeIt)
 {
     std::string lines = "before\n";
     ElogEngine::appendText(lines, {}, {1, {}, "text"});
-    EXPECT_EQ(lines, "before\n" + asText({}, {1, {}, "text"}));
     ElogEngine::appendJson(lines, {}, {1, {}, "json"});
     EXPECT_EQ(lines, "before\n" + asText({}, {1, {}, "text"}) + asJson({}, {1, {}, "json"}));
 }
 
-TEST(ElogEngineEntry, KeepsUtf8AndReplacesWhatIsNone)
+/// Returns  a text as it stands in a line, which is the same in both forms.
+std::string written(const std::string& text)
 {
-    const auto textOf = [](const std::string& text) {
-        const std::string line = asJson({}, {0, {}, text});
-        const std::size_t start = line.find("\"text\":\"") + 8;
-        return line.substr(start, line.size() - start - 2);
+    const auto quoted = [](const std::string& line, const std::string& start, std::size_t behind) {
+        const std::size_t begin = line.find(start) + start.size();
+        return line.substr(begin, line.size() - begin - behind);
     };
-    const std::string good = "\xC2\x80 \xC3\xA4 \xE2\x82\xAC \xED\x9F\xBF \xF0\x9F\x93\xA1 \xF4\x8F\xBF\xBF";
-    EXPECT_EQ(textOf(good), good);
-    EXPECT_EQ(textOf("\x80"), "\\ufffd");
-    EXPECT_EQ(textOf("\xC0\x80"), "\\ufffd\\ufffd");                         // too long a form
-    EXPECT_EQ(textOf("\xE0\x9F\xBF"), "\\ufffd\\ufffd\\ufffd");              // likewise
-    EXPECT_EQ(textOf("\xED\xA0\x80"), "\\ufffd\\ufffd\\ufffd");              // half a pair
-    EXPECT_EQ(textOf("\xF4\x90\x80\x80."), "\\ufffd\\ufffd\\ufffd\\ufffd."); // past the last character
-    EXPECT_EQ(textOf("\xE2\x82"), "\\ufffd\\ufffd");                         // cut off
-    EXPECT_EQ(textOf("\xE2x"), "\\ufffdx");
-    EXPECT_EQ(textOf("\xFF"), "\\ufffd");
+    const std::string result = quoted(asJson({}, {0, {}, text}), "\"text\":\"", 2);
+    EXPECT_EQ(quoted(asText({}, {0, {}, text}), "[] \"", 1), result);
+    return result;
+}
+
+TEST(ElogEngineEntry, KeepsCharactersInUtf8)
+{
+    for (const char* const text :
+         {"\xC2\xA0", "\xC3\xA4", "\xE2\x82\xAC", "\xED\x9F\xBF", "\xF0\x9F\x93\xA1", "\xF4\x8F\xBF\xBF",
+          "\xE2\x80\xA7", "\xE2\x80\xAF", "\xE2\x81\xA5", "\xE2\x81\xAA"}) { // beside those that are escaped
+        EXPECT_EQ(written(text), text);
+    }
+}
+
+TEST(ElogEngineEntry, ReplacesBytesThatAreNotUtf8)
+{
+    const std::vector<std::pair<std::string, std::string>> rows = {
+        {"\x80", "\\ufffd"},
+        {"\xC0\x80", "\\ufffd\\ufffd"},                         // longer than needed
+        {"\xE0\x9F\xBF", "\\ufffd\\ufffd\\ufffd"},              // likewise
+        {"\xF0\x8F\xBF\xBF", "\\ufffd\\ufffd\\ufffd\\ufffd"},   // likewise
+        {"\xED\xA0\x80", "\\ufffd\\ufffd\\ufffd"},              // half a surrogate pair
+        {"\xF4\x90\x80\x80.", "\\ufffd\\ufffd\\ufffd\\ufffd."}, // beyond the last character
+        {"\xE2\x82", "\\ufffd\\ufffd"},                         // cut off
+        {"\xE2x", "\\ufffdx"},
+        {"\xF8\xFF", "\\ufffd\\ufffd"}};
+    for (const auto& [text, expected] : rows) {
+        EXPECT_EQ(written(text), expected);
+    }
+}
+
+TEST(ElogEngineEntry, EscapesCharactersThatSteerATerminalOrReorderALine)
+{
+    const std::vector<std::pair<std::string, std::string>> rows = {
+        {"\x1B[31m", "\\u001b[31m"},       {"\xC2\x80", "\\u0080"},     {"\xC2\x9B\x33m", "\\u009b3m"},
+        {"\xC2\x9F", "\\u009f"},           {"\xE2\x80\xA8", "\\u2028"}, {"\xE2\x80\xA9", "\\u2029"},
+        {"\xE2\x80\xAA", "\\u202a"},       {"\xE2\x80\xAE", "\\u202e"}, {"\xE2\x81\xA6", "\\u2066"},
+        {"a\xE2\x81\xA9\x62", "a\\u2069b"}};
+    for (const auto& [text, expected] : rows) {
+        EXPECT_EQ(written(text), expected);
+    }
 }
 
 } // namespace
