@@ -24,21 +24,24 @@ namespace {
 
 using namespace ElogEngine;
 
-constexpr const char* help =
-    "Usage: elogEngine [--json]\n"
-    "\n"
-    "Receives the event-log entries of this user's programs and prints a line for each one: time, sequence number, name\n"
-    "and process id of the program, event id, parameters and text. To keep the lines: elogEngine >> FILE\n"
-    "\n"
-    "  --json  print each entry as a JSON object\n"
-    "  --help  print this text\n"
-    "\n"
-    "SIGTERM, SIGINT and SIGHUP end the engine, after it has printed the entries that had arrived. nohup works.\n"
-    "A message that is not an entry, or that needs more memory than there is, is reported on standard error and\n"
-    "dropped. Only one engine can run for a user.\n"
-    "\n"
-    "Exit status: 0 after a signal; 1 if another engine is running, the mailbox can't be created, a line can't be\n"
-    "written, or standard output is blocked during shutdown; 2 for wrong options.\n";
+constexpr const char* help = R"(Usage: elogEngine [--json]
+
+Receives the event-log entries of this user's programs and prints a line for
+each: time, sequence number, program and process id of its writer, event id,
+parameters and text. To keep the lines: elogEngine >> FILE
+
+  --json  print each entry as a JSON object
+  --help  print this text
+
+SIGTERM, SIGINT and SIGHUP end the engine; it first prints the entries that
+have already arrived. Under nohup SIGHUP has no effect. A message that is not
+an entry, or for which there is not enough memory, is dropped and reported on
+standard error. Only one engine can run for a user.
+
+Exit status: 0 after a signal; 1 if another engine is running, the mailbox
+can't be created, a line can't be written, or standard output is blocked during
+shutdown; 2 for wrong options.
+)";
 
 // A signal doesn't end a wait for messages, so the engine looks for one this often.
 constexpr int signalLookMs = 200;
@@ -143,7 +146,8 @@ private:
             taken += size;
             message = taken < batchBytes ? __zel_receive(nullptr, 0, ZEL_ANY_SENDER, "", 0) : nullptr;
         }
-        writeOut();
+        print(m_lines);
+        std::string().swap(m_lines); // frees the memory: one entry may have made it large
         return hasArrived;
     }
 
@@ -157,7 +161,7 @@ private:
             Entry entry;
             flaw = readEntry(reinterpret_cast<const unsigned char*>(message), size, entry);
             if (flaw.empty()) {
-                appendLine(arrival, entry);
+                appendLine(m_lines, arrival, entry, m_json);
                 ++m_sequence;
             }
         } catch (const std::bad_alloc&) { // a line may be six times as long as its text
@@ -169,22 +173,6 @@ private:
             report("dropped a message of " + std::to_string(size) + " bytes from " + textOf(arrival.writer) + ": " +
                    flaw);
         }
-    }
-
-    void appendLine(const Arrival& arrival, const Entry& entry)
-    {
-        if (m_json) {
-            appendJson(m_lines, arrival, entry);
-        } else {
-            appendText(m_lines, arrival, entry);
-        }
-        m_lines += '\n';
-    }
-
-    void writeOut()
-    {
-        print(m_lines);
-        std::string().swap(m_lines); // frees the memory: one entry may have made it large
     }
 
     const bool m_json;

@@ -152,25 +152,25 @@ std::string textOf(const Writer& writer)
     return text + "[" + std::to_string(writer.process) + "]";
 }
 
-void appendText(std::string& lines, const Arrival& arrival, const Entry& entry)
+void appendLine(std::string& lines, const Arrival& arrival, const Entry& entry, bool asJson)
 {
-    lines += utc(arrival.time) + " #" + std::to_string(arrival.sequence) + " " + textOf(arrival.writer) + " event " +
-             std::to_string(entry.eventId) + " ";
-    appendList(lines, entry.params);
-    lines += ' ';
-    appendQuoted(lines, entry.text);
-}
-
-void appendJson(std::string& lines, const Arrival& arrival, const Entry& entry)
-{
-    lines += R"({"time":")" + utc(arrival.time) + R"(","sequence":)" + std::to_string(arrival.sequence) + R"(,"pid":)" +
-             std::to_string(arrival.writer.process) + R"(,"program":)";
-    appendQuoted(lines, arrival.writer.program);
-    lines += R"(,"eventId":)" + std::to_string(entry.eventId) + R"(,"params":)";
-    appendList(lines, entry.params);
-    lines += R"(,"text":)";
-    appendQuoted(lines, entry.text);
-    lines += '}';
+    if (asJson) {
+        lines += R"({"time":")" + utc(arrival.time) + R"(","sequence":)" + std::to_string(arrival.sequence) +
+                 R"(,"pid":)" + std::to_string(arrival.writer.process) + R"(,"program":)";
+        appendQuoted(lines, arrival.writer.program);
+        lines += R"(,"eventId":)" + std::to_string(entry.eventId) + R"(,"params":)";
+        appendList(lines, entry.params);
+        lines += R"(,"text":)";
+        appendQuoted(lines, entry.text);
+        lines += "}\n";
+    } else {
+        lines += utc(arrival.time) + " #" + std::to_string(arrival.sequence) + " " + textOf(arrival.writer) +
+                 " event " + std::to_string(entry.eventId) + " ";
+        appendList(lines, entry.params);
+        lines += ' ';
+        appendQuoted(lines, entry.text);
+        lines += '\n';
+    }
 }
 
 } // namespace ElogEngine

@@ -40,15 +40,11 @@ std::string readEntry(const unsigned char* message, std::size_t size, Entry& ent
 /// Returns  the writer as people read it: program[process].
 std::string textOf(const Writer& writer);
 
-/// Appends a line for people: time, sequence number, writer, event, parameters and quoted text. Without the line feed.
+/// Appends a line: for people, or a JSON object. Both name time, sequence number, writer, event, parameters and text;
+/// bytes that are not UTF-8 become U+FFFD.
 ///
 /// Errors  std::bad_alloc; part of the line may be in `lines` then.
-void appendText(std::string& lines, const Arrival& arrival, const Entry& entry);
-
-/// Appends a JSON object on one line, without the line feed. Bytes that are not UTF-8 become U+FFFD.
-///
-/// Errors  std::bad_alloc; part of the line may be in `lines` then.
-void appendJson(std::string& lines, const Arrival& arrival, const Entry& entry);
+void appendLine(std::string& lines, const Arrival& arrival, const Entry& entry, bool asJson);
 
 } // namespace ElogEngine
 

@@ -1,43 +1,101 @@
-/// Reads values out of the words of a command and writes them back: what the handlers have in common.
+/// What the commands' handlers have in common: reading values out of words, and refusing a command.
 ///
-/// A reader that gets a wrong word says on `out` what is wrong with it, and returns nothing.
+/// Errors  a reader throws Refusal if a word is wrong. Handlers made by handler() then answer with its text.
 #ifndef UNITSHELL_ARGUMENTS_H
 #define UNITSHELL_ARGUMENTS_H
 
+#include <charconv>
 #include <cstddef>
-#include <iosfwd>
-#include <optional>
+#include <limits>
+#include <ostream>
+#include <sstream>
+#include <stdexcept>
 #include <string>
+#include <type_traits>
 #include <vector>
 
-#include "unit.h"
-
 namespace UnitShell {
+
+using Words = std::vector<std::string>;
 
 /// Results of handlers.
 constexpr int done = 0;
 constexpr int failed = 1;
 
-/// Returns whether the line goes on after `most` words, and says so: a handler is called for such a line as well.
-bool goesOn(std::size_t words, std::size_t most, std::ostream& out);
+/// Ends a command without any effect; the text tells the user why.
+struct Refusal : std::runtime_error
+{
+    using std::runtime_error::runtime_error;
+};
 
-/// Reads an option that may be the third and last word of a line; returns whether it is there.
-std::optional<bool> readOption(const std::vector<std::string>& words, const char* option, std::ostream& out);
+/// Refuses a line of more than `most` words. The service itself ignores the words after a complete command.
+void refuseMoreWords(std::size_t words, std::size_t most);
 
-/// Reads a number from `low` to `high`. `what` names it in the answer to a wrong one.
-std::optional<double> readNumber(const std::string& word, const char* what, double low, double high, std::ostream& out);
+/// Runs what a handler does, and answers if it refuses.
+///
+/// Returns  the handler's result: that of `action`, if it has one.
+template <typename Action>
+int answer(std::ostream& out, const Action& action)
+{
+    try {
+        if constexpr (!std::is_void_v<decltype(action())>) {
+            return action();
+        } else {
+            action();
+            return done;
+        }
+    } catch (const Refusal& refusal) {
+        out << refusal.what() << "\n";
+        return failed;
+    }
+}
 
-/// The same for a whole number.
-std::optional<unsigned int> readWhole(const std::string& word, const char* what, unsigned int low, unsigned int high,
-                                      std::ostream& out);
+/// Returns  a handler that calls `action` for a line of at most `most` words. `parts` are passed by reference: what the
+///          action works on.
+template <typename Action, typename... Parts>
+auto handler(std::size_t most, Action action, Parts&... parts)
+{
+    return [most, action, &parts...](const Words& words, std::ostream& out) {
+        return answer(out, [&] {
+            refuseMoreWords(words.size(), most);
+            return action(words, parts..., out);
+        });
+    };
+}
 
-/// Returns the carrier that the word names, or null.
-Carrier* readCarrier(const std::string& word, Unit& unit, std::ostream& out);
+/// Returns  the number from `low` to `high` that the word stands for. `what` names it in the answer to a wrong word.
+template <typename Number = unsigned int>
+Number readNumber(const std::string& word, const char* what, Number low = std::numeric_limits<Number>::lowest(),
+                  Number high = std::numeric_limits<Number>::max())
+{
+    Number number = 0;
+    const char* const end = word.data() + word.size();
+    const auto [stop, error] = std::from_chars(word.data(), end, number);         // whatever the user's locale is
+    if (error == std::errc() && stop == end && number >= low && number <= high) { // false for NaN
+        return number;
+    }
+    std::ostringstream text;
+    text << what << " is a " << (std::is_integral_v<Number> ? "whole number" : "number") << " from " << low << " to "
+         << high << ", not '" << word << "'";
+    throw Refusal(text.str());
+}
 
-/// Returns the alarm that the word names, or null.
-const Alarm* readAlarm(const std::string& word, const Unit& unit, std::ostream& out);
+/// Returns  whether the line has `option` as its third word. Refuses another third word.
+bool readOption(const Words& words, const char* option);
 
-/// Writes a number with one decimal.
+/// Returns  the one of the unit's parts (carriers, alarms) whose number the word is. `what` names it as above.
+template <typename Parts>
+auto& readPart(const std::string& word, const char* what, Parts& parts)
+{
+    for (auto& part : parts) {
+        if (std::to_string(part.id) == word) {
+            return part;
+        }
+    }
+    throw Refusal(std::string("there is no ") + what + " '" + word + "'");
+}
+
+/// Returns  a number with one decimal.
 std::string oneDecimal(double number);
 
 } // namespace UnitShell

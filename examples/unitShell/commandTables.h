@@ -1,10 +1,11 @@
-/// The tables that the shell has registered: the service keeps no texts for help, so the shell keeps the tables.
+/// The tables that the shell has registered. The service keeps no help texts, so the shell keeps the tables for "help".
 #ifndef UNITSHELL_COMMANDTABLES_H
 #define UNITSHELL_COMMANDTABLES_H
 
+#include <functional>
 #include <ostream>
 #include <string>
-#include <variant>
+#include <type_traits>
 #include <vector>
 
 #include <command/cmdTableHelperIf.h>
@@ -14,27 +15,32 @@ namespace UnitShell {
 class CommandTables
 {
 public:
+    struct Entry
+    {
+        std::string command;
+        std::function<void(const std::vector<std::string>& words, bool withHeader, std::ostream& out)> writeHelp;
+    };
+
     /// Registers a table. A command may have several.
     template <typename Record>
     void add(const std::string& command, const std::vector<Record>& table)
     {
-        Corvane::CmdTableHelper::V2::CmdTableHelperIf::getInstance().registerCmdTable(command, table);
-        m_tables.push_back({command, table});
+        auto& service = Corvane::CmdTableHelper::V2::CmdTableHelperIf::getInstance();
+        service.registerCmdTable(command, table);
+        m_entries.push_back({command, [&service, table](const std::vector<std::string>& words, bool withHeader,
+                                                        [[maybe_unused]] std::ostream& out) {
+                                 if constexpr (std::is_same_v<Record, Corvane::CmdTableHelper::CommandDefinitions>) {
+                                     service.cmdHelp(words, table, withHeader, false); // writes to std::cout
+                                 } else {
+                                     service.cmdHelp(words, out, table, withHeader, false);
+                                 }
+                             }});
     }
 
-    /// Writes the help of one command, or of all if `command` is null. Returns false if there is no such command.
-    bool help(const std::string* command, bool withDescriptions, std::ostream& out) const;
+    const std::vector<Entry>& entries() const { return m_entries; }
 
 private:
-    struct Entry
-    {
-        std::string command;
-        std::variant<std::vector<Corvane::CmdTableHelper::CommandDefinitions>,
-                     std::vector<Corvane::CmdTableHelper::CmdDefinition>,
-                     std::vector<Corvane::CmdTableHelper::CmdDefinitionCpp>>
-            table;
-    };
-    std::vector<Entry> m_tables;
+    std::vector<Entry> m_entries;
 };
 
 } // namespace UnitShell

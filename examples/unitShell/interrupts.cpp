@@ -1,4 +1,4 @@
-/// The signals that end the shell: SIGINT and SIGTERM.
+/// Notes a signal, and wakes up whoever waits for input.
 #include "interrupts.h"
 
 #include <array>
@@ -16,15 +16,15 @@ namespace {
 
 volatile std::sig_atomic_t receivedSignal = 0;
 
-// Readable once a signal came: a signal between a look at the flag above and the wait for input would otherwise be
-// noticed only with the next input.
+// A pipe that can be read once a signal has arrived. Without it, a signal that arrives between the look at the flag
+// above and the wait for input would be noticed only with the next input.
 int wakeUp[2] = {-1, -1};
 
 extern "C" void noteSignal(int signal)
 {
     const int error = errno;
     receivedSignal = signal;
-    [[maybe_unused]] const ssize_t written = write(wakeUp[1], "", 1); // full is as good as written
+    [[maybe_unused]] const ssize_t written = write(wakeUp[1], "", 1); // if it is full, it can be read
     errno = error;
 }
 
@@ -37,7 +37,7 @@ void install()
     }
     struct sigaction action = {};
     action.sa_handler = noteSignal;
-    // What is being written goes on: an answer is whole or not there.
+    // SA_RESTART: an answer that is being written becomes whole.
     action.sa_flags = static_cast<int>(SA_RESETHAND | SA_RESTART);
     for (const int signal : {SIGINT, SIGTERM}) {
         struct sigaction before = {};

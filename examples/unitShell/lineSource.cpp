@@ -5,42 +5,17 @@
 #include <cerrno>
 #include <iostream>
 #include <system_error>
+#include <utility>
 
-#include <fcntl.h>
 #include <unistd.h>
 
 #include "interrupts.h"
 
 namespace UnitShell {
 
-namespace {
-
-[[noreturn]] void throwReadError(const std::string& name)
+FileLines::FileLines(int descriptor, std::string name, const char* promptText)
+    : m_name(std::move(name)), m_descriptor(descriptor), m_prompt(promptText)
 {
-    throw std::system_error(errno, std::generic_category(), "can't read " + name);
-}
-
-} // namespace
-
-FileLines::FileLines(int descriptor, const char* promptText)
-    : m_name("standard input"), m_descriptor(descriptor), m_isOwn(false), m_prompt(promptText)
-{
-}
-
-// A named pipe is opened at once, and waited for as any other input is: open() itself would wait through a signal.
-FileLines::FileLines(const std::string& path)
-    : m_name("'" + path + "'"), m_descriptor(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK)), m_isOwn(true)
-{
-    if (m_descriptor < 0) {
-        throwReadError(m_name);
-    }
-}
-
-FileLines::~FileLines()
-{
-    if (m_isOwn) {
-        close(m_descriptor);
-    }
 }
 
 bool FileLines::next(std::string& line)
@@ -61,7 +36,7 @@ bool FileLines::next(std::string& line)
             return true;
         }
     }
-    std::cout << (m_prompt.empty() ? "" : "\n"); // whatever comes next begins a line of its own
+    std::cout << (m_prompt.empty() ? "" : "\n"); // the next output begins on a new line
     return anything && Interrupts::received() == 0;
 }
 
@@ -75,7 +50,7 @@ bool FileLines::fill()
         count = read(m_descriptor, m_buffer.data(), m_buffer.size());
     } while (count < 0 && (errno == EINTR || errno == EAGAIN));
     if (count < 0) {
-        throwReadError(m_name);
+        throw std::system_error(errno, std::generic_category(), "can't read " + m_name);
     }
     m_pos = 0;
     m_end = static_cast<std::size_t>(count);

@@ -11,7 +11,7 @@ namespace UnitShell {
 
 constexpr const char* prompt = "unit> ";
 
-/// A longer line is not kept whole: its first maxLineLength + 1 bytes stand for it.
+/// Of a longer line only the first maxLineLength + 1 bytes are kept.
 constexpr std::size_t maxLineLength = std::size_t{1024} * 1024;
 
 class LineSource
@@ -19,38 +19,34 @@ class LineSource
 public:
     virtual ~LineSource() = default;
 
-    /// Sets `line` to the next line, without its line feed. Returns false at the end of input and after an interrupt.
+    /// Sets `line` to the next line, without its line feed.
+    ///
+    /// Returns  false at the end of input and after a signal.
     virtual bool next(std::string& line) = 0;
 };
 
-/// Lines read from a file descriptor.
+/// Lines read from a file descriptor, which stays the caller's.
 class FileLines : public LineSource
 {
 public:
-    /// Reads from `descriptor`, standard input, which stays the caller's, each line after a prompt.
-    explicit FileLines(int descriptor, const char* promptText = "");
-    /// Opens a file; throws std::system_error if that fails.
-    explicit FileLines(const std::string& path);
-    ~FileLines() override;
-    FileLines(const FileLines&) = delete;
-    FileLines& operator=(const FileLines&) = delete;
+    /// `name` stands for the file in messages. `promptText` is written before each line.
+    FileLines(int descriptor, std::string name, const char* promptText = "");
 
     bool next(std::string& line) override;
 
 private:
     bool fill();
 
-    std::string m_name; // in messages
-    int m_descriptor;
-    bool m_isOwn;
-    std::string m_prompt;
+    const std::string m_name;
+    const int m_descriptor;
+    const std::string m_prompt;
     std::array<char, 4096> m_buffer = {};
     std::size_t m_pos = 0;
     std::size_t m_end = 0;
 };
 
-/// Returns lines typed at the terminal that is standard input and output, each after a prompt; with line editing and
-/// history if the shell was built with them.
+/// Returns  lines typed at the terminal, which is standard input and output, each after a prompt; with line editing and
+///          history if the shell is built with libedit.
 std::unique_ptr<LineSource> terminalLines();
 
 } // namespace UnitShell

@@ -1,10 +1,8 @@
 /// The command "pelm": measures the unit and sets its limits.
 ///
-/// Usage lines of a command of this name have a format of their own, which also shows placeholders that may be left
-/// out: "pelm measure" alone is answered with "Usage: pelm measure <id> [<samples>] ".
+/// The service prints the usage of a command of this name in a format of its own, which also shows the placeholders
+/// that may be left out: "pelm measure" alone is answered with "Usage: pelm measure <id> [<samples>] ".
 #include <algorithm>
-#include <ostream>
-#include <string>
 
 #include "arguments.h"
 #include "commands.h"
@@ -14,16 +12,11 @@ namespace UnitShell {
 
 namespace {
 
-using Words = std::vector<std::string>;
-
 constexpr unsigned int mostSamples = 10;
 
-int report(const Words& words, Unit& unit, std::ostream& out)
+void report(const Words& words, Unit& unit, std::ostream& out)
 {
-    const auto verbose = readOption(words, "-v", out);
-    if (!verbose) {
-        return failed;
-    }
+    const bool isVerbose = readOption(words, "-v");
     const auto& carriers = unit.carriers();
     const auto& alarms = unit.alarms();
     const auto on = std::count_if(carriers.begin(), carriers.end(), [](const Carrier& carrier) { return carrier.on; });
@@ -31,50 +24,36 @@ int report(const Words& words, Unit& unit, std::ostream& out)
                                     [](const Alarm& alarm) { return alarm.state != AlarmState::cleared; });
     out << on << " of " << carriers.size() << " carriers on, " << oneDecimal(unit.temperature()) << " C, " << open
         << " of " << alarms.size() << " alarms open\n";
-    if (*verbose) {
+    if (isVerbose) {
         for (const Carrier& carrier : carriers) {
             out << "  carrier " << carrier.id << ": " << (carrier.on ? oneDecimal(carrier.power) + " dBm" : "off")
                 << "\n";
         }
     }
-    return done;
 }
 
-int measure(const Words& words, Unit& unit, std::ostream& out)
+void measure(const Words& words, Unit& unit, std::ostream& out)
 {
-    const Carrier* const carrier = readCarrier(words[2], unit, out);
-    const auto samples =
-        words.size() > 3 ? readWhole(words[3], "the number of samples", 1, mostSamples, out) : std::optional(1U);
-    if (carrier == nullptr || !samples || goesOn(words.size(), 4, out)) {
-        return failed;
+    const Carrier& carrier = readPart(words[2], "carrier", unit.carriers());
+    const unsigned int samples = words.size() > 3 ? readNumber(words[3], "the number of samples", 1U, mostSamples) : 1;
+    if (!carrier.on) {
+        throw Refusal("carrier " + std::to_string(carrier.id) + " is off");
     }
-    if (!carrier->on) {
-        out << "carrier " << carrier->id << " is off\n";
-        return failed;
+    for (unsigned int sample = 0; sample < samples; ++sample) {
+        const double ripple = 0.1 * (sample % 3) - 0.1; // like that of a real power meter
+        out << "sample " << sample + 1 << ": " << oneDecimal(carrier.power + ripple) << " dBm\n";
     }
-    for (unsigned int sample = 0; sample < *samples; ++sample) {
-        const double ripple = 0.1 * (sample % 3) - 0.1; // what a real power meter would show
-        out << "sample " << sample + 1 << ": " << oneDecimal(carrier->power + ripple) << " dBm\n";
-    }
-    return done;
 }
 
-int setLimits(const Words& words, Unit& unit, std::ostream& out)
+void setLimits(const Words& words, Unit& unit, std::ostream& /*out*/)
 {
-    // One word is the high limit, two are the low one and the high one.
-    const std::string& lastWord = words[std::min<std::size_t>(words.size() - 1, 3)];
-    const auto high = readNumber(lastWord, "the high limit", coldest, hottest, out);
-    const auto low =
-        words.size() > 3 ? readNumber(words[2], "the low limit", coldest, hottest, out) : std::optional(unit.low());
-    if (!high || !low || goesOn(words.size(), 4, out)) {
-        return failed;
+    // One word is the high limit; two words are the low limit and the high limit.
+    const double high = readNumber(words.back(), "the high limit", coldest, hottest);
+    const double low = words.size() > 3 ? readNumber(words[2], "the low limit", coldest, hottest) : unit.low();
+    if (low >= high) {
+        throw Refusal("the low limit " + oneDecimal(low) + " is not below the high limit " + oneDecimal(high));
     }
-    if (*low >= *high) {
-        out << "the low limit " << oneDecimal(*low) << " is not below the high limit " << oneDecimal(*high) << "\n";
-        return failed;
-    }
-    unit.setLimits(*low, *high);
-    return done;
+    unit.setLimits(low, high);
 }
 
 } // namespace
@@ -82,13 +61,11 @@ int setLimits(const Words& words, Unit& unit, std::ostream& out)
 std::vector<Corvane::CmdTableHelper::CmdDefinitionCpp> pelmTable(Unit& unit)
 {
     return {
-        {"pelm report [-v]", [&unit](const Words& words, std::ostream& out) { return report(words, unit, out); },
+        {"pelm report [-v]", handler(3, report, unit),
          "Sums up the unit's state.\n-v  with the output of every carrier"},
-        {"pelm measure <id> [<samples>]",
-         [&unit](const Words& words, std::ostream& out) { return measure(words, unit, out); },
+        {"pelm measure <id> [<samples>]", handler(4, measure, unit),
          "Measures the output of a carrier that is on, once or up to ten times."},
-        {"pelm limit [<low>] <high>",
-         [&unit](const Words& words, std::ostream& out) { return setLimits(words, unit, out); },
+        {"pelm limit [<low>] <high>", handler(4, setLimits, unit),
          "Sets the temperatures beyond which an alarm is raised. The low limit stays as it is if it is left out."},
     };
 }

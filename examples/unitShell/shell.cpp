@@ -1,4 +1,4 @@
-/// Runs lines: splits them into words and has them executed.
+/// Runs typed lines.
 #include "shell.h"
 
 #include <exception>
@@ -7,7 +7,7 @@
 #include <command/cmdTableHelperIf.h>
 
 #include "interrupts.h"
-#include "wordSplitter.h"
+#include "words.h"
 
 namespace UnitShell {
 
@@ -15,7 +15,7 @@ namespace {
 
 using Corvane::CmdTableHelper::V2::CmdTableHelperIf;
 
-constexpr int broken = 1;  // the command broke off, or its answer could not be written
+constexpr int broken = 1;  // a handler threw an exception, or the answer can't be written
 constexpr int badLine = 2; // the line can't be split into words
 constexpr int signalled = 128;
 
@@ -54,18 +54,17 @@ int Shell::execute(const std::string& line)
     if (line.size() > maxLineLength) {
         return complain("the line is longer than " + std::to_string(maxLineLength) + " bytes", badLine);
     }
-    const SplitLine split = splitLine(line);
-    if (!split.error.empty()) {
-        return complain(split.error, badLine);
-    }
-    if (split.words.empty()) {
-        return m_status;
-    }
     try {
+        const auto words = splitLine(line);
+        if (words.empty()) {
+            return m_status;
+        }
         m_statistics.commandBegins();
-        const int result = CmdTableHelperIf::getInstance().executeCmd(split.words, std::cout);
+        const int result = CmdTableHelperIf::getInstance().executeCmd(words, std::cout);
         return result >= 0 && result <= highestStatus ? result : highestStatus;
-    } catch (const std::exception& error) { // from a handler: the service itself throws nothing of its own
+    } catch (const BadLine& error) {
+        return complain(error.what(), badLine);
+    } catch (const std::exception& error) { // from a handler
         return complain(error.what(), broken);
     }
 }

@@ -1,6 +1,6 @@
-/// Runs lines: splits them into words, has them executed, and keeps the status that the shell ends with.
+/// Runs lines: splits each into words, lets the service execute them, and keeps the shell's exit status.
 ///
-/// Answers of commands go to std::cout. What the shell itself has to say goes to std::cerr.
+/// The commands' answers go to std::cout, the shell's own messages to std::cerr.
 #ifndef UNITSHELL_SHELL_H
 #define UNITSHELL_SHELL_H
 
@@ -19,16 +19,20 @@ public:
     /// Shows each line before its answer if `echo` is set.
     Shell(Statistics& statistics, bool echo) : m_statistics(statistics), m_echo(echo) {}
 
-    /// Runs lines until they end, a command ends the shell or a signal comes. Returns the shell's exit status.
+    /// Runs lines until there are no more, a command ends the shell, or a signal arrives.
+    ///
+    /// Returns  the shell's exit status.
     int run(LineSource& lines);
 
-    /// Runs one line. Returns its status.
+    /// Runs one line.
+    ///
+    /// Returns  its status.
     int runLine(const std::string& line);
 
-    /// Returns the status of the last line that was not empty.
+    /// Returns  the status of the last line that was not empty.
     int status() const { return m_status; }
 
-    /// Ends the shell once the line that runs is over, with its status.
+    /// Ends the shell after the line that is running, with that line's status.
     void end() { m_ended = true; }
 
 private:

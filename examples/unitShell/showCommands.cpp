@@ -1,7 +1,4 @@
-/// The command "show": looks at the unit. Its handlers take the words as strings.
-#include <ostream>
-#include <string>
-
+/// The command "show": looks at the unit. Its handlers get the words as strings.
 #include "arguments.h"
 #include "commands.h"
 #include "unit.h"
@@ -10,65 +7,44 @@ namespace UnitShell {
 
 namespace {
 
-using Words = std::vector<std::string>;
-
 void writeCarrier(const Carrier& carrier, std::ostream& out)
 {
     out << "carrier " << carrier.id << ": band " << carrier.band << ", " << (carrier.on ? "on" : "off") << ", "
         << oneDecimal(carrier.power) << " dBm\n";
 }
 
-int showCarriers(const Words& words, Unit& unit, std::ostream& out)
+void showCarriers(const Words& /*words*/, Unit& unit, std::ostream& out)
 {
-    if (goesOn(words.size(), 2, out)) {
-        return failed;
-    }
     for (const Carrier& carrier : unit.carriers()) {
         writeCarrier(carrier, out);
     }
-    return done;
 }
 
-int showCarrier(const Words& words, Unit& unit, std::ostream& out)
+void showCarrier(const Words& words, Unit& unit, std::ostream& out)
 {
-    const Carrier* const carrier = readCarrier(words[2], unit, out);
-    if (carrier == nullptr || goesOn(words.size(), 3, out)) {
-        return failed;
-    }
-    writeCarrier(*carrier, out);
-    return done;
+    writeCarrier(readPart(words[2], "carrier", unit.carriers()), out);
 }
 
-int showTemperature(const Words& words, const Unit& unit, std::ostream& out)
+void showTemperature(const Words& words, const Unit& unit, std::ostream& out)
 {
-    const auto fahrenheit = readOption(words, "-f", out);
-    if (!fahrenheit) {
-        return failed;
-    }
-    const auto write = [&](double celsius) { return oneDecimal(*fahrenheit ? celsius * 9 / 5 + 32 : celsius); };
-    out << write(unit.temperature()) << (*fahrenheit ? " F" : " C") << ", limits " << write(unit.low()) << " to "
-        << write(unit.high()) << "\n";
-    return done;
+    const bool inFahrenheit = readOption(words, "-f");
+    const auto text = [&](double celsius) { return oneDecimal(inFahrenheit ? celsius * 9 / 5 + 32 : celsius); };
+    out << text(unit.temperature()) << (inFahrenheit ? " F" : " C") << ", limits " << text(unit.low()) << " to "
+        << text(unit.high()) << "\n";
 }
 
-int showAlarms(const Words& words, Unit& unit, std::ostream& out)
+void showAlarms(const Words& words, const Unit& unit, std::ostream& out)
 {
-    const auto all = readOption(words, "-a", out);
-    if (!all) {
-        return failed;
-    }
+    const bool all = readOption(words, "-a");
     bool any = false;
     for (const Alarm& alarm : unit.alarms()) {
-        if (*all || alarm.state != AlarmState::cleared) {
+        if (all || alarm.state != AlarmState::cleared) {
             out << "alarm " << alarm.id << ": " << alarm.cause << " (" << oneDecimal(alarm.temperature) << " C), "
                 << textOf(alarm.state) << "\n";
             any = true;
         }
     }
-    if (!any) {
-        out << "no alarms\n";
-    }
-    return done;
+    out << (any ? "" : "no alarms\n");
 }
 
 } // namespace
@@ -76,15 +52,12 @@ int showAlarms(const Words& words, Unit& unit, std::ostream& out)
 std::vector<Corvane::CmdTableHelper::CmdDefinitionCpp> showTable(Unit& unit)
 {
     return {
-        {"show carriers", [&unit](const Words& words, std::ostream& out) { return showCarriers(words, unit, out); },
-         "Shows all carriers."},
-        {"show carrier <id>", [&unit](const Words& words, std::ostream& out) { return showCarrier(words, unit, out); },
-         "Shows one carrier."},
-        {"show temperature [-f]",
-         [&unit](const Words& words, std::ostream& out) { return showTemperature(words, unit, out); },
+        {"show carriers", handler(2, showCarriers, unit), "Shows all carriers."},
+        {"show carrier <id>", handler(3, showCarrier, unit), "Shows one carrier."},
+        {"show temperature [-f]", handler(3, showTemperature, unit),
          "Shows the temperature and its limits.\n-f  in degrees Fahrenheit"},
-        {"show alarms [-a]", [&unit](const Words& words, std::ostream& out) { return showAlarms(words, unit, out); },
-         "Shows the alarms that nobody has cleared yet, oldest first, with the temperature that raised them.\n"
+        {"show alarms [-a]", handler(3, showAlarms, unit),
+         "Shows the alarms that are not cleared, oldest first, with the temperature that raised them.\n"
          "-a  the cleared ones too"},
     };
 }

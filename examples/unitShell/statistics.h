@@ -6,46 +6,36 @@
 #include <iosfwd>
 #include <map>
 #include <string>
-#include <vector>
-
-#include <command/cmdDefinitions.h>
 
 namespace UnitShell {
 
 class Statistics
 {
 public:
-    /// Registers the hook; the destructor takes it away again.
+    /// Registers the hook; the destructor deregisters it.
     Statistics();
     ~Statistics();
     Statistics(const Statistics&) = delete;
     Statistics& operator=(const Statistics&) = delete;
 
     /// Starts the clock; the next command's time ends when its handler has returned.
-    void commandBegins();
+    void commandBegins() { m_begin = std::chrono::steady_clock::now(); }
 
-    /// Writes a line for each command and one for all. A command that is not over yet is not in it.
+    /// Writes a line for each command and one for all of them. A command that is still running doesn't count.
     void write(std::ostream& out) const;
 
 private:
-    using Clock = std::chrono::steady_clock;
-
     struct Count
     {
         unsigned int runs = 0;
         unsigned int failures = 0; // results other than 0
-        Clock::duration time = {};
+        std::chrono::duration<double, std::milli> time = {};
     };
 
-    static void writeCount(const std::string& name, const Count& count, std::ostream& out);
-
-    Clock::time_point m_begin;
+    std::chrono::steady_clock::time_point m_begin;
     std::map<std::string, Count> m_counts; // by the command's name
     unsigned int m_hook;
 };
-
-/// A second table for the command "show".
-std::vector<Corvane::CmdTableHelper::CmdDefinitionCpp> statisticsTable(const Statistics& statistics);
 
 } // namespace UnitShell
 

@@ -23,8 +23,9 @@ const char* promptText(EditLine*)
     return prompt;
 }
 
-/// Reads one character for libedit, which by itself would sleep on after an interrupt. Returns 1, 0 at the end of input
-/// or -1 for an interrupt or an error.
+/// Reads one character for libedit, whose own function would go on waiting after a signal.
+///
+/// Returns  1; 0 at the end of input; -1 for a signal or an error.
 int readCharacter(EditLine*, wchar_t* character)
 {
     std::mbstate_t state = {};
@@ -40,7 +41,7 @@ int readCharacter(EditLine*, wchar_t* character)
         constexpr auto noCharacter = static_cast<std::size_t>(-1);
         const bool isInside = std::mbsinit(&state) == 0;
         std::size_t length = std::mbrtowc(character, &byte, 1, &state);
-        if (length == noCharacter && isInside) { // what breaks a character off begins another: a key, say
+        if (length == noCharacter && isInside) { // the byte that cuts a character off begins the next one
             state = {};
             length = std::mbrtowc(character, &byte, 1, &state);
         }
@@ -48,7 +49,7 @@ int readCharacter(EditLine*, wchar_t* character)
             return 1;
         }
         if (length == noCharacter) {
-            state = {}; // not a character of the user's locale: leave it out
+            state = {}; // not a character of the user's locale: skip it
         }
     }
     return -1;
@@ -57,38 +58,29 @@ int readCharacter(EditLine*, wchar_t* character)
 class EditedLines : public LineSource
 {
 public:
-    EditedLines() : m_edit(el_init("unitShell", stdin, stdout, stderr)), m_history(history_init())
+    EditedLines()
     {
         if (m_edit == nullptr || m_history == nullptr) {
             throw std::system_error(ENOMEM, std::generic_category(), "line editing");
         }
         HistEvent event = {};
-        history(m_history, &event, H_SETSIZE, historyLength);
-        history(m_history, &event, H_SETUNIQUE, 1);
-        el_set(m_edit, EL_EDITOR, "emacs");
-        el_set(m_edit, EL_PROMPT, promptText);
-        el_set(m_edit, EL_HIST, history, m_history);
-        el_set(m_edit, EL_GETCFN, readCharacter);
+        history(m_history.get(), &event, H_SETSIZE, historyLength);
+        history(m_history.get(), &event, H_SETUNIQUE, 1);
+        el_set(m_edit.get(), EL_EDITOR, "emacs");
+        el_set(m_edit.get(), EL_PROMPT, promptText);
+        el_set(m_edit.get(), EL_HIST, history, m_history.get());
+        el_set(m_edit.get(), EL_GETCFN, readCharacter);
     }
-
-    ~EditedLines() override
-    {
-        el_end(m_edit);
-        history_end(m_history);
-    }
-
-    EditedLines(const EditedLines&) = delete;
-    EditedLines& operator=(const EditedLines&) = delete;
 
     bool next(std::string& line) override
     {
         std::cout << std::flush;
-        // By itself libedit prepares the terminal after the prompt: an end of input typed in between would be lost.
-        el_set(m_edit, EL_PREP_TERM, 1);
+        // libedit alone would prepare the terminal only after the prompt: a Ctrl-D typed in between would be lost.
+        el_set(m_edit.get(), EL_PREP_TERM, 1);
         int length = 0;
-        const char* const text = el_gets(m_edit, &length);
+        const char* const text = el_gets(m_edit.get(), &length);
         if (text == nullptr || length <= 0 || Interrupts::received() != 0) {
-            std::cout << "\n"; // whatever comes next begins a line of its own
+            std::cout << "\n"; // the next output begins on a new line
             return false;
         }
         line = text;
@@ -97,22 +89,21 @@ public:
         }
         if (line.find_first_not_of(" \t") != std::string::npos) {
             HistEvent event = {};
-            history(m_history, &event, H_ENTER, line.c_str());
+            history(m_history.get(), &event, H_ENTER, line.c_str());
         }
         return true;
     }
 
 private:
-    EditLine* m_edit;
-    History* m_history;
+    const std::unique_ptr<History, decltype(&history_end)> m_history{history_init(), history_end};
+    const std::unique_ptr<EditLine, decltype(&el_end)> m_edit{el_init("unitShell", stdin, stdout, stderr), el_end};
 };
 
 } // namespace
 
 std::unique_ptr<LineSource> terminalLines()
 {
-    static_cast<void>(std::setlocale(
-        LC_CTYPE, "")); // what is a character is the user's choice; numbers keep the form of the C locale
+    static_cast<void>(std::setlocale(LC_CTYPE, "")); // only this category: numbers keep the form of the C locale
     return std::make_unique<EditedLines>();
 }
 

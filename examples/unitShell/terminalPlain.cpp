@@ -1,4 +1,4 @@
-/// Lines from a terminal, for a shell that is built without line editing: the terminal's own is all there is.
+/// Lines from a terminal, for a shell that is built without line editing.
 #include <unistd.h>
 
 #include "lineSource.h"
@@ -7,7 +7,7 @@ namespace UnitShell {
 
 std::unique_ptr<LineSource> terminalLines()
 {
-    return std::make_unique<FileLines>(STDIN_FILENO, prompt);
+    return std::make_unique<FileLines>(STDIN_FILENO, "standard input", prompt);
 }
 
 } // namespace UnitShell

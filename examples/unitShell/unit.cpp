@@ -5,34 +5,9 @@
 
 namespace UnitShell {
 
-namespace {
-
-template <typename Parts>
-auto find(Parts& parts, const std::string& id)
-{
-    using Part = typename Parts::value_type;
-    const auto found =
-        std::find_if(parts.begin(), parts.end(), [&](const Part& part) { return std::to_string(part.id) == id; });
-    return found == parts.end() ? nullptr : &*found;
-}
-
-} // namespace
-
 const char* textOf(AlarmState state)
 {
-    switch (state) {
-    case AlarmState::raised:
-        return "raised";
-    case AlarmState::acknowledged:
-        return "acknowledged";
-    default:
-        return "cleared";
-    }
-}
-
-Carrier* Unit::findCarrier(const std::string& id)
-{
-    return find(m_carriers, id);
+    return state == AlarmState::raised ? "raised" : state == AlarmState::acknowledged ? "acknowledged" : "cleared";
 }
 
 void Unit::setTemperature(double celsius)
@@ -48,24 +23,16 @@ void Unit::setLimits(double low, double high)
     raiseAlarms();
 }
 
-const Alarm* Unit::findAlarm(const std::string& id) const
-{
-    return find(m_alarms, id);
-}
-
 void Unit::setState(const Alarm& alarm, AlarmState state)
 {
-    Alarm& own = m_alarms.at(alarm.id - 1); // numbered in order
+    Alarm& own = m_alarms.at(alarm.id - 1); // their numbers begin with 1
     own.state = state;
     m_onAlarm(own);
 }
 
 std::string Unit::trouble() const
 {
-    if (m_temperature > m_high) {
-        return "temperature too high";
-    }
-    return m_temperature < m_low ? "temperature too low" : "";
+    return m_temperature > m_high ? "temperature too high" : m_temperature < m_low ? "temperature too low" : "";
 }
 
 void Unit::raiseAlarms()

@@ -1,6 +1,6 @@
 /// The simulated radio unit that the commands look at and change: carriers, a temperature and alarms.
 ///
-/// Threads  no lock: it belongs to the thread that runs the commands.
+/// Threads  only the one that runs the commands: there is no lock.
 #ifndef UNITSHELL_UNIT_H
 #define UNITSHELL_UNIT_H
 
@@ -43,29 +43,25 @@ const char* textOf(AlarmState state);
 class Unit
 {
 public:
-    /// `onAlarm` is called with each alarm whenever its state has changed.
+    /// Calls `onAlarm` with an alarm whenever its state has changed.
     explicit Unit(std::function<void(const Alarm&)> onAlarm) : m_onAlarm(std::move(onAlarm)) {}
 
     std::vector<Carrier>& carriers() { return m_carriers; }
-    /// Returns the carrier, or null if there is none of that number.
-    Carrier* findCarrier(const std::string& id);
 
     /// In degrees Celsius.
     double temperature() const { return m_temperature; }
     double low() const { return m_low; }
     double high() const { return m_high; }
 
-    /// Both raise an alarm if the temperature is beyond a limit then and no alarm says so yet.
+    /// Both raise an alarm if the temperature is then beyond a limit and no open alarm tells that.
     void setTemperature(double celsius);
     void setLimits(double low, double high);
 
-    /// All alarms there ever were, oldest first.
+    /// Returns  all alarms since the start, oldest first.
     const std::vector<Alarm>& alarms() const { return m_alarms; }
-    /// Returns the alarm, or null if there is none of that number.
-    const Alarm* findAlarm(const std::string& id) const;
     /// Sets the state of one of the unit's alarms.
     void setState(const Alarm& alarm, AlarmState state);
-    /// Returns whether what raised the alarm is still the case.
+    /// Returns  whether the cause of the alarm still exists.
     bool persists(const Alarm& alarm) const { return trouble() == alarm.cause; }
 
 private:

@@ -1,5 +1,5 @@
 /// Which bytes the escapes in a word stand for.
-#include "textEscapes.h"
+#include "words.h"
 
 #include <string>
 

@@ -21,7 +21,7 @@ using testing::ElementsAre;
 class UnitShellEventLog : public testing::Test
 {
 protected:
-    void SetUp() override { Corvane::Testing::waitForEngine(); } // the shell doesn't
+    void SetUp() override { Corvane::Testing::waitForEngine(); } // the shell doesn't wait
 
     /// Runs the shell on `input`, whose answers must be `answers`.
     void type(const std::string& input, const std::string& answers)
@@ -31,7 +31,7 @@ protected:
         EXPECT_EQ(shell.err, "");
     }
 
-    /// Returns  what the engine has received, as it prints it, but for time, number and sender.
+    /// Returns  the lines that the engine has printed, without time, number and writer.
     std::vector<std::string> received()
     {
         kill(m_engine.pid(), SIGTERM);
@@ -49,7 +49,7 @@ private:
     Companion m_engine{{ELOG_ENGINE}, {}};
 };
 
-TEST_F(UnitShellEventLog, TellsWhatBecomesOfAnAlarm)
+TEST_F(UnitShellEventLog, TellsEachStateOfAnAlarm)
 {
     type("set temperature 90\n"
          "set alarm 1 ack\n"
@@ -75,7 +75,7 @@ TEST_F(UnitShellEventLog, TellsEachAlarmApart)
                                         R"(event 1001 [3] "temperature too high raised")"));
 }
 
-TEST_F(UnitShellEventLog, TellsNothingWhereNothingHasChanged)
+TEST_F(UnitShellEventLog, TellsNothingIfNothingHasChanged)
 {
     type("set temperature 90\n"
          "set temperature 95\n"
@@ -109,11 +109,11 @@ TEST_F(UnitShellEventLog, RefusesAnEntryWithMoreParameters)
 {
     type("elog 1 text 1 2 3 4 5\n"
          "elog 2 text 1 2 3 4\n",
-         "the command ends after 7 words\n");
+         "too many words: the command takes 7\n");
     EXPECT_THAT(received(), ElementsAre(R"(event 2 [1,2,3,4] "text")"));
 }
 
-TEST_F(UnitShellEventLog, RefusesEventIdsAndParametersThatAreNoWholeNumbersOfThirtyTwoBits)
+TEST_F(UnitShellEventLog, RefusesEventIdsAndParametersThatAreNotWholeNumbersOf32Bits)
 {
     std::string input;
     std::string answers;
@@ -128,7 +128,7 @@ TEST_F(UnitShellEventLog, RefusesEventIdsAndParametersThatAreNoWholeNumbersOfThi
     EXPECT_THAT(received(), ElementsAre(R"(event 1 [1] "text")"));
 }
 
-TEST_F(UnitShellEventLog, AnswersAnEntryThatStopsShortWithItsUsage)
+TEST_F(UnitShellEventLog, AnswersAnIncompleteEntryWithItsUsage)
 {
     const std::string usage = "Usage: elog <eventId> <text> <p1> <p2> <p3> [ <p4> ] \n\n";
     type("elog\nelog 1\n", usage + usage);

@@ -1,4 +1,4 @@
-/// What the example shell answers to commands on in-memory files that can't be done as they are typed.
+/// What the example shell answers if a command on in-memory files can't be done, or is at a limit.
 #include <string>
 #include <utility>
 #include <vector>
@@ -36,19 +36,19 @@ TEST(UnitShellRamfs, SaysThatThereIsNoFileOfAName)
 
 TEST(UnitShellRamfs, SaysThatThereIsNoFileToRemove)
 {
-    expectFailure("ramfs remove nothing", "File '\n"); // the report of which files, and it was none
+    expectFailure("ramfs remove nothing", "File '\n"); // the report names the removed files: none
     expectFailure("ramfs remove number 77", "");
     expectFailure("ramfs delayed-delete 77", "there is no file with the number 77\n");
 }
 
-TEST(UnitShellRamfs, SaysThatThereIsAFileAlready)
+TEST(UnitShellRamfs, SaysThatAFileAlreadyExists)
 {
-    expectFailure("ramfs create a", "there is a file 'a' already\n");
-    expectFailure("ramfs create a number 7", "there is a file 'a' already\n");
-    expectFailure("ramfs tee a show carriers", "there is a file 'a' already\n");
+    expectFailure("ramfs create a", "file 'a' already exists\n");
+    expectFailure("ramfs create a number 7", "file 'a' already exists\n");
+    expectFailure("ramfs tee a show carriers", "file 'a' already exists\n");
 }
 
-TEST(UnitShellRamfs, RefusesSizesPositionsLengthsAndLimitsThatAreNoWholeNumbersOfThirtyTwoBits)
+TEST(UnitShellRamfs, RefusesSizesPositionsLengthsAndLimitsThatAreNotWholeNumbersOf32Bits)
 {
     for (const std::string wrong : {"4294967296", "-1", "+1", "1.0", "0x10", "x", "", " 1", "1 "}) {
         const std::string range = " is a whole number from 0 to 4294967295, not '" + wrong + "'\n";
@@ -62,10 +62,10 @@ TEST(UnitShellRamfs, RefusesSizesPositionsLengthsAndLimitsThatAreNoWholeNumbersO
     }
 }
 
-TEST(UnitShellRamfs, RefusesFileNumbersThatAreNoWholeNumbers)
+TEST(UnitShellRamfs, RefusesFileNumbersThatAreNotWholeNumbersOf32Bits)
 {
     for (const std::string wrong : {"2147483648", "-2147483649", "1.0", "0x10", "x", "", " 1", "+1"}) {
-        const std::string answer = "a file's number is a whole number, not '" + wrong + "'\n";
+        const std::string answer = "a file's number is a whole number from -2147483648 to 2147483647, not '" + wrong + "'\n";
         const std::string word = "'" + wrong + "'";
         expectFailure("ramfs create b number " + word, answer);
         expectFailure("ramfs create b size 5 number " + word, answer);
@@ -94,11 +94,11 @@ TEST(UnitShellRamfs, RefusesWordsBeyondACommandsEnd)
                                                             {"remove all more", 3},
                                                             {"delayed-delete 1 more", 3}};
     for (const auto& [line, words] : lines) {
-        expectFailure("ramfs " + line, "the command ends after " + std::to_string(words) + " words\n");
+        expectFailure("ramfs " + line, "too many words: the command takes " + std::to_string(words) + "\n");
     }
 }
 
-TEST(UnitShellRamfs, LeavesFilesAsTheyWereWhereACommandIsRefused)
+TEST(UnitShellRamfs, LeavesFilesUnchangedIfACommandIsRefused)
 {
     const std::vector<std::string> lines = {"create b size x",    "create b number x", "write a at x text",
                                             "write a text more",  "append a b more",   "header a text more",
@@ -112,7 +112,7 @@ TEST(UnitShellRamfs, LeavesFilesAsTheyWereWhereACommandIsRefused)
     EXPECT_EQ(runShell({}, input + "ramfs list\nramfs read a\n").out, before + "a: number 1, 4 bytes\ntext\n");
 }
 
-TEST(UnitShellRamfs, WritesWhereNothingCanBeWrittenToTheNextPlaceWhereItCan)
+TEST(UnitShellRamfs, WritesToTheContentIfThePositionIsInTheHeaderOrBeyondTheContent)
 {
     const auto shell = runShell({}, "ramfs create a\n"
                                     "ramfs write a content\n"

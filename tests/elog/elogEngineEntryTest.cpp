@@ -21,16 +21,16 @@ using testing::StartsWith;
 
 std::string asText(const Arrival& arrival, const Entry& entry)
 {
-    std::string lines;
-    appendText(lines, arrival, entry);
-    return lines;
+    std::string line;
+    appendLine(line, arrival, entry, false);
+    return line;
 }
 
 std::string asJson(const Arrival& arrival, const Entry& entry)
 {
-    std::string lines;
-    appendJson(lines, arrival, entry);
-    return lines;
+    std::string line;
+    appendLine(line, arrival, entry, true);
+    return line;
 }
 
 std::string flawOf(const std::vector<unsigned char>& message)
@@ -96,9 +96,10 @@ Arrival arrivalOf(const std::string& program)
 TEST(ElogEngineEntry, IsWrittenAsALineOfText)
 {
     EXPECT_EQ(asText(arrivalOf("unitShell"), {1007, {11, 4294967295}, "carrier \"3\" down"}),
-              "2023-11-14T22:13:20.000042Z #5 unitShell[4711] event 1007 [11,4294967295] \"carrier \\\"3\\\" down\"");
+              "2023-11-14T22:13:20.000042Z #5 unitShell[4711] event 1007 [11,4294967295] \"carrier \\\"3\\\" down\"\n");
     EXPECT_EQ(asText(arrivalOf("\"a\n\xFF"), {0, {}, ""}),
-              R"(2023-11-14T22:13:20.000042Z #5 \"a\n\ufffd[4711] event 0 [] "")");
+              R"(2023-11-14T22:13:20.000042Z #5 \"a\n\ufffd[4711] event 0 [] "")"
+              "\n");
 }
 
 TEST(ElogEngineEntry, IsWrittenAsALineOfJson)
@@ -106,14 +107,15 @@ TEST(ElogEngineEntry, IsWrittenAsALineOfJson)
     using namespace std::string_literals;
     EXPECT_EQ(asJson(arrivalOf("\"a\n\xFF"), {1007, {11}, "a\"\\\n\t\0\x7F"s}),
               R"({"time":"2023-11-14T22:13:20.000042Z","sequence":5,"pid":4711,"program":"\"a\n\ufffd",)"
-              R"("eventId":1007,"params":[11],"text":"a\"\\\n\u0009\u0000\u007f"})");
+              R"("eventId":1007,"params":[11],"text":"a\"\\\n\u0009\u0000\u007f"})"
+              "\n");
 }
 
-TEST(ElogEngineEntry, IsAppendedToTheLinesBeforeIt)
+TEST(ElogEngineEntry, IsAppendedToTheLinesBefore)
 {
     std::string lines = "before\n";
-    ElogEngine::appendText(lines, {}, {1, {}, "text"});
-    ElogEngine::appendJson(lines, {}, {1, {}, "json"});
+    ElogEngine::appendLine(lines, {}, {1, {}, "text"}, false);
+    ElogEngine::appendLine(lines, {}, {1, {}, "json"}, true);
     EXPECT_EQ(lines, "before\n" + asText({}, {1, {}, "text"}) + asJson({}, {1, {}, "json"}));
 }
 
@@ -124,8 +126,8 @@ std::string written(const std::string& text)
         const std::size_t begin = line.find(start) + start.size();
         return line.substr(begin, line.size() - begin - behind);
     };
-    const std::string result = quoted(asJson({}, {0, {}, text}), "\"text\":\"", 2);
-    EXPECT_EQ(quoted(asText({}, {0, {}, text}), "[] \"", 1), result);
+    const std::string result = quoted(asJson({}, {0, {}, text}), "\"text\":\"", 3);
+    EXPECT_EQ(quoted(asText({}, {0, {}, text}), "[] \"", 2), result);
     return result;
 }
 
