@@ -38,7 +38,8 @@ std::array<int, 2> makePipe()
     return ends;
 }
 
-/// In the new process: whatever the test program's own signals are, the shell starts with those of a user.
+/// Runs in the new process. The shell starts with the signals of a user's shell, whatever those of the test program
+/// are.
 [[noreturn]] void become(char* const* argv, bool ignoreInterrupt)
 {
     std::signal(SIGINT, ignoreInterrupt ? SIG_IGN : SIG_DFL);
@@ -143,7 +144,7 @@ void ShellSession::type(const std::string& text)
 
 void ShellSession::typeUntilOutputIsFull(const std::string& text)
 {
-    const int size = fcntl(m_output, F_SETPIPE_SZ, 1); // which is rounded up to what there can be
+    const int size = fcntl(m_output, F_SETPIPE_SZ, 1); // the system rounds it up
     if (size < 0) {
         throwError("F_SETPIPE_SZ");
     }
@@ -200,7 +201,9 @@ bool ShellSession::terminalIsAsBefore() const
     return (mode.c_lflag & wanted) == wanted;
 }
 
-/// Waits for output and keeps it; returns false once all of it has ended.
+/// Waits for output and keeps it.
+///
+/// Returns  false once all output has ended.
 bool ShellSession::readSome()
 {
     std::array<pollfd, 2> waited = {{{m_output, POLLIN, 0}, {m_error, POLLIN, 0}}};

@@ -1,7 +1,6 @@
 /// A run of the example shell: a test types, waits for answers, sends signals and gets the exit status.
 ///
-/// Nothing here waits for a time to pass. A shell that is silent for a minute while its test waits is killed, and the
-/// wait throws std::runtime_error.
+/// Errors  a wait throws std::runtime_error if the shell is silent for a minute. The destructor kills the shell.
 #ifndef CORVANE_TESTS_E2E_SHELLSESSION_H
 #define CORVANE_TESTS_E2E_SHELLSESSION_H
 
@@ -30,10 +29,10 @@ public:
     /// Types `text`.
     void type(const std::string& text);
 
-    /// Types `text` to a shell on pipes and waits until it has written as much as it can without being read.
+    /// Types `text` to a shell on pipes and waits until its output pipe is full.
     void typeUntilOutputIsFull(const std::string& text);
 
-    /// Waits until standard output has `text` after what the last wait has found.
+    /// Waits until `text` appears on standard output, behind the text that the last wait has found.
     void waitFor(const std::string& text);
 
     void signal(int number);
@@ -41,14 +40,16 @@ public:
     /// Ends the standard input of a shell on a pipe.
     void endInput();
 
-    /// Waits for the shell's end. Returns its exit status, or minus the number of the signal that killed it.
+    /// Waits for the shell's end.
+    ///
+    /// Returns  its exit status, or minus the number of the signal that killed it.
     int waitForEnd();
 
-    /// All that was written so far.
+    /// Return  everything that was read from the shell so far.
     const std::string& out() const { return m_out; }
     const std::string& err() const { return m_err; }
 
-    /// Returns whether the terminal shows what is typed and hands it over by lines, as it did before the shell began.
+    /// Returns  whether the terminal echoes keys and passes whole lines on, as it did before the shell started.
     bool terminalIsAsBefore() const;
 
 private:
@@ -62,10 +63,10 @@ private:
     int m_error = -1;  // -1 once it has ended, and for a terminal
     std::string m_out;
     std::string m_err;
-    std::size_t m_found = 0; // the end in m_out of what the last wait has found
+    std::size_t m_found = 0; // where the text that the last wait has found ends in m_out
 };
 
-/// How a shell ended that nobody typed to.
+/// How a shell ended, and what it wrote.
 struct ShellResult
 {
     int status;
@@ -73,7 +74,9 @@ struct ShellResult
     std::string err;
 };
 
-/// Runs the shell with `input`, which must fit a pipe, on standard input.
+/// Runs the shell with `input` on standard input.
+///
+/// Requires  `input` fits into a pipe.
 ShellResult runShell(const std::vector<std::string>& arguments, const std::string& input = "");
 
 } // namespace Corvane::Testing

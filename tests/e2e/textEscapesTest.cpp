@@ -15,7 +15,7 @@ TEST(TextEscapes, StandForBytes)
     EXPECT_EQ(unescape("\\x41\\x00\\xfF"), std::string("A\0\xFF", 3));
 }
 
-TEST(TextEscapes, LeaveEverythingElseAlone)
+TEST(TextEscapes, LeaveEverythingElseUnchanged)
 {
     EXPECT_EQ(unescape(""), "");
     EXPECT_EQ(unescape("plain"), "plain");
@@ -24,7 +24,7 @@ TEST(TextEscapes, LeaveEverythingElseAlone)
     }
 }
 
-TEST(TextEscapes, AreReadOnce)
+TEST(TextEscapes, AreNotReadTwice)
 {
     EXPECT_EQ(unescape("\\\\n"), "\\n");
     EXPECT_EQ(unescape("\\x5cn"), "\\n");

@@ -1,4 +1,4 @@
-/// What the example shell makes of its input: lines whole and torn, echoed, huge, and not even text.
+/// How the example shell reads its input: files and pipes, long lines, and bytes that are not text.
 #include <cstdlib>
 #include <fstream>
 #include <random>
@@ -49,7 +49,7 @@ TEST(UnitShellInput, ComesFromAFileInsteadOfStandardInput)
     EXPECT_EQ(runShell({file.path()}, "show carriers\n").out, "42.5 C, limits -20.0 to 85.0\n");
 }
 
-TEST(UnitShellInput, IsEchoedOnRequest)
+TEST(UnitShellInput, IsShownBeforeItsAnswerOnRequest)
 {
     EXPECT_EQ(runShell({"--echo"}, "show temperature\n\n# end\n").out,
               "unit> show temperature\n42.5 C, limits -20.0 to 85.0\n\nunit> # end\n");
@@ -57,12 +57,12 @@ TEST(UnitShellInput, IsEchoedOnRequest)
               "unit> show temperature\n42.5 C, limits -20.0 to 85.0\n");
 }
 
-TEST(UnitShellInput, MayLackTheLastLineFeed)
+TEST(UnitShellInput, MayEndWithoutALineFeed)
 {
     EXPECT_EQ(runShell({}, "show temperature").out, "42.5 C, limits -20.0 to 85.0\n");
 }
 
-TEST(UnitShellInput, MayEndItsLinesWithACarriageReturn)
+TEST(UnitShellInput, MayHaveACarriageReturnAtTheEndOfALine)
 {
     EXPECT_EQ(runShell({}, "show temperature\r\n\r\n").out, "42.5 C, limits -20.0 to 85.0\n");
 }
@@ -76,7 +76,7 @@ TEST(UnitShellInput, KeepsTheUnitsStateFromLineToLine)
               "  carrier 3: 43.0 dBm\n");
 }
 
-TEST(UnitShellInput, ALineThatIsTooLongIsRefusedAndTheNextOneRuns)
+TEST(UnitShellInput, ALineThatIsTooLongIsRefusedAndTheNextLineRuns)
 {
     const TemporaryFile file("show carrier " + std::string(3 << 20, '9') + "\nshow carrier 1\n");
     const auto result = runShell({file.path()});
@@ -85,7 +85,7 @@ TEST(UnitShellInput, ALineThatIsTooLongIsRefusedAndTheNextOneRuns)
     EXPECT_EQ(result.err, "unitShell: the line is longer than 1048576 bytes\n");
 }
 
-TEST(UnitShellInput, ALineOfTheGreatestLengthRuns)
+TEST(UnitShellInput, ALineOfTheLargestLengthRuns)
 {
     const std::string command = "show carrier ";
     const std::string word((1 << 20) - command.size(), '9');
@@ -104,7 +104,7 @@ TEST(UnitShellInput, ALineWithANulByteIsRefused)
     EXPECT_EQ(result.err, "unitShell: the line has a NUL byte in it\n");
 }
 
-TEST(UnitShellInput, BytesThatAreNoTextComeBackAsTheyWere)
+TEST(UnitShellInput, BytesThatAreNotTextComeBackUnchanged)
 {
     EXPECT_EQ(runShell({}, "show carrier \xff\xc3\x28\n").out, "there is no carrier '\xff\xc3\x28'\n");
 }

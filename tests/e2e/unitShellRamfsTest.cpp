@@ -65,7 +65,8 @@ TEST(UnitShellRamfs, RefusesSizesPositionsLengthsAndLimitsThatAreNotWholeNumbers
 TEST(UnitShellRamfs, RefusesFileNumbersThatAreNotWholeNumbersOf32Bits)
 {
     for (const std::string wrong : {"2147483648", "-2147483649", "1.0", "0x10", "x", "", " 1", "+1"}) {
-        const std::string answer = "a file's number is a whole number from -2147483648 to 2147483647, not '" + wrong + "'\n";
+        const std::string answer =
+            "a file's number is a whole number from -2147483648 to 2147483647, not '" + wrong + "'\n";
         const std::string word = "'" + wrong + "'";
         expectFailure("ramfs create b number " + word, answer);
         expectFailure("ramfs create b size 5 number " + word, answer);

@@ -38,7 +38,7 @@ TEST(UnitShellStatus, IsTheResultOfTheOneLine)
     EXPECT_EQ(bad.err, "");
 }
 
-TEST(UnitShellStatus, IsTwentyForALineThatIsNoCommand)
+TEST(UnitShellStatus, IsTwentyForAnUnknownOrIncompleteCommand)
 {
     const auto unknown = runShell({"-c", "frobnicate"});
     EXPECT_EQ(unknown.status, 20);
@@ -101,6 +101,8 @@ TEST(UnitShellStatus, HelpIsShownOnRequest)
     const auto result = runShell({"--help"});
     EXPECT_EQ(result.status, 0);
     EXPECT_THAT(result.out, StartsWith(usage));
+    EXPECT_THAT(result.out, HasSubstr("A prompt is shown only on a\nterminal."));
+    EXPECT_THAT(result.out, HasSubstr("also if a command threw an exception or output failed\n"));
     EXPECT_THAT(result.out, HasSubstr("130 after SIGINT"));
     EXPECT_EQ(result.err, "");
 }
@@ -117,7 +119,7 @@ TEST(UnitShellStatus, WrongArgumentsAreAnsweredWithTheUsage)
     }
 }
 
-TEST(UnitShellStatus, HelpOfACommandThatIsNotThereFails)
+TEST(UnitShellStatus, HelpForAnUnknownCommandFails)
 {
     for (const std::string name : {"nothing", "show carriers", ""}) {
         const auto result = runShell({"-c", "help '" + name + "'"});
@@ -140,7 +142,7 @@ TEST(UnitShellStatus, AFileThatCantBeReadIsNamed)
     EXPECT_EQ(nameless.err, "unitShell: can't read '': No such file or directory\n");
 }
 
-TEST(UnitShellStatus, AStandardStreamThatIsClosedIsNoOtherFile)
+TEST(UnitShellStatus, AClosedStandardStreamStaysClosed)
 {
     const auto runWithout = [](const std::string& redirection, const std::string& arguments) {
         std::string command = "exec";
@@ -172,7 +174,7 @@ TEST_P(UnitShellSignal, EndsAShellThatWaitsForInput)
     EXPECT_EQ(session.err(), "");
 }
 
-TEST_P(UnitShellSignal, DiscardsALineThatIsNotWhole)
+TEST_P(UnitShellSignal, DiscardsALineWithoutItsLineFeed)
 {
     ShellSession session(Stdin::pipe, {});
     session.type("show carrier 1\nshow carrier 2");
@@ -182,7 +184,7 @@ TEST_P(UnitShellSignal, DiscardsALineThatIsNotWhole)
     EXPECT_EQ(session.out(), "carrier 1: band B1, on, 40.0 dBm\n");
 }
 
-TEST_P(UnitShellSignal, EndsAShellWhoseFileIsAPipeThatNobodyWritesTo)
+TEST_P(UnitShellSignal, EndsAShellThatReadsFromAPipeWithoutAWriter)
 {
     const std::string path = testing::TempDir() + "unitShell-pipe-" + std::to_string(getpid());
     ASSERT_EQ(mkfifo(path.c_str(), 0600), 0);
@@ -197,7 +199,7 @@ TEST_P(UnitShellSignal, EndsAShellWhoseFileIsAPipeThatNobodyWritesTo)
     EXPECT_EQ(session.err(), "");
 }
 
-TEST_P(UnitShellSignal, LetsAnAnswerThatNobodyReadsBecomeWhole)
+TEST_P(UnitShellSignal, LetsAnAnswerThatIsBeingWrittenBecomeWhole)
 {
     ShellSession session(Stdin::pipe, {});
     const std::string word(10'000, '9');
@@ -210,7 +212,7 @@ TEST_P(UnitShellSignal, LetsAnAnswerThatNobodyReadsBecomeWhole)
 
 INSTANTIATE_TEST_SUITE_P(, UnitShellSignal, testing::Values(SIGINT, SIGTERM));
 
-TEST(UnitShellSignals, AnInterruptThatWasIgnoredFromTheStartStaysIgnored)
+TEST(UnitShellSignals, SigintStaysIgnoredIfItIsIgnoredFromTheStart)
 {
     ShellSession session(Stdin::pipe, {}, true);
     session.type("show carrier 1\n");

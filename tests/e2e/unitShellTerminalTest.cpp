@@ -1,4 +1,4 @@
-/// The example shell at a terminal: prompt, line editing, history, and how it ends there.
+/// The example shell on a terminal: prompt, line editing, history, and how it ends.
 #include <csignal>
 
 #include <gtest/gtest.h>
@@ -19,7 +19,7 @@ constexpr const char* controlD = "\x04";
 class UnitShellTerminal : public testing::Test
 {
 protected:
-    /// Types only when the shell reads: what comes earlier would be taken in by the terminal as it was before.
+    /// Waits until the shell reads: the terminal would handle earlier keys in the mode that it had before.
     void SetUp() override { session.waitFor("unit> "); }
 
     ShellSession session{Stdin::terminal, {}};
@@ -46,7 +46,7 @@ TEST_F(UnitShellTerminal, AnswersEachLineAfterAPrompt)
     EXPECT_EQ(session.waitForEnd(), 5);
 }
 
-TEST_F(UnitShellTerminal, TheEndOfInputEndsItWithTheStatusOfTheLastCommand)
+TEST_F(UnitShellTerminal, ControlDEndsItWithTheStatusOfTheLastCommand)
 {
     session.type("show carrier 9\r");
     session.waitFor("there is no carrier '9'");
@@ -56,24 +56,24 @@ TEST_F(UnitShellTerminal, TheEndOfInputEndsItWithTheStatusOfTheLastCommand)
     EXPECT_TRUE(session.terminalIsAsBefore());
 }
 
-TEST_F(UnitShellTerminal, AnInterruptInTheMiddleOfALineEndsIt)
+TEST_F(UnitShellTerminal, ControlCInTheMiddleOfALineEndsIt)
 {
     session.type("show carrier 1");
-    session.waitFor("show carrier 1"); // which the terminal has shown
+    session.waitFor("show carrier 1"); // the terminal has shown it
     session.type(controlC);
     EXPECT_EQ(session.waitForEnd(), 128 + SIGINT);
     EXPECT_EQ(session.out().find("band B1"), std::string::npos);
     EXPECT_TRUE(session.terminalIsAsBefore());
 }
 
-TEST_F(UnitShellTerminal, ATerminationEndsItAndLeavesTheTerminalAsItWas)
+TEST_F(UnitShellTerminal, SigtermEndsItAndTheTerminalIsAsBefore)
 {
     session.signal(SIGTERM);
     EXPECT_EQ(session.waitForEnd(), 128 + SIGTERM);
     EXPECT_TRUE(session.terminalIsAsBefore());
 }
 
-TEST_F(UnitShellTerminal, TakesAWordOfAnyLanguage)
+TEST_F(UnitShellTerminal, AcceptsCharactersBeyondAscii)
 {
     session.type("show carrier \xc3\xa9\xe2\x82\xac\r");
     session.waitFor("there is no carrier '\xc3\xa9\xe2\x82\xac'");
@@ -90,13 +90,13 @@ TEST_F(UnitShellLineEditing, IsReadyForEveryKeyOnceItShowsItsPrompt)
     EXPECT_FALSE(session.terminalIsAsBefore());
 }
 
-TEST_F(UnitShellLineEditing, BackspaceTakesTheLastCharacterAway)
+TEST_F(UnitShellLineEditing, BackspaceDeletesTheLastCharacter)
 {
     session.type(std::string("show carrier 13") + backspace + "\r");
     session.waitFor("carrier 1: band B1, on, 40.0 dBm");
 }
 
-TEST_F(UnitShellLineEditing, TheLeftArrowMovesToWhereACharacterIsMissing)
+TEST_F(UnitShellLineEditing, TheLeftArrowMovesTheCursor)
 {
     session.type(std::string("show carrir 2") + left + left + left + "e\r");
     session.waitFor("carrier 2: band B3, off, 37.0 dBm");
@@ -126,13 +126,13 @@ TEST_F(UnitShellLineEditing, EmptyLinesAreNotKeptInTheHistory)
     session.waitFor("carrier 1: band B1");
 }
 
-TEST_F(UnitShellLineEditing, BytesThatAreNoCharacterAreLeftOut)
+TEST_F(UnitShellLineEditing, BytesThatAreNotACharacterAreSkipped)
 {
     session.type("show carrier \xff\x32\r");
     session.waitFor("carrier 2: band B3, off, 37.0 dBm");
 }
 
-TEST_F(UnitShellLineEditing, ACharacterThatBreaksOffTakesNoKeyWithIt)
+TEST_F(UnitShellLineEditing, AnIncompleteCharacterSwallowsNoKey)
 {
     session.type("show carrier \xc3\x32\r"); // the first byte of two
     session.waitFor("carrier 2: band B3, off, 37.0 dBm");

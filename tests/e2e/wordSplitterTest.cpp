@@ -40,7 +40,7 @@ TEST(WordSplitter, EndsALineAtAComment)
     EXPECT_THAT(splitLine("show # carriers"), ElementsAre("show"));
 }
 
-TEST(WordSplitter, TakesANumberSignInsideAWordAsItIs)
+TEST(WordSplitter, KeepsANumberSignInsideAWord)
 {
     EXPECT_THAT(splitLine("a#b '#' \\# ''#"), ElementsAre("a#b", "#", "#", "#"));
 }
@@ -56,12 +56,12 @@ TEST(WordSplitter, EscapesQuotesAndBackslashesBetweenDoubleQuotes)
     EXPECT_THAT(splitLine(R"("a\nb" "c\ d")"), ElementsAre(R"(a\nb)", R"(c\ d)"));
 }
 
-TEST(WordSplitter, TakesAnyCharacterAfterABackslashAsItIs)
+TEST(WordSplitter, KeepsAnyCharacterAfterABackslash)
 {
     EXPECT_THAT(splitLine(R"(a\ b \'c \"d \\ \n)"), ElementsAre("a b", "'c", "\"d", "\\", "n"));
 }
 
-TEST(WordSplitter, JoinsPiecesWithoutABlankBetweenThem)
+TEST(WordSplitter, JoinsPiecesThatNoBlankSeparates)
 {
     EXPECT_THAT(splitLine(R"(a'b c'"d e"f)"), ElementsAre("ab cd ef"));
 }
@@ -71,7 +71,7 @@ TEST(WordSplitter, MakesAnEmptyWordOfEmptyQuotes)
     EXPECT_THAT(splitLine(R"('' "" a'')"), ElementsAre("", "", "a"));
 }
 
-TEST(WordSplitter, RefusesAQuoteThatIsNeverClosed)
+TEST(WordSplitter, RefusesAnUnclosedQuote)
 {
     EXPECT_EQ(errorOf("show 'carriers"), "the quote ' in column 6 is never closed");
     EXPECT_EQ(errorOf("\""), "the quote \" in column 1 is never closed");
@@ -90,7 +90,7 @@ TEST(WordSplitter, RefusesANulByte)
     EXPECT_EQ(errorOf(std::string("a\0b", 3)), "the line has a NUL byte in it");
 }
 
-TEST(WordSplitter, TakesBytesAbove127AsTheyAre)
+TEST(WordSplitter, KeepsBytesAbove127)
 {
     EXPECT_THAT(splitLine("\xff\xfe \xc3\xa9"), ElementsAre("\xff\xfe", "\xc3\xa9"));
 }

@@ -276,6 +276,7 @@ TEST_F(ElogEngineProcess, ExplainsItself)
     const ProgramResult help = runProgram({CORVANE_ELOG_ENGINE, "--help"});
     EXPECT_EQ(help.status, 0);
     EXPECT_THAT(help.out, StartsWith("Usage: elogEngine [--json]\n"));
+    EXPECT_THAT(help.out, HasSubstr("standard output is blocked during\nshutdown"));
     EXPECT_THAT(help.err, IsEmpty());
     for (const std::string wrong : {"--wrong", "--append", "word", "--json=1"}) {
         const ProgramResult result = runProgram({CORVANE_ELOG_ENGINE, wrong});
