@@ -70,8 +70,9 @@ Number readNumber(const std::string& word, const char* what, Number low = std::n
 {
     Number number = 0;
     const char* const end = word.data() + word.size();
-    const auto [stop, error] = std::from_chars(word.data(), end, number);         // whatever the user's locale is
-    if (error == std::errc() && stop == end && number >= low && number <= high) { // false for NaN
+    const auto [stop, error] = std::from_chars(word.data(), end, number);
+    const bool isInRange = number >= low && number <= high; // false for NaN
+    if (error == std::errc() && stop == end && isInRange) {
         return number;
     }
     std::ostringstream text;

@@ -25,65 +25,69 @@ constexpr const char* usage = "Usage: unitShell [--echo] [FILE]\n"
                               "       unitShell [--echo] -c LINE\n"
                               "       unitShell --help\n";
 
+struct Run
+{
+    std::vector<std::string> arguments;
+    std::string input;
+    int status;
+    std::string out;
+    std::string err;
+};
+
+void expect(const std::vector<Run>& runs)
+{
+    for (const Run& run : runs) {
+        const auto result = runShell(run.arguments, run.input);
+        const std::string name = run.arguments.empty() ? run.input : run.arguments.back();
+        EXPECT_EQ(result.status, run.status) << name;
+        EXPECT_EQ(result.out, run.out) << name;
+        EXPECT_EQ(result.err, run.err) << name;
+    }
+}
+
+constexpr const char* carrier1 = "carrier 1: band B1, on, 40.0 dBm\n";
+constexpr const char* noCarrier9 = "there is no carrier '9'\n";
+constexpr const char* allCommands = "Usage: { show | set | pelm | ramfs | elog | help | exit } \n\n";
+constexpr const char* afterShow = "Usage: show { carriers | carrier | temperature | alarms | statistics } \n\n";
+
 TEST(UnitShellStatus, IsTheResultOfTheOneLine)
 {
-    const auto good = runShell({"-c", "show carrier 1"});
-    EXPECT_EQ(good.status, 0);
-    EXPECT_EQ(good.out, "carrier 1: band B1, on, 40.0 dBm\n");
-    EXPECT_EQ(good.err, "");
-
-    const auto bad = runShell({"-c", "show carrier 9"});
-    EXPECT_EQ(bad.status, 1);
-    EXPECT_EQ(bad.out, "there is no carrier '9'\n");
-    EXPECT_EQ(bad.err, "");
+    expect({{{"-c", "show carrier 1"}, "", 0, carrier1, ""},
+            {{"-c", "show carrier 9"}, "", 1, noCarrier9, ""},
+            {{"-c", "exit 255"}, "", 255, "", ""},
+            {{"-c", "exit 0"}, "", 0, "", ""}});
 }
 
 TEST(UnitShellStatus, IsTwentyForAnUnknownOrIncompleteCommand)
 {
-    const auto unknown = runShell({"-c", "frobnicate"});
-    EXPECT_EQ(unknown.status, 20);
-    EXPECT_EQ(unknown.out, "Usage: { show | set | pelm | ramfs | elog | help | exit } \n\n");
-    EXPECT_EQ(runShell({"-c", "show"}).status, 20);
+    expect({{{"-c", "frobnicate"}, "", 20, allCommands, ""}, {{"-c", "show"}, "", 20, afterShow, ""}});
 }
 
 TEST(UnitShellStatus, IsTwoForALineThatCantBeSplit)
 {
-    const auto result = runShell({"-c", "show carrier '1"});
-    EXPECT_EQ(result.status, 2);
-    EXPECT_EQ(result.out, "");
-    EXPECT_EQ(result.err, "unitShell: the quote ' in column 14 is never closed\n");
+    expect({{{"-c", "show carrier '1"}, "", 2, "", "unitShell: the quote ' in column 14 is never closed\n"}});
 }
 
 TEST(UnitShellStatus, IsZeroForALineWithNothingInIt)
 {
-    for (const char* const line : {"", "   ", "# nothing"}) {
-        const auto result = runShell({"-c", line});
-        EXPECT_EQ(result.status, 0) << line;
-        EXPECT_EQ(result.out + result.err, "") << line;
-    }
+    expect({{{"-c", ""}, "", 0, "", ""}, {{"-c", "   "}, "", 0, "", ""}, {{"-c", "# nothing"}, "", 0, "", ""}});
 }
 
 TEST(UnitShellStatus, AtTheEndOfInputIsThatOfTheLastCommand)
 {
-    EXPECT_EQ(runShell({}, "").status, 0);
-    EXPECT_EQ(runShell({}, "show carrier 9\nshow carrier 1\n").status, 0);
-    EXPECT_EQ(runShell({}, "show carrier 1\nshow carrier 9\n").status, 1);
-    EXPECT_EQ(runShell({}, "show carrier 9\n\n# a comment\n").status, 1);
-    EXPECT_EQ(runShell({}, "nothing of the kind\n").status, 20);
+    using namespace std::string_literals;
+    expect({{{}, "", 0, "", ""},
+            {{}, "show carrier 9\nshow carrier 1\n", 0, noCarrier9 + ""s + carrier1, ""},
+            {{}, "show carrier 1\nshow carrier 9\n", 1, carrier1 + ""s + noCarrier9, ""},
+            {{}, "show carrier 9\n\n# a comment\n", 1, noCarrier9, ""},
+            {{}, "nothing of the kind\n", 20, allCommands, ""}});
 }
 
-TEST(UnitShellStatus, IsTheOneGivenToExit)
+TEST(UnitShellStatus, AfterExitIsTheGivenOneOrThatOfTheCommandBefore)
 {
-    EXPECT_EQ(runShell({}, "exit 3\nshow carriers\n").status, 3);
-    EXPECT_EQ(runShell({}, "exit 3\nshow carriers\n").out, "");
-    EXPECT_EQ(runShell({"-c", "exit 255"}).status, 255);
-    EXPECT_EQ(runShell({"-c", "exit 0"}).status, 0);
-}
-
-TEST(UnitShellStatus, OfABareExitIsThatOfTheCommandBefore)
-{
-    EXPECT_EQ(runShell({}, "exit\n").status, 0);
-    EXPECT_EQ(runShell({}, "show carrier 9\nexit\n").status, 1);
+    expect({{{}, "exit 3\nshow carriers\n", 3, "", ""},
+            {{}, "exit\n", 0, "", ""},
+            {{}, "show carrier 9\nexit\n", 1, noCarrier9, ""}});
 }
 
 TEST(UnitShellStatus, AWrongExitDoesNotEndTheShell)
