@@ -5,20 +5,17 @@
 /// send. A message is a block of bytes whose first 32-bit word is its message number; the rest is between sender and
 /// receiver. Every call ends in a source file name and a line, for the library's own diagnostics; "" and 0 are fine.
 ///
-/// The library belongs to the unit. Where the stand-in that is built here had to choose something that the unit's
-/// library may do differently, the choice is marked "Stand-in".
+/// The library belongs to the unit. "Stand-in" marks what the stand-in that is built here had to choose, and what the
+/// unit's library may do differently.
 ///
-/// Stand-in  connects the processes of one user on one machine whose meeting point is the same: the folder zel-<uid> in
-///           $XDG_RUNTIME_DIR; without that variable, in /run/user/<uid> if that is a folder of the user; otherwise in
-///           /tmp. If the meeting point can't be made, or isn't a folder of this user alone (in /tmp, another user may
-///           have made it first), mailboxes can't be created, and standard error is told so. A meeting point that is
-///           removed and made again is followed by those who wait for a name; mailboxes in the old one are found no
-///           more.
+/// Stand-in  connects the processes of one user on one machine that use the same folder: zel-<uid> in $XDG_RUNTIME_DIR;
+///           without that variable in /run/user/<uid>, or in /tmp if there is no such folder. The folder must belong to
+///           this user alone. If it is removed and made again, mailboxes in the old one are no longer found.
 ///
-///           The mailboxes of a process are not those of a child made by fork(): each of the child's threads has none
-///           until it creates one. While the child has neither ended nor come to exec(), it keeps the names of its
-///           parent taken if that is killed.
-/// Threads   any; each call is about the calling thread's own mailbox. A message belongs to one thread at a time.
+///           A child made by fork() has none of its parent's mailboxes; its threads may create their own. A child that
+///           neither ends nor calls exec() keeps mailboxes of other threads of a killed parent alive: senders to them
+///           then wait until the child ends.
+/// Threads   any; each call concerns the calling thread's own mailbox. A message belongs to one thread at a time.
 /// Errors    nothing is thrown.
 #ifndef ZEL_H
 #define ZEL_H
@@ -39,38 +36,38 @@ static const uint32_t ZEL_ANY_SENDER = 0xFFF11111U;
 /// A message. Its bytes are reached through a cast; the block is aligned for any type.
 union zel_msg;
 
-/// Creates the calling thread's mailbox under a name that no living mailbox has. It ends with its thread at the latest,
-/// however the thread or its process ends, and the name is free again at once.
+/// Creates the calling thread's mailbox. Any number of mailboxes may have one name. A mailbox ends with its thread at the
+/// latest, however the thread or its process ends.
 ///
-/// Stand-in  a thread has one mailbox; a second one isn't created. `flags` must be 0. A name has 1 to 60 bytes.
-/// Returns   the id: unique among the mailboxes that are alive on the machine, never 0, below 0xFFF00000. 0xFFFFFFFF on
-///           failure: the name is taken, or there are no resources.
+/// Stand-in  `flags` must be 0. A name has 1 to 60 bytes and no slash. Standard error says why there is no mailbox.
+/// Returns   the id: unique among the living mailboxes that can reach each other, never 0, below 0xFFF00000.
+///           ZEL_NO_MAILBOX if the thread has a mailbox already, or the system refuses.
 uint32_t __zel_create_mailbox(const char* name, uint32_t flags, const char* file, int line);
 
 /// Allocates a message of `size` bytes and sets its first word to `msgNo`. The other bytes are not set.
 ///
 /// Stand-in  4 bytes to 64 MiB.
-/// Returns   the message; null if there is no memory for it or the size isn't one for a message.
-/// Owns      the caller, until the message is sent, handed over with a locate request, or freed.
+/// Returns   the message; null if there is no memory for it or a message can't have that size.
+/// Owns      the caller, until the message is sent, passed with a locate request, or freed.
 union zel_msg* __zel_alloc(size_t size, uint32_t msgNo, const char* file, int line);
 
-/// Asks for the mailbox `name`. `*reply` comes to the calling thread's mailbox, unchanged and as sent by the located
-/// mailbox, as soon as a mailbox of that name exists: at once, or whenever it is created.
+/// Asks for the mailbox `name`, the oldest living one if there are several. `*reply` comes to the calling thread's
+/// mailbox, unchanged and as sent by the located mailbox, as soon as that exists: at once, or whenever it is created.
 ///
-/// Stand-in  without a mailbox of the calling thread, with another `from` or without a reply the request is dropped.
-/// Requires  `from` is 0xFFF00000: the calling thread's mailbox.
-/// Owns      takes the message over and sets `*reply` to null.
+/// Stand-in  looks for the name 20 times a second, while the thread receives. Without a mailbox of the calling thread,
+///           with another `from` or without a reply the request is dropped.
+/// Requires  `from` is ZEL_OWN_MAILBOX.
+/// Owns      takes the message and sets `*reply` to null.
 void __zel_locate_async(const char* name, union zel_msg** reply, uint32_t from, const char* file, int line);
 
 /// Takes the first message that matches out of the calling thread's mailbox; waits for one up to the time-out. Messages
-/// that don't match stay, in their order. Those of one sender are received in the order in which they were sent, each
+/// that don't match stay, in their order. Messages of one sender are received in the order in which they were sent, each
 /// whole or not at all.
 ///
 /// Stand-in  null for `filter`, or a count of 0, matches every message number; a time-out of 0xFFFFFFFF waits for ever.
-///           While 8 MiB of one sender's messages wait unmatched, no more of them are looked at. Signals don't end the
-///           wait.
-/// Requires  `filter` is an array of words: a count, then as many message numbers. `from` is 0xFFF11111, any sender,
-///           or the id of the one sender wanted.
+///           While 64 MiB of messages wait that no receive wanted, no others are looked at. Signals don't end the wait.
+/// Requires  `filter` is an array of words: a count, then as many message numbers. `from` is ZEL_ANY_SENDER or the id of
+///           the one sender wanted.
 /// Returns   the message; null when the time is up. Without a mailbox of the calling thread, null at once.
 /// Owns      the caller.
 /// Units     milliseconds; 0 takes what is there.
@@ -78,7 +75,7 @@ union zel_msg* __zel_receive(const uint32_t* filter, uint32_t timeoutMs, uint32_
 
 /// Returns  the id of the mailbox that sent a received message, or that a locate reply stands for.
 ///
-/// Stand-in  0xFFFFFFFF for null and for a message that was not received. The id is what the sender says: another
+/// Stand-in  ZEL_NO_MAILBOX for null and for a message that was not received. The id is what the sender says: another
 ///           process of the same user can say anything.
 uint32_t __zel_sender(const union zel_msg* msg, const char* file, int line);
 
@@ -87,16 +84,16 @@ uint32_t __zel_sender(const union zel_msg* msg, const char* file, int line);
 /// Stand-in  null is ignored.
 void __zel_free(union zel_msg** msg, const char* file, int line);
 
-/// Sends a message. Up to 16 MiB are delivered at least.
+/// Sends a message. Messages of up to 16 MiB are delivered at least.
 ///
 /// While the receiver has more messages waiting than it takes, the call waits: nothing is lost and nothing piles up. A
-/// message to a mailbox that doesn't exist, or ends before it has taken the message, is discarded without a sign.
+/// message to a mailbox that doesn't exist, or that ends before it has taken the message, is discarded silently.
 ///
-/// Stand-in  a few hundred KiB per sender wait in the system before the sender does. A message to the calling thread's
-///           own mailbox waits in the process's memory and never makes the call wait, however many there are. Without a
+/// Stand-in  as many messages wait for a receiver as the kernel's setting net.unix.max_dgram_qlen says, and at most two
+///           of more than 100 KB from one sender. A message to the calling thread's own mailbox never waits. Without a
 ///           mailbox of the calling thread, or with another `from`, the message is discarded.
-/// Requires  `from` is 0xFFF00000: the calling thread's mailbox.
-/// Owns      takes the message over and sets `*msg` to null, whatever becomes of it.
+/// Requires  `from` is ZEL_OWN_MAILBOX.
+/// Owns      takes the message and sets `*msg` to null, whatever becomes of it.
 void __zel_send(union zel_msg** msg, uint32_t to, uint32_t from, const char* file, int line);
 
 #ifdef __cplusplus

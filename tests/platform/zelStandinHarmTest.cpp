@@ -1,19 +1,20 @@
-/// What the stand-in for libzel withstands: programs that write rubbish, other users, and want of descriptors.
+/// What the stand-in for libzel withstands: rubbish, other users, bad folders, signals, and want of descriptors.
 #include <algorithm>
-#include <cstdint>
+#include <atomic>
+#include <csignal>
 #include <filesystem>
 #include <iostream>
 #include <random>
 #include <string>
 #include <thread>
-#include <vector>
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <pthread.h>
+#include <sys/mman.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
-#include <sys/wait.h>
-#include <unistd.h>
+#include <sys/un.h>
 
 #include "tests/platform/zelStandinFixture.h"
 
@@ -21,10 +22,52 @@ namespace {
 
 using namespace Conformance;
 using namespace Corvane::Testing;
+namespace fs = std::filesystem;
 
 constexpr uid_t otherUser = 65534;
 
-using ZelStandinUnderAttack = ZelStandin;
+/// What a datagram begins with.
+struct Head
+{
+    std::uint64_t size;
+    std::uint32_t sender;
+    std::int32_t process;
+    char program[16];
+};
+
+class ZelStandinUnderAttack : public ZelStandin
+{
+protected:
+    /// A program of no good intentions: it writes to a mailbox's socket by itself.
+    static int connectTo(const fs::path& mailbox)
+    {
+        const int connection = ::socket(AF_UNIX, SOCK_DGRAM, 0);
+        sockaddr_un address = {};
+        address.sun_family = AF_UNIX;
+        mailbox.string().copy(address.sun_path, sizeof address.sun_path - 1);
+        const auto* const generic = static_cast<const sockaddr*>(static_cast<const void*>(&address));
+        return ::connect(connection, generic, sizeof address) == 0 ? connection : -1;
+    }
+
+    /// Sends a datagram, with a file if there is one.
+    static void send(int connection, void* bytes, std::size_t size, int file = -1)
+    {
+        iovec part = {bytes, size};
+        alignas(cmsghdr) std::array<char, CMSG_SPACE(sizeof file)> ancillary = {};
+        msghdr datagram = {};
+        datagram.msg_iov = &part;
+        datagram.msg_iovlen = 1;
+        if (file >= 0) {
+            datagram.msg_control = ancillary.data();
+            datagram.msg_controllen = ancillary.size();
+            *CMSG_FIRSTHDR(&datagram) = {CMSG_LEN(sizeof file), SOL_SOCKET, SCM_RIGHTS};
+            std::memcpy(CMSG_DATA(CMSG_FIRSTHDR(&datagram)), &file, sizeof file);
+        }
+        EXPECT_EQ(::sendmsg(connection, &datagram, MSG_NOSIGNAL), static_cast<ssize_t>(size));
+    }
+
+    static void expectNothing() { EXPECT_EQ(__zel_receive(nullptr, 0, ZEL_ANY_SENDER, "", 0), nullptr); }
+};
 
 /// While it lives, this process gets no more than a number of new descriptors.
 class DescriptorLimit
@@ -48,238 +91,185 @@ private:
 
 TEST_F(ZelStandinUnderAttack, DropsGarbage)
 {
-    onThread([this] {
-        const std::uint32_t own = create("own");
-        const unsigned int seed = std::random_device{}();
-        std::cout << "seed " << seed << "\n";
-        std::mt19937 random(seed);
-        std::vector<int> connections;
-        for (int round = 0; round < 200; ++round) {
-            std::vector<std::uint32_t> garbage(random() % 500 + 1);
-            std::generate(garbage.begin(), garbage.end(), [&] { return static_cast<std::uint32_t>(random()); });
-            if (round % 2 == 0) {
-                garbage[0] = header(0)[0]; // begins well
-            }
-            connections.push_back(connectTo(own));
-            ASSERT_GE(connections.back(), 0);
-            write(connections.back(), garbage.data(), random() % (garbage.size() * sizeof garbage[0]) + 1);
+    const std::uint32_t own = create("own");
+    const int connection = connectTo(sockets().front());
+    const unsigned int seed = std::random_device{}();
+    std::cout << "seed " << seed << "\n";
+    std::mt19937 random(seed);
+    for (int round = 0; round < 500; ++round) {
+        std::vector<std::uint32_t> garbage(random() % 500 + 8);
+        std::generate(garbage.begin(), garbage.end(), [&] { return static_cast<std::uint32_t>(random()); });
+        if (round % 2 == 0) { // the size of a message, but not of this one
+            garbage[0] %= 100000;
+            garbage[1] = 0;
         }
-        expectToBeReached(own);
-        for (const int connection : connections) {
-            ::close(connection);
-        }
-        expectToBeReached(own);
-    });
+        send(connection, garbage.data(), random() % (garbage.size() * sizeof garbage[0]));
+        expectNothing();
+    }
+    expectToBeReached(own);
+    ::close(connection);
 }
 
-TEST_F(ZelStandinUnderAttack, EndsAConnectionThatAnnouncesASizeNoMessageHas)
+TEST_F(ZelStandinUnderAttack, DropsMessagesOfForeignKinds)
 {
-    onThread([this] {
-        const std::uint32_t own = create("own");
-        for (const std::uint32_t size : {0U, 3U, 64U << 20U | 1U, 0xFFFFFFFFU}) {
-            const int connection = connectTo(own);
-            EXPECT_TRUE(write(connection, header(size).data(), sizeof header(size)));
-            expectToBeReached(own);
-            char byte = 0;
-            EXPECT_EQ(::recv(connection, &byte, 1, 0), 0) << size;
-            ::close(connection);
+    const std::uint32_t own = create("own");
+    const int connection = connectTo(sockets().front());
+    std::vector<char> datagram(200000);
+    const auto sendWith = [&](std::uint64_t size, std::size_t length, int file) {
+        const Head head = {size, 1, 0, "program"};
+        std::memcpy(datagram.data(), &head, sizeof head);
+        send(connection, datagram.data(), length, file);
+        expectNothing();
+    };
+    std::array<int, 2> pipe = {};
+    ASSERT_EQ(::pipe(pipe.data()), 0);
+    const int unsealed = ::memfd_create("unsealed", 0);
+    ASSERT_EQ(::ftruncate(unsealed, 300000), 0);
+    for (const std::uint64_t size : {0U, 3U, 64U << 20U | 1U, 0xFFFFFFFFU}) {
+        sendWith(size, sizeof(Head), -1); // announces a size that no message has
+        sendWith(size, sizeof(Head) + size % 8, -1);
+    }
+    for (const int announcements : {0, 3}) { // of messages that never come, too
+        for (int count = 0; count < announcements; ++count) {
+            sendWith(300000, sizeof(Head), -1);
         }
-    });
-}
-
-TEST_F(ZelStandinUnderAttack, IsReachedBesideAMessageThatNeverEnds)
-{
-    onThread([this] {
-        const std::uint32_t own = create("own");
-        const int stalled = connectTo(own);
-        EXPECT_TRUE(write(stalled, header(1000).data(), sizeof header(1000)));
-        expectToBeReached(own);
-        EXPECT_TRUE(write(stalled, "abcd", 4));
-        expectToBeReached(own);
-        ::close(stalled);
-        EXPECT_EQ(__zel_receive(nullptr, 0, anySender, "", 0), nullptr);
-    });
-}
-
-TEST_F(ZelStandinUnderAttack, IsReachedBesideManySilentConnections)
-{
-    onThread([this] {
-        const std::uint32_t own = create("own");
-        std::vector<int> silent;
-        for (int count = 0; count < 600; ++count) {
-            silent.push_back(connectTo(own));
-            ASSERT_GE(silent.back(), 0);
+        for (const int file : {-1, pipe[0], unsealed}) {
+            sendWith(300000, datagram.size(), file);
         }
         expectToBeReached(own);
-        for (const int connection : silent) {
-            ::close(connection);
-        }
-        expectToBeReached(own);
-    });
+        expectToBeReached(own, mebibyte);
+    }
+    const auto before = std::distance(fs::directory_iterator("/proc/self/fd"), {});
+    sendWith(12, sizeof(Head) + 20, pipe[0]); // a descriptor that nobody wants is closed
+    EXPECT_EQ(std::distance(fs::directory_iterator("/proc/self/fd"), {}), before);
+    for (const int descriptor : {connection, pipe[0], pipe[1], unsealed}) {
+        ::close(descriptor);
+    }
 }
 
-TEST_F(ZelStandinUnderAttack, ReceivesAgainOnceThereAreDescriptors)
+TEST_F(ZelStandinUnderAttack, LosesNothingWhileThereAreNoDescriptors)
 {
 #ifdef CORVANE_TEST_SANITIZED
     GTEST_SKIP() << "a sanitizer needs descriptors for its own checks";
 #endif
-    onThread([] {
-        const std::uint32_t own = create("own");
-        std::thread sender([own] {
-            create("sender");
-            sendNumbered(own, 0, 100);
-        });
-        sender.join();
+    Peer peer([](const Peer& test) {
+        create("sender");
+        const std::uint32_t to = test.hear();
         {
             const DescriptorLimit limit(0);
-            EXPECT_EQ(receive(numberedNo, 20), nullptr);
-            EXPECT_EQ(onThread([] { return create("other"); }), noMailbox);
+            std::thread([&] { EXPECT_EQ(create("other"), ZEL_NO_MAILBOX); }).join();
+            std::thread more([&] { // descriptors come back while the sender waits for them
+                test.hear();
+                ::prlimit(0, RLIMIT_NOFILE, std::array<rlimit, 1>{{{256, 256}}}.data(), nullptr);
+            });
+            test.tell(1);
+            Numbered{0, mebibyte}.sendTo(to);
+            more.join();
         }
-        zel_msg* message = receive(numberedNo);
-        EXPECT_EQ(flawOf(message, 0, 100), "");
-        __zel_free(&message, "", 0);
-    });
-}
-
-TEST_F(ZelStandinUnderAttack, TakesAllThatHadArrivedWhenItIsClosedThoughItHasFewDescriptors)
-{
-#ifdef CORVANE_TEST_SANITIZED
-    GTEST_SKIP() << "a sanitizer needs descriptors for its own checks";
-#endif
-    onThread([this] {
-        constexpr int senders = 20;
-        const std::uint32_t own = create("own");
-        const std::uint32_t frame[] = {header(4)[0], 4, 1, numberedNo};
-        std::vector<int> connections;
-        for (int sender = 0; sender < senders; ++sender) {
-            connections.push_back(connectTo(own));
-            ASSERT_TRUE(write(connections.back(), frame, sizeof frame));
-        }
-        {
-            const DescriptorLimit limit(3);
-            zel_standin_close_mailbox();
-        }
-        int received = 0;
-        while (zel_msg* message = receive(numberedNo)) {
-            __zel_free(&message, "", 0);
-            ++received;
-        }
-        EXPECT_EQ(received, senders);
-        for (const int connection : connections) {
-            ::close(connection);
+        for (std::uint32_t index = 1; index < 4; ++index) {
+            Numbered{index, index % 2 == 0 ? mebibyte : 100}.sendTo(to);
         }
     });
-}
-
-TEST_F(ZelStandinUnderAttack, KeepsItsFolderToItself)
-{
-    onThread([] { EXPECT_NE(create("own"), noMailbox); });
-    EXPECT_EQ(std::filesystem::status(meetingPoint()).permissions(), std::filesystem::perms::owner_all);
-}
-
-TEST_F(ZelStandinUnderAttack, TrustsNoFolderThatOthersCanEnter)
-{
-    std::filesystem::create_directory(meetingPoint());
-    std::filesystem::permissions(meetingPoint(), std::filesystem::perms(0750));
-    onThread([] { EXPECT_EQ(create("own"), noMailbox); });
-}
-
-TEST_F(ZelStandinUnderAttack, TrustsNoFolderThatALinkLeadsTo)
-{
-    const auto elsewhere = m_folder.path() / "elsewhere";
-    std::filesystem::create_directory(elsewhere);
-    std::filesystem::permissions(elsewhere, std::filesystem::perms::owner_all);
-    std::filesystem::create_directory_symlink(elsewhere, meetingPoint());
-    onThread([] { EXPECT_EQ(create("own"), noMailbox); });
-}
-
-TEST_F(ZelStandinUnderAttack, TrustsNoFolderOfAnotherUser)
-{
-    if (::geteuid() != 0) {
-        GTEST_SKIP() << "only root can give a folder away";
+    const std::uint32_t own = create("own");
+    peer.tell(own);
+    peer.hear();
+    {
+        const DescriptorLimit limit(0);
+        EXPECT_EQ(receive(Numbered::number, 50), nullptr);
+        peer.tell(1);
+        EXPECT_EQ(receive(Numbered::number, 200), nullptr); // a long message needs one
     }
-    std::filesystem::create_directory(meetingPoint());
-    std::filesystem::permissions(meetingPoint(), std::filesystem::perms::owner_all);
-    ASSERT_EQ(::chown(meetingPoint().c_str(), otherUser, otherUser), 0);
-    onThread([] { EXPECT_EQ(create("own"), noMailbox); });
-}
-
-TEST_F(ZelStandinUnderAttack, TakesNothingFromAnotherUserEvenThroughAnOpenFolder)
-{
-    if (::geteuid() != 0) {
-        GTEST_SKIP() << "only root can become another user";
+    for (std::uint32_t index = 0; index < 4; ++index) {
+        EXPECT_TRUE((Numbered{index, index % 2 == 0 ? mebibyte : 100}.isNext())) << index;
     }
-    onThread([this] {
-        const std::uint32_t own = create("own");
-        std::filesystem::permissions(m_folder.path(), std::filesystem::perms::all);
-        const auto tryAsOtherUser = [&] {
-            const sockaddr_un address = addressOf(own); // in the folder of this user's number
-            const pid_t other = ::fork();
-            if (other == 0) {
-                const int connection = ::setuid(otherUser) == 0 ? connectTo(address) : -1;
-                const std::array<std::uint32_t, 4> frame = {header(4)[0], 4, 1, numberedNo};
-                _exit(connection < 0 ? 1 : write(connection, frame.data(), sizeof frame) ? 2 : 3);
-            }
-            int status = 0;
-            ::waitpid(other, &status, 0);
-            return WEXITSTATUS(status);
-        };
-        EXPECT_EQ(tryAsOtherUser(), 1); // doesn't get in
-        std::filesystem::permissions(meetingPoint(), std::filesystem::perms::all);
-        for (const auto& file : std::filesystem::directory_iterator(meetingPoint())) {
-            if (file.is_socket()) {
-                std::filesystem::permissions(file.path(), std::filesystem::perms::all);
-            }
-        }
-        EXPECT_EQ(tryAsOtherUser(), 2); // does, but in vain
-        EXPECT_EQ(__zel_receive(nullptr, 0, anySender, "", 0), nullptr);
-        std::filesystem::permissions(meetingPoint(), std::filesystem::perms::owner_all);
-        expectToBeReached(own);
-    });
+    EXPECT_EQ(peer.finish(), 0);
 }
 
-TEST_F(ZelStandinUnderAttack, GivesTheNameOfAKilledProcessAnewThoughAnotherUserTookItsId)
+TEST_F(ZelStandinUnderAttack, LosesNothingInAStormOfSignals)
+{
+    struct sigaction action = {};
+    action.sa_handler = [](int) {};
+    ::sigaction(SIGUSR1, &action, nullptr); // without SA_RESTART
+    const std::uint32_t own = create("own");
+    std::atomic<bool> isOver{false};
+    std::thread sender([&] {
+        create("sender");
+        for (std::uint32_t index = 0; index < 20000; ++index) {
+            Numbered{index, 3000}.sendTo(own);
+        }
+    });
+    std::thread storm([&, receiver = ::pthread_self()] {
+        while (!isOver) {
+            ::pthread_kill(sender.native_handle(), SIGUSR1);
+            ::pthread_kill(receiver, SIGUSR1);
+        }
+    });
+    std::uint32_t index = 0;
+    while (index < 20000 && Numbered{index, 3000}.isNext()) {
+        ++index;
+    }
+    EXPECT_EQ(index, 20000U);
+    isOver = true;
+    storm.join();
+    sender.join();
+}
+
+TEST_F(ZelStandinUnderAttack, CreatesNoMailboxInAFolderThatIsNotItsAloneAndSaysSo)
+{
+    const auto expectNone = [](const std::string& reason) {
+        testing::internal::CaptureStderr();
+        EXPECT_EQ(create("own"), ZEL_NO_MAILBOX);
+        EXPECT_EQ(testing::internal::GetCapturedStderr(), "zel: no mailbox: " + reason + "\n");
+    };
+    const std::string folder = meetingFolder();
+    const std::string foreign = folder + " is not a folder of this user alone. Set XDG_RUNTIME_DIR to one that is.";
+    fs::create_directory(folder);
+    fs::permissions(folder, fs::perms(0750));
+    expectNone(foreign);
+    if (::geteuid() == 0) { // only root can give a folder away
+        fs::permissions(folder, fs::perms::owner_all);
+        ASSERT_EQ(::chown(folder.c_str(), otherUser, otherUser), 0);
+        expectNone(foreign);
+    }
+    fs::rename(folder, m_folder.path() / "elsewhere");
+    fs::create_directory_symlink(m_folder.path() / "elsewhere", folder);
+    expectNone(foreign);
+    fs::remove(folder);
+    ::close(::creat(folder.c_str(), 0600));
+    expectNone(foreign);
+    ::setenv("XDG_RUNTIME_DIR", (m_folder.path() / "absent").c_str(), 1);
+    expectNone((m_folder.path() / "absent" / meetingFolder().filename()).string() + ": No such file or directory");
+    ::setenv("XDG_RUNTIME_DIR", "/proc", 1); // nobody can make a folder there
+    expectNone("/proc/" + meetingFolder().filename().string() + ": No such file or directory");
+}
+
+TEST_F(ZelStandinUnderAttack, KeepsOtherUsersOut)
 {
     if (::geteuid() != 0) {
         GTEST_SKIP() << "only root can become another user";
     }
-    std::array<int, 2> toTest = {};
-    std::array<int, 2> toProgram = {};
-    ASSERT_EQ(::pipe(toTest.data()), 0);
-    ASSERT_EQ(::pipe(toProgram.data()), 0);
-    const pid_t killed = ::fork();
-    if (killed == 0) {
-        const std::uint32_t id = create("own");
-        _exit(::write(toTest[1], &id, sizeof id) == static_cast<ssize_t>(sizeof id) ? 0 : 1); // runs no destructor
-    }
-    std::uint32_t id = 0;
-    ASSERT_EQ(::read(toTest[0], &id, sizeof id), static_cast<ssize_t>(sizeof id));
-    ::waitpid(killed, nullptr, 0);
-    const pid_t program = ::fork();
-    if (program == 0) {
-        sockaddr_un address = {};
-        address.sun_family = AF_UNIX;
-        const int length = std::snprintf(&address.sun_path[1], sizeof address.sun_path - 1, "zel-id-%x", id);
-        const auto* const generic = static_cast<const sockaddr*>(static_cast<const void*>(&address));
-        const int claim = ::socket(AF_UNIX, SOCK_STREAM, 0);
-        const int result =
-            ::setuid(otherUser) == 0
-                ? ::bind(claim, generic,
-                         static_cast<socklen_t>(offsetof(sockaddr_un, sun_path) + 1 + static_cast<std::size_t>(length)))
-                : -1;
-        char end = '\0';
-        const bool isTold = ::write(toTest[1], &result, sizeof result) == static_cast<ssize_t>(sizeof result);
-        _exit(isTold && ::read(toProgram[0], &end, 1) == 1 ? 0 : 1);
-    }
-    int result = -1;
-    ASSERT_EQ(::read(toTest[0], &result, sizeof result), static_cast<ssize_t>(sizeof result));
-    EXPECT_EQ(result, 0); // it has the id now
-    onThread([] { EXPECT_NE(create("own"), noMailbox); });
-    EXPECT_EQ(::write(toProgram[1], "", 1), 1);
-    ::waitpid(program, nullptr, 0);
-    for (const int end : {toTest[0], toTest[1], toProgram[0], toProgram[1]}) {
-        ::close(end);
-    }
+    const std::uint32_t own = create("own");
+    const fs::path folder = meetingFolder();
+    const fs::path socket = sockets().front();
+    EXPECT_EQ(fs::status(folder).permissions(), fs::perms::owner_all);
+    fs::permissions(m_folder.path(), fs::perms::all);
+    const auto tryAsOtherUser = [&](const std::function<bool()>& isIn) {
+        return Peer([&](const Peer&) { _exit(::setuid(otherUser) == 0 && isIn() ? 1 : 0); }).finish();
+    };
+    EXPECT_EQ(tryAsOtherUser([&] { return ::access(folder.c_str(), R_OK) == 0; }), 0);
+    EXPECT_EQ(tryAsOtherUser([&] { return ::access(socket.c_str(), F_OK) == 0; }), 0);
+    fs::permissions(folder, fs::perms::all); // by an administrator's mistake
+    fs::permissions(socket, fs::perms::all);
+    EXPECT_EQ(tryAsOtherUser([&] {
+                  const int connection = connectTo(socket);
+                  std::array<std::uint32_t, 9> message = {4, 0, 1};
+                  send(connection, message.data(), sizeof message);
+                  return true; // it is let in, but in vain
+              }),
+              1);
+    expectNothing();
+    fs::permissions(folder, fs::perms::owner_all);
+    expectToBeReached(own);
 }
 
 } // namespace

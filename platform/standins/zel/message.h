@@ -1,49 +1,187 @@
-/// Messages in memory: the sender's and receiver's bytes, with what the stand-in knows about them in front.
+/// Messages in memory, and how they travel.
+///
+/// A datagram is a message's head and bytes. The datagram of a long message holds its first bytes, so that the kernel
+/// counts it as large and lets its sender wait. The other bytes are in a sealed memory file, whose descriptor goes with
+/// it. The kernel drops a descriptor for which the receiver has no room. So a head alone announces a long message, and
+/// while one is announced the receiver takes a datagram only after a look has shown that all of it is here.
 #ifndef ZEL_STANDIN_MESSAGE_H
 #define ZEL_STANDIN_MESSAGE_H
 
+#include <cerrno>
 #include <cstddef>
-#include <cstdint>
+#include <cstdlib>
+#include <cstring>
 #include <memory>
+#include <utility>
 
+#include <fcntl.h>
+#include <sys/mman.h>
+#include <sys/socket.h>
+#include <unistd.h>
 #include <zel.h>
 
 namespace Zel {
 
-constexpr std::uint32_t noMailbox = 0xFFFFFFFFU;
-constexpr std::size_t smallestMessage = sizeof(std::uint32_t);
-constexpr std::size_t largestMessage = std::size_t{64} << 20U;
+/// A file descriptor with one owner, which closes it.
+class Fd
+{
+public:
+    explicit Fd(int fd = -1) : m_fd(fd) {}
+    Fd(Fd&& other) noexcept : m_fd(std::exchange(other.m_fd, -1)) {}
+    Fd& operator=(Fd&& other) noexcept { return std::swap(m_fd, other.m_fd), *this; }
+    ~Fd() { m_fd < 0 ? 0 : ::close(m_fd); }
+    int get() const { return m_fd; }
+    explicit operator bool() const { return m_fd >= 0; }
+
+private:
+    int m_fd;
+};
+
+/// Stands in front of a message's bytes, keeps them aligned for any type, and travels with them.
+struct alignas(std::max_align_t) Head
+{
+    std::uint64_t size = 0;
+    std::uint32_t sender = ZEL_NO_MAILBOX;
+    std::int32_t process = 0; // the receiver enters what the kernel says
+    char program[16] = {};    // as the sender calls itself; ends in NUL
+};
 
 struct FreeMessage
 {
-    void operator()(zel_msg* message) const;
+    void operator()(Head* message) const { std::free(message); }
 };
-using Message = std::unique_ptr<zel_msg, FreeMessage>;
+using Message = std::unique_ptr<Head, FreeMessage>;
 
-/// Returns  a message with room for `size` bytes, none of them set; empty if there is no memory.
-Message allocateMessage(std::size_t size);
+constexpr std::size_t smallestMessage = sizeof(std::uint32_t);
+constexpr std::size_t largestMessage = std::size_t{64} << 20U;
+constexpr std::size_t largestDatagram = 200000;
+constexpr int seals = F_SEAL_SHRINK | F_SEAL_GROW | F_SEAL_WRITE;
 
-/// Changes the size of a message and keeps its bytes.
-///
-/// Returns  false if there is no memory; the message is then as it was.
-bool resizeMessage(Message& message, std::size_t size);
-
-unsigned char* bytesOf(zel_msg* message);
-std::size_t sizeOf(const zel_msg* message);
-/// Returns  what a message that waits takes of the memory, with all that it takes beside its bytes.
-std::size_t memoryOf(const zel_msg* message);
-std::uint32_t numberOf(const zel_msg* message);
-std::uint32_t senderOf(const zel_msg* message);
-void setSender(zel_msg* message, std::uint32_t sender);
-
-/// The process that sent a message.
-struct Origin
+/// A datagram for sendmsg() and recvmsg(): one block of bytes, who sent it, and a descriptor.
+struct Datagram
 {
-    int process = 0;
-    char program[16] = {}; // with its NUL
+    Datagram(void* bytes, std::size_t size) : part{bytes, size}
+    {
+        header.msg_iov = &part;
+        header.msg_iovlen = 1;
+        header.msg_control = ancillary;
+    }
+
+    iovec part;
+    msghdr header = {};
+    alignas(cmsghdr) char ancillary[CMSG_SPACE(sizeof(ucred)) + CMSG_SPACE(sizeof(int))] = {};
 };
-const Origin& originOf(const zel_msg* message);
-void setOrigin(zel_msg* message, const Origin& origin);
+
+/// Sends a block of bytes, and a descriptor if there is one. Returns 0 or an errno.
+inline int sendDatagram(int connection, char* bytes, std::size_t size, int file)
+{
+    Datagram datagram(bytes, size);
+    if (file >= 0) {
+        datagram.header.msg_controllen = CMSG_SPACE(sizeof file);
+        *CMSG_FIRSTHDR(&datagram.header) = {CMSG_LEN(sizeof file), SOL_SOCKET, SCM_RIGHTS};
+        std::memcpy(CMSG_DATA(CMSG_FIRSTHDR(&datagram.header)), &file, sizeof file);
+    }
+    while (::sendmsg(connection, &datagram.header, MSG_NOSIGNAL) < 0) {
+        if (errno != EINTR) {
+            return errno;
+        }
+    }
+    return 0;
+}
+
+/// Returns  a message with room for `size` bytes, none of them set; empty for a wrong size or want of memory.
+inline Message allocateMessage(std::size_t size)
+{
+    const bool isSize = size >= smallestMessage && size <= largestMessage;
+    void* const memory = isSize ? std::malloc(sizeof(Head) + size) : nullptr;
+    return Message(memory == nullptr ? nullptr : new (memory) Head{size});
+}
+
+/// Returns  whether an errno tells of what passes: there will be descriptors or memory again.
+inline bool isShortage(int error)
+{
+    return error == EMFILE || error == ENFILE || error == ENOMEM || error == ENOBUFS || error == ETOOMANYREFS;
+}
+
+/// Sends a message, and waits while the receiver has too many. Returns 0 or an errno.
+inline int sendMessage(int connection, const Head& message)
+{
+    auto* const bytes = reinterpret_cast<char*>(const_cast<Head*>(&message));
+    const std::size_t size = sizeof message + message.size;
+    if (size <= largestDatagram) {
+        return sendDatagram(connection, bytes, size, -1);
+    }
+    const std::size_t rest = size - largestDatagram;
+    const Fd file(::memfd_create("zel", MFD_CLOEXEC | MFD_ALLOW_SEALING));
+    if (!file || ::write(file.get(), bytes + largestDatagram, rest) != static_cast<ssize_t>(rest) ||
+        ::fcntl(file.get(), F_ADD_SEALS, seals) != 0) {
+        return isShortage(errno) ? errno : ENOMEM;
+    }
+    const int error = sendDatagram(connection, bytes, sizeof message, -1);
+    return error != 0 ? error : sendDatagram(connection, bytes, largestDatagram, file.get());
+}
+
+/// What a receiver of messages keeps from one to the next: room for a datagram, and how many long ones are announced.
+struct Inbox
+{
+    Message room;
+    unsigned int announced = 0;
+};
+
+/// Takes the next datagram out of a socket; `message` stays empty if that isn't one from a process of this user.
+///
+/// Returns  0, or an errno: EAGAIN if there is none; another if it can't be taken now, and stays in the socket.
+inline int receiveMessage(int socket, Inbox& inbox, Message& message, bool mayWait)
+{
+    if (inbox.room == nullptr && (inbox.room = allocateMessage(largestDatagram - sizeof(Head))) == nullptr) {
+        return ENOMEM;
+    }
+    Datagram datagram(inbox.room.get(), largestDatagram);
+    datagram.header.msg_controllen = sizeof datagram.ancillary;
+    const bool isLook = inbox.announced > 0;
+    const int flags = MSG_CMSG_CLOEXEC | (mayWait ? 0 : MSG_DONTWAIT) | (isLook ? MSG_PEEK : 0);
+    const ssize_t length = ::recvmsg(socket, &datagram.header, flags);
+    if (length < 0) {
+        return errno;
+    }
+    ucred from = {0, static_cast<uid_t>(-1), 0};
+    int descriptor = -1;
+    for (auto* part = CMSG_FIRSTHDR(&datagram.header); part != nullptr; part = CMSG_NXTHDR(&datagram.header, part)) {
+        part->cmsg_type == SCM_RIGHTS ? std::memcpy(&descriptor, CMSG_DATA(part), sizeof descriptor)
+                                      : std::memcpy(&from, CMSG_DATA(part), sizeof from);
+    }
+    const Fd file(descriptor);
+    const bool isHead = length >= static_cast<ssize_t>(sizeof(Head)) && from.uid == ::geteuid() &&
+                        inbox.room->size >= smallestMessage && inbox.room->size <= largestMessage;
+    const std::size_t missing = isHead ? sizeof(Head) + inbox.room->size - static_cast<std::size_t>(length) : 0;
+    const bool isLong = isHead && length == largestDatagram && missing > 0;
+    Message taken = isLong || (isHead && missing == 0) ? allocateMessage(inbox.room->size) : Message();
+    if (isLong && (taken == nullptr || (datagram.header.msg_flags & MSG_CTRUNC) != 0)) {
+        return taken == nullptr ? ENOMEM : EMFILE;
+    }
+    if (taken != nullptr) {
+        std::memcpy(taken.get(), inbox.room.get(), static_cast<std::size_t>(length));
+    } else if (isHead && missing == 0) {
+        taken = std::move(inbox.room); // it has more room than it needs, but isn't lost
+    }
+    // A file that isn't sealed may be any file, and reading it may block.
+    if (missing > 0 && taken != nullptr &&
+        (::fcntl(descriptor, F_GET_SEALS) != seals || ::pread(descriptor, reinterpret_cast<char*>(taken.get()) + length,
+                                                              missing, 0) != static_cast<ssize_t>(missing))) {
+        taken.reset();
+    }
+    if (taken != nullptr) {
+        taken->process = from.pid;
+        taken->program[sizeof taken->program - 1] = '\0';
+    }
+    message = std::move(taken);
+    if (isLook) {
+        ::recv(socket, nullptr, 0, MSG_DONTWAIT);
+        inbox.announced -= isLong ? 1 : 0;
+    }
+    inbox.announced += isHead && length == sizeof(Head) ? 1 : 0;
+    return 0;
+}
 
 } // namespace Zel
 

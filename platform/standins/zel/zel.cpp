@@ -1,98 +1,220 @@
-/// Stand-in for the unit's messaging library, libzel.so.1. Its contract is in zel.h, its additions in zelStandin.h.
-#include <zel.h>
+/// Stand-in for the unit's messaging library, libzel.so.1: the mailboxes of threads, and the calls on them. The
+/// contract of these is in zel.h, the additions in zelStandin.h.
+///
+/// A mailbox is a datagram socket. The kernel keeps what arrives until the thread asks for it: each message whole or
+/// not at all, those of one sender in their order, while the senders of a full mailbox wait.
+#include <deque>
+#include <list>
 
-#include <cstring>
-#include <exception>
-#include <memory>
-#include <utility>
+#include <poll.h>
+#include <pthread.h>
 
-#include "mailbox.h"
-#include "message.h"
+#include "folder.h"
 #include "zelStandin.h"
 
 namespace {
 
-using Zel::Message;
+using namespace Zel;
+using std::chrono::milliseconds;
 
-constexpr std::uint32_t ownMailbox = 0xFFF00000U;
+constexpr std::size_t mostKeptBytes = std::size_t{64} << 20U;
+constexpr std::size_t overhead = sizeof(Head) + 32; // of a message that is kept
+constexpr milliseconds lookInterval{50};            // while a name, memory or a descriptor is waited for
+
+bool matches(const Head& message, const std::uint32_t* numbers, std::uint32_t from)
+{
+    std::uint32_t number = 0;
+    std::memcpy(&number, &message + 1, sizeof number);
+    const std::uint32_t* const end = numbers == nullptr ? nullptr : numbers + 1 + *numbers;
+    const bool isWanted = numbers == nullptr || *numbers == 0 || std::find(numbers + 1, end, number) != end;
+    return isWanted && (from == ZEL_ANY_SENDER || from == message.sender);
+}
+
+class Mailbox
+{
+public:
+    explicit Mailbox(const std::string& name)
+    {
+        const int on = 1;
+        ::setsockopt(m_socket.get(), SOL_SOCKET, SO_PASSCRED, &on, sizeof on);
+        m_name = enterFolder(m_folder, m_socket, name);
+        m_id = idOf(m_name);
+    }
+    Mailbox(const Mailbox&) = delete;
+    Mailbox& operator=(const Mailbox&) = delete;
+    ~Mailbox() { m_process == ::getpid() ? close() : void(); } // a child made by fork() leaves it to its parent
+
+    std::uint32_t id() const { return m_id; }
+
+    void close()
+    {
+        m_isClosed = true;
+        ::unlinkat(m_folder.get(), m_name.c_str(), 0);
+        ::shutdown(m_socket.get(), SHUT_RD); // a child made by fork() may have the socket, too
+    }
+
+    void locate(const char* name, Message reply) { m_requests.emplace_back(name, std::move(reply)); }
+
+    Message receive(const std::uint32_t* numbers, std::uint32_t timeoutMs, std::uint32_t from)
+    {
+        const auto deadline = std::chrono::steady_clock::now() + milliseconds(timeoutMs == UINT32_MAX ? INT64_C(1) << 40 : timeoutMs);
+        for (std::size_t looked = 0;;) {
+            answerRequests();
+            for (; looked < m_kept.size(); ++looked) {
+                if (matches(*m_kept[looked], numbers, from)) {
+                    Message message = std::move(m_kept[looked]);
+                    m_kept.erase(m_kept.begin() + static_cast<std::ptrdiff_t>(looked));
+                    m_keptBytes -= message->size + overhead;
+                    return message;
+                }
+            }
+            const auto left = std::chrono::ceil<milliseconds>(deadline - std::chrono::steady_clock::now());
+            const auto look = std::clamp(left, milliseconds(0), lookInterval);
+            const int error = takeIn(m_isClosed ? milliseconds(0) : m_requests.empty() ? left : look);
+            isShortage(error) ? ::poll(nullptr, 0, static_cast<int>(look.count())) : 0;
+            if (error != 0 && (std::chrono::steady_clock::now() >= deadline || (m_isClosed && !isShortage(error)))) {
+                return {};
+            }
+        }
+    }
+
+    void send(Message message, std::uint32_t to)
+    {
+        message->sender = m_id;
+        std::strncpy(message->program, program_invocation_short_name, sizeof message->program - 1);
+        if (to == m_id) {
+            keep(std::move(message));
+        }
+        while (message != nullptr && isShortage(trySend(*message, to))) {
+            ::poll(nullptr, 0, static_cast<int>(lookInterval.count()));
+        }
+    }
+
+private:
+    void answerRequests()
+    try {
+        const Fd folder = m_requests.empty() ? Fd() : openFolder();
+        for (auto& [name, reply] : m_requests) {
+            if (connectToFirst(folder, socketsIn(folder, name, 0), reply->sender)) {
+                keep(std::move(reply));
+            }
+        }
+        m_requests.remove_if([](const auto& request) { return request.second == nullptr; });
+    } catch (const std::runtime_error&) {
+        // Without the folder nobody is found.
+    }
+
+    void keep(Message message)
+    {
+        m_keptBytes += message->size + overhead;
+        m_kept.push_back(std::move(message));
+    }
+
+    int takeIn(milliseconds time)
+    {
+        if (time.count() > 0 && time != m_timeout) {
+            m_timeout = time;
+            const timeval value = {time.count() / 1000, time.count() % 1000 * 1000};
+            ::setsockopt(m_socket.get(), SOL_SOCKET, SO_RCVTIMEO, &value, sizeof value);
+        }
+        Message message;
+        const bool hasRoom = m_keptBytes < mostKeptBytes;
+        const int error = hasRoom ? receiveMessage(m_socket.get(), m_inbox, message, time.count() > 0) : ENOMEM;
+        message != nullptr ? keep(std::move(message)) : void();
+        return error;
+    }
+
+    int trySend(const Head& message, std::uint32_t to)
+    try {
+        if (m_connectedTo != to) {
+            const Fd folder = openFolder();
+            m_connectedTo = ZEL_NO_MAILBOX;
+            m_connection = connectToFirst(folder, socketsIn(folder, "", to), m_connectedTo);
+        }
+        return m_connection ? sendMessage(m_connection.get(), message) : errno;
+    } catch (const std::system_error& error) {
+        return error.code().value();
+    }
+
+    const pid_t m_process = ::getpid();
+    const Fd m_socket{::socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0)};
+    const Fd m_folder = openFolder();
+    std::string m_name; // of the socket, in the folder
+    std::uint32_t m_id = ZEL_NO_MAILBOX;
+    bool m_isClosed = false;
+    milliseconds m_timeout{0}; // of the socket
+    Inbox m_inbox;
+    std::deque<Message> m_kept; // arrived, and not received yet
+    std::size_t m_keptBytes = 0;
+    std::list<std::pair<std::string, Message>> m_requests; // for mailboxes that aren't there yet
+    Fd m_connection;                                       // to the mailbox that was sent to last
+    std::uint32_t m_connectedTo = ZEL_NO_MAILBOX;
+};
 
 // Of the thread's life, and nothing of the process's: a thread may still wait in here while the process ends.
-thread_local std::unique_ptr<Zel::Mailbox> t_mailbox;
+thread_local std::unique_ptr<Mailbox> t_mailbox;
 
-/// Returns  the calling thread's mailbox; null if it has none.
-Zel::Mailbox* mailbox()
+const Head& headOf(const zel_msg* message)
 {
-    if (t_mailbox != nullptr && t_mailbox->isInherited()) {
-        t_mailbox.reset();
-    }
-    return t_mailbox.get();
+    static const Head none;
+    return message == nullptr ? none : static_cast<const Head*>(static_cast<const void*>(message))[-1];
 }
 
 Message takeOver(zel_msg** message)
 {
-    return message == nullptr ? Message() : Message(std::exchange(*message, nullptr));
+    zel_msg* const taken = message == nullptr ? nullptr : std::exchange(*message, nullptr);
+    return Message(taken == nullptr ? nullptr : const_cast<Head*>(&headOf(taken)));
 }
 
-/// The callers are not prepared for exceptions; a call for which there is no memory has failed.
-template <typename Action>
-void withoutExceptions(const Action& action)
+zel_msg* handOver(Message message)
 {
-    try {
-        action();
-    } catch (const std::exception&) {
-    }
+    return message == nullptr ? nullptr : static_cast<zel_msg*>(static_cast<void*>(message.release() + 1));
 }
 
 } // namespace
 
+// The callers are not prepared for exceptions: a call for which there is no memory has failed.
+
 std::uint32_t __zel_create_mailbox(const char* name, std::uint32_t flags, const char* /*file*/, int /*line*/)
-{
-    std::uint32_t id = Zel::noMailbox;
-    withoutExceptions([&] {
-        if (name == nullptr || flags != 0 || mailbox() != nullptr) {
-            return;
-        }
-        t_mailbox = Zel::Mailbox::create(name);
-        if (t_mailbox != nullptr) {
-            id = t_mailbox->id();
-        }
-    });
-    return id;
+try {
+    const std::string_view chosen = name != nullptr ? name : "";
+    if (chosen.empty() || chosen.size() > 60 || chosen.find('/') != chosen.npos || flags != 0 || t_mailbox != nullptr) {
+        throw std::runtime_error("a thread has one, with a name of 1 to 60 bytes without a slash, and flags 0");
+    }
+    [[maybe_unused]] static const int isRegistered = ::pthread_atfork(nullptr, nullptr, [] { t_mailbox.reset(); });
+    t_mailbox = std::make_unique<Mailbox>(name);
+    return t_mailbox->id();
+} catch (const std::exception& error) {
+    static_cast<void>(std::fprintf(stderr, "zel: no mailbox: %s\n", error.what()));
+    return ZEL_NO_MAILBOX;
 }
 
 zel_msg* __zel_alloc(std::size_t size, std::uint32_t msgNo, const char* /*file*/, int /*line*/)
 {
-    if (size < Zel::smallestMessage || size > Zel::largestMessage) {
-        return nullptr;
-    }
-    Message message = Zel::allocateMessage(size);
-    if (message != nullptr) {
-        std::memcpy(message.get(), &msgNo, sizeof msgNo);
-    }
-    return message.release();
+    zel_msg* const message = handOver(allocateMessage(size));
+    return message == nullptr ? nullptr : static_cast<zel_msg*>(std::memcpy(message, &msgNo, sizeof msgNo));
 }
 
 void __zel_locate_async(const char* name, zel_msg** reply, std::uint32_t from, const char* /*file*/, int /*line*/)
-{
+try {
     Message message = takeOver(reply);
-    if (name != nullptr && message != nullptr && from == ownMailbox && mailbox() != nullptr) {
-        withoutExceptions([&] { t_mailbox->locate(name, std::move(message)); });
+    if (name != nullptr && message != nullptr && from == ZEL_OWN_MAILBOX && t_mailbox != nullptr) {
+        t_mailbox->locate(name, std::move(message));
     }
+} catch (const std::exception&) {
 }
 
 zel_msg* __zel_receive(const std::uint32_t* filter, std::uint32_t timeoutMs, std::uint32_t from, const char* /*file*/,
                        int /*line*/)
-{
-    Message message;
-    if (mailbox() != nullptr) {
-        withoutExceptions([&] { message = t_mailbox->receive({filter, from}, timeoutMs); });
-    }
-    return message.release();
+try {
+    return t_mailbox == nullptr ? nullptr : handOver(t_mailbox->receive(filter, timeoutMs, from));
+} catch (const std::exception&) {
+    return nullptr;
 }
 
 std::uint32_t __zel_sender(const zel_msg* msg, const char* /*file*/, int /*line*/)
 {
-    return msg == nullptr ? Zel::noMailbox : Zel::senderOf(msg);
+    return headOf(msg).sender;
 }
 
 void __zel_free(zel_msg** msg, const char* /*file*/, int /*line*/)
@@ -101,31 +223,30 @@ void __zel_free(zel_msg** msg, const char* /*file*/, int /*line*/)
 }
 
 void __zel_send(zel_msg** msg, std::uint32_t to, std::uint32_t from, const char* /*file*/, int /*line*/)
-{
+try {
     Message message = takeOver(msg);
-    if (message != nullptr && from == ownMailbox && mailbox() != nullptr) {
-        withoutExceptions([&] { t_mailbox->send(std::move(message), to); });
+    if (message != nullptr && from == ZEL_OWN_MAILBOX && t_mailbox != nullptr) {
+        t_mailbox->send(std::move(message), to);
     }
+} catch (const std::exception&) {
 }
 
 std::size_t zel_standin_size(const zel_msg* msg)
 {
-    return msg == nullptr ? 0 : Zel::sizeOf(msg);
+    return headOf(msg).size;
 }
 
 int zel_standin_process(const zel_msg* msg)
 {
-    return msg == nullptr ? 0 : Zel::originOf(msg).process;
+    return headOf(msg).process;
 }
 
 const char* zel_standin_program(const zel_msg* msg)
 {
-    return msg == nullptr ? "" : Zel::originOf(msg).program;
+    return headOf(msg).program;
 }
 
 void zel_standin_close_mailbox()
 {
-    if (mailbox() != nullptr) {
-        withoutExceptions([] { t_mailbox->close(); });
-    }
+    t_mailbox != nullptr ? t_mailbox->close() : void();
 }
