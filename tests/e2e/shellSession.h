@@ -45,6 +45,9 @@ public:
     /// Returns  its exit status, or minus the number of the signal that killed it.
     int waitForEnd();
 
+    /// Returns  the id of the shell's process.
+    pid_t pid() const { return m_pid; }
+
     /// Return  everything that was read from the shell so far.
     const std::string& out() const { return m_out; }
     const std::string& err() const { return m_err; }

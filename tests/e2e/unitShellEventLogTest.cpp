@@ -16,7 +16,10 @@ namespace {
 using Corvane::Testing::Companion;
 using Corvane::Testing::runShell;
 using Corvane::Testing::RuntimeFolder;
+using Corvane::Testing::ShellSession;
+using Corvane::Testing::Stdin;
 using testing::ElementsAre;
+using testing::UnorderedElementsAre;
 
 class UnitShellEventLog : public testing::Test
 {
@@ -31,14 +34,16 @@ protected:
         EXPECT_EQ(shell.err, "");
     }
 
-    /// Returns  the lines that the engine has printed, without time, number and writer.
-    std::vector<std::string> received()
+    /// Ends the engine.
+    ///
+    /// Returns  the lines that it has printed, each from `start` on.
+    std::vector<std::string> received(const std::string& start = "event ")
     {
         kill(m_engine.pid(), SIGTERM);
         std::vector<std::string> entries;
         for (std::string line; !(line = m_engine.readLine()).empty();) {
-            const std::size_t event = line.find(" event ");
-            entries.push_back(event == std::string::npos ? line : line.substr(event + 1));
+            const std::size_t begin = line.find(start);
+            entries.push_back(begin == std::string::npos ? line : line.substr(begin));
         }
         EXPECT_EQ(m_engine.finish(), 0);
         return entries;
@@ -103,6 +108,26 @@ TEST_F(UnitShellEventLog, TakesTypedEntriesWithUpToFourParameters)
     EXPECT_THAT(received(),
                 ElementsAre(R"(event 0 [] "")", R"(event 1 [4294967295] "one")", R"(event 2 [1,2] "two words")",
                             R"(event 3 [1,2,3] "three\u0009A\\")", R"(event 4294967295 [0,0,0,4] "four")"));
+}
+
+TEST_F(UnitShellEventLog, TakesTheEntriesOfTwoShellsAtOnce)
+{
+    ShellSession first(Stdin::pipe, {});
+    ShellSession second(Stdin::pipe, {});
+    const auto log = [](ShellSession& shell, const std::string& entry) {
+        shell.type("elog " + entry + "\nshow carrier 1\n");
+        shell.waitFor("carrier 1: ");
+        return "unitShell[" + std::to_string(shell.pid()) + "] event ";
+    };
+    const std::string ofFirst = log(first, "1 text 2 3");
+    const std::string ofSecond = log(second, "11 text 5");
+    log(first, "2 text");
+    for (ShellSession* const shell : {&first, &second}) { // both wait until their entries are sent
+        shell->endInput();
+        EXPECT_EQ(shell->waitForEnd(), 0);
+    }
+    EXPECT_THAT(received("unitShell["), UnorderedElementsAre(ofFirst + "1 [2,3] \"text\"", ofFirst + "2 [] \"text\"",
+                                                             ofSecond + "11 [5] \"text\""));
 }
 
 TEST_F(UnitShellEventLog, RefusesAnEntryWithMoreParameters)
