@@ -27,8 +27,8 @@
 extern "C" {
 #endif
 
-/// What stands in the place of a mailbox id: no mailbox, or a failure; the calling thread's own mailbox, as the sender of
-/// a call; any sender, where a receive asks for one.
+/// What stands in the place of a mailbox id: no mailbox, or a failure; the calling thread's own mailbox, as the sender
+/// of a call; any sender, where a receive asks for one.
 static const uint32_t ZEL_NO_MAILBOX = 0xFFFFFFFFU;
 static const uint32_t ZEL_OWN_MAILBOX = 0xFFF00000U;
 static const uint32_t ZEL_ANY_SENDER = 0xFFF11111U;
@@ -36,8 +36,8 @@ static const uint32_t ZEL_ANY_SENDER = 0xFFF11111U;
 /// A message. Its bytes are reached through a cast; the block is aligned for any type.
 union zel_msg;
 
-/// Creates the calling thread's mailbox. Any number of mailboxes may have one name. A mailbox ends with its thread at the
-/// latest, however the thread or its process ends.
+/// Creates the calling thread's mailbox. Any number of mailboxes may have one name. A mailbox ends with its thread at
+/// the latest, however the thread or its process ends.
 ///
 /// Stand-in  `flags` must be 0. A name has 1 to 60 bytes and no slash. Standard error says why there is no mailbox.
 /// Returns   the id: unique among the living mailboxes that can reach each other, never 0, below 0xFFF00000.
@@ -61,12 +61,13 @@ union zel_msg* __zel_alloc(size_t size, uint32_t msgNo, const char* file, int li
 void __zel_locate_async(const char* name, union zel_msg** reply, uint32_t from, const char* file, int line);
 
 /// Takes the first message that matches out of the calling thread's mailbox; waits for one up to the time-out. Messages
-/// that don't match stay, in their order. Messages of one sender are received in the order in which they were sent, each
-/// whole or not at all.
+/// that don't match stay, in their order. Messages of one sender are received in the order in which they were sent,
+/// each whole or not at all.
 ///
 /// Stand-in  null for `filter`, or a count of 0, matches every message number; a time-out of 0xFFFFFFFF waits for ever.
 ///           While 64 MiB of messages wait that no receive wanted, no others are looked at. Signals don't end the wait.
-/// Requires  `filter` is an array of words: a count, then as many message numbers. `from` is ZEL_ANY_SENDER or the id of
+/// Requires  `filter` is an array of words: a count, then as many message numbers. `from` is ZEL_ANY_SENDER or the id
+/// of
 ///           the one sender wanted.
 /// Returns   the message; null when the time is up. Without a mailbox of the calling thread, null at once.
 /// Owns      the caller.

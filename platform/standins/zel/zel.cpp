@@ -57,7 +57,8 @@ public:
 
     Message receive(const std::uint32_t* numbers, std::uint32_t timeoutMs, std::uint32_t from)
     {
-        const auto deadline = std::chrono::steady_clock::now() + milliseconds(timeoutMs == UINT32_MAX ? INT64_C(1) << 40 : timeoutMs);
+        const auto deadline =
+            std::chrono::steady_clock::now() + milliseconds(timeoutMs == UINT32_MAX ? INT64_C(1) << 40 : timeoutMs);
         for (std::size_t looked = 0;;) {
             answerRequests();
             for (; looked < m_kept.size(); ++looked) {
