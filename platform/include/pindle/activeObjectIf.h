@@ -1,10 +1,10 @@
 /// Interface of the framework library, libpindle.so.0, as far as libcorvane uses it: the active object.
 ///
 /// An active object is a thread that first runs an initial job and then the jobs that are posted to it, one at a time
-/// and in the order of posting. What only its jobs touch needs no lock.
+/// and in the order of posting. Data that only its jobs use need no lock.
 ///
-/// The library belongs to the unit. Where the stand-in that is built here had to choose something that the unit's
-/// library may do differently, the choice is marked "Stand-in".
+/// The library belongs to the unit. "Stand-in" marks what the stand-in that is built here chose and the unit's library
+/// may do differently.
 #ifndef PINDLE_ACTIVEOBJECTIF_H
 #define PINDLE_ACTIVEOBJECTIF_H
 
@@ -15,7 +15,7 @@ namespace Pindle::ActiveObject::V1 {
 
 /// How the thread of an active object is scheduled.
 ///
-/// Stand-in  the type is an enumeration, and the only value means: as the thread that creates the object.
+/// Stand-in  the type is an enumeration. Its only value means: like the thread that creates the object.
 enum class SchedulingPolicy : unsigned int
 {
     Inherited = 0
@@ -26,23 +26,25 @@ class ActiveObjectIf
 {
 public:
     /// Queues a job. Returns at once: it waits neither for a running job nor for a long queue. What a job throws ends
-    /// the process, as an exception does that leaves any thread.
+    /// the process, as an exception does that leaves any thread. A job that is posted after the release has begun is
+    /// dropped.
     ///
     /// Stand-in  a child made by fork() has none of its parent's threads: there the job is dropped.
     /// Requires  `job` is not empty.
-    /// Errors    std::bad_alloc.
+    /// Errors    std::bad_alloc; the job is then not queued.
     /// Owns      the job, until it has run.
     virtual void post(std::function<void()> job) = 0;
 
     /// Releasing the last owner ends the active object: the jobs that are queued still run, the thread ends, and only
-    /// then does the release return. If the initial job is blocked, the queued jobs are dropped and the thread is left
-    /// where it is. A job may release the last owner; the release then returns at once, and the rest follows.
+    /// then does the release return. If the initial job is blocked, the queued jobs are dropped and the release returns
+    /// at once; the thread stays blocked where it is. A job may release the last owner: the release then returns at
+    /// once, and the queued jobs run after that job.
     ///
-    /// Stand-in  the initial job is blocked when its thread is found asleep for some 10 ms. Otherwise the release waits
-    ///           for as long as jobs end, however many there are and however slow they are together: it has no time
-    ///           limit but this one, that when no job has ended for 5 s it gives up. The jobs that are queued then are
-    ///           dropped, and the one that runs is left where it is: at the end of the process it ends with that, half
-    ///           done. A thread that is left alone runs no further job.
+    /// Stand-in  the initial job counts as blocked when its thread has been found asleep for some 10 ms. The release
+    ///           has one time limit: it gives up when no job has ended for 5 s. Otherwise it waits for all queued jobs,
+    ///           however many there are and however slow they are. After giving up, it drops the queued jobs and leaves
+    ///           the running one alone; if the process ends then, that job ends half done. The thread runs no job after
+    ///           it.
     ///
     ///           In a child made by fork() the release returns at once, and no job runs.
     virtual ~ActiveObjectIf();

@@ -4,112 +4,50 @@
 #include <atomic>
 #include <chrono>
 #include <condition_variable>
-#include <cstdint>
 #include <deque>
 #include <fstream>
 #include <mutex>
+#include <new>
 #include <string>
 #include <thread>
 #include <utility>
 
 #include <pthread.h>
-#include <sys/types.h>
 #include <unistd.h>
 
 namespace Pindle::ActiveObject::V1 {
 
 namespace {
 
+using Clock = std::chrono::steady_clock;
 using Job = std::function<void()>;
 
-constexpr std::chrono::milliseconds lookInterval{1};
-constexpr int looksThatFindItBlocked = 10;
+constexpr int looksThatFindItBlocked = 10; // one a millisecond
 constexpr std::chrono::seconds longestJobAtTheEnd{5};
 
-/// What an active object and its thread share. The thread keeps it alive for itself, so that it may be left alone.
-struct Shared
-{
-    std::mutex mutex;
-    std::condition_variable changed; // any of the members below
-    Job initialJob;                  // the thread's own once it runs
-    std::deque<Job> jobs;
-    std::uint64_t endedJobs = 0; // the initial one is the first
-    pid_t threadId = 0;          // 0 until the thread runs
-    bool isReleased = false;     // no job comes any more
-    bool isLeftAlone = false;    // nobody waits any more
-    bool isOver = false;         // the thread has run its last job
-    std::thread thread;          // the owner's
-};
+/// Another number in a child made by fork(): tells without a system call that an object was inherited.
+std::atomic<unsigned int> forkCount{0};
 
-/// Returns  whether the kernel says that the thread sleeps. What can't be seen isn't waited for.
+/// Returns  true if the kernel says that the thread sleeps, or says nothing.
 bool isAsleep(pid_t threadId)
 {
     std::ifstream file("/proc/self/task/" + std::to_string(threadId) + "/stat");
     std::string line;
     std::getline(file, line);
-    const std::size_t name = line.rfind(')'); // a thread's name may have some of its own
+    const std::size_t name = line.rfind(')'); // the thread's name may contain others
     return name == std::string::npos || line.compare(name, 3, ") S") == 0;
 }
 
-void runJobs(const std::shared_ptr<Shared>& shared)
-{
-    std::unique_lock<std::mutex> lock(shared->mutex);
-    shared->threadId = ::gettid();
-    Job job = std::exchange(shared->initialJob, nullptr);
-    for (;;) {
-        lock.unlock();
-        job();
-        job = nullptr; // what it holds may be the last owner of this very object
-        lock.lock();
-        ++shared->endedJobs;
-        shared->changed.notify_all();
-        shared->changed.wait(lock, [&] { return !shared->jobs.empty() || shared->isReleased; });
-        if (shared->jobs.empty() || shared->isLeftAlone) {
-            break;
-        }
-        job = std::move(shared->jobs.front());
-        shared->jobs.pop_front();
-    }
-    shared->isOver = true;
-    shared->changed.notify_all();
-}
-
+/// Its users and its thread own it: the users can leave the thread alone.
 class ActiveObject final : public ActiveObjectIf
 {
 public:
-    explicit ActiveObject(const Job& init) : m_shared(std::make_shared<Shared>())
+    /// Returns  the users' ownership. Its end is the release.
+    static std::shared_ptr<ActiveObjectIf> start(const Job& init)
     {
-        static std::atomic<unsigned int> count{0};
-        const std::string name = ("pindle-" + std::to_string(++count)).substr(0, 15);
-        m_shared->initialJob = init;
-        m_shared->thread = std::thread(runJobs, m_shared);
-        ::pthread_setname_np(m_shared->thread.native_handle(), name.c_str()); // nothing may fail from here on
-    }
-
-    ActiveObject(const ActiveObject&) = delete;
-    ActiveObject& operator=(const ActiveObject&) = delete;
-
-    ~ActiveObject() override
-    {
-        if (isInherited()) {
-            return; // what is shared stays, with the number of a thread that can't be joined or detached
-        }
-        std::unique_lock<std::mutex> lock(m_shared->mutex);
-        m_shared->isReleased = true;
-        m_shared->changed.notify_all();
-        if (m_shared->thread.get_id() == std::this_thread::get_id()) {
-            m_shared->thread.detach();
-            return;
-        }
-        if (waitForInitialJob(lock) && waitForJobs(lock)) {
-            lock.unlock();
-            m_shared->thread.join();
-            return;
-        }
-        m_shared->isLeftAlone = true;
-        const std::deque<Job> dropped = std::exchange(m_shared->jobs, {});
-        lock.unlock();
-        m_shared->thread.detach();
+        const auto object = std::make_shared<ActiveObject>();
+        object->m_thread = std::thread([object, init]() mutable { object->run(std::move(init)); });
+        return {object.get(), [object](ActiveObjectIf* /*object*/) { object->release(); }};
     }
 
     void post(Job job) override
@@ -117,44 +55,81 @@ public:
         if (isInherited()) {
             return;
         }
-        const std::lock_guard<std::mutex> lock(m_shared->mutex);
-        m_shared->jobs.push_back(std::move(job));
-        m_shared->changed.notify_all();
+        std::unique_lock<std::mutex> lock(m_mutex);
+        if (m_isReleased) {
+            return;
+        }
+        m_jobs.push_back(std::move(job));
+        if (std::exchange(m_isIdle, false)) {
+            lock.unlock(); // which the woken thread wants
+            m_changed.notify_one();
+        }
     }
 
 private:
-    /// Returns  whether this process is a child made by fork(). It doesn't have the thread, which may have held the
-    ///          lock, and so would hold it for ever.
-    bool isInherited() const { return ::getpid() != m_process; }
+    /// Returns  whether this is a child made by fork(): without the thread, and perhaps with the mutex locked for ever.
+    bool isInherited() const { return m_forkCount != forkCount.load(std::memory_order_relaxed); }
 
-    /// Returns  false if the initial job is blocked, or doesn't come to an end.
-    bool waitForInitialJob(std::unique_lock<std::mutex>& lock)
+    void run(Job job)
     {
-        const auto deadline = std::chrono::steady_clock::now() + longestJobAtTheEnd;
-        int looks = 0;
-        while (m_shared->endedJobs == 0 && looks < looksThatFindItBlocked &&
-               std::chrono::steady_clock::now() < deadline) {
-            looks = m_shared->threadId != 0 && isAsleep(m_shared->threadId) ? looks + 1 : 0;
-            m_shared->changed.wait_for(lock, lookInterval);
-        }
-        return m_shared->endedJobs > 0;
-    }
-
-    /// Returns  false if the jobs have stopped ending.
-    bool waitForJobs(std::unique_lock<std::mutex>& lock)
-    {
-        for (;;) {
-            const std::uint64_t before = m_shared->endedJobs;
-            const bool moved = m_shared->changed.wait_for(
-                lock, longestJobAtTheEnd, [&] { return m_shared->isOver || m_shared->endedJobs != before; });
-            if (m_shared->isOver || !moved) {
-                return m_shared->isOver;
+        static std::atomic<unsigned int> count{0};
+        ::pthread_setname_np(::pthread_self(), ("pindle-" + std::to_string(++count)).substr(0, 15).c_str());
+        std::unique_lock<std::mutex> lock(m_mutex);
+        m_initialising = ::gettid();
+        while (job) {
+            lock.unlock();
+            job();
+            job = nullptr; // it may hold the last owner of this very object
+            lock.lock();
+            m_initialising = 0;
+            m_lastProgress = m_isReleased ? Clock::now() : m_lastProgress;
+            while (m_jobs.empty() && !m_isReleased) {
+                m_isIdle = true;
+                m_changed.wait(lock);
+            }
+            if (!m_jobs.empty()) {
+                job = std::move(m_jobs.front());
+                m_jobs.pop_front();
             }
         }
+        m_isOver = true;
+        m_changed.notify_one();
     }
 
-    const pid_t m_process = ::getpid();
-    const std::shared_ptr<Shared> m_shared;
+    void release()
+    {
+        if (isInherited()) {
+            return; // the thread's part in the ownership stays for ever
+        }
+        std::unique_lock<std::mutex> lock(m_mutex);
+        m_isReleased = true;
+        m_lastProgress = Clock::now();
+        m_changed.notify_one();
+        const bool isOwnThread = m_thread.get_id() == std::this_thread::get_id();
+        for (int looks = 0; !isOwnThread && !m_isOver && looks < looksThatFindItBlocked &&
+                            Clock::now() < m_lastProgress + longestJobAtTheEnd;) {
+            looks = m_initialising != 0 && isAsleep(m_initialising) ? looks + 1 : 0;
+            m_changed.wait_for(lock, std::chrono::milliseconds(1));
+        }
+        std::deque<Job> dropped;
+        if (!isOwnThread) { // a thread that is left alone finds no job after the one that it runs
+            dropped.swap(m_jobs);
+        }
+        const bool isOver = m_isOver;
+        lock.unlock(); // before the dropped jobs are destroyed: what they own may post
+        isOver ? m_thread.join() : m_thread.detach();
+    }
+
+    const unsigned int m_forkCount = forkCount;
+    std::thread m_thread;              // the users'
+    std::condition_variable m_changed; // for the idle thread and, later, for the release: only one waits
+    std::mutex m_mutex;                // guards what follows
+    std::deque<Job> m_jobs;
+    Clock::time_point m_lastProgress; // when the release began, or a job ended after that
+    pid_t m_initialising = 0;         // the thread, while it runs the initial job
+    bool m_isIdle = false;            // the thread waits for a job, and nobody has woken it yet
+    bool m_isReleased = false;        // no job is queued any more
+    bool m_isOver = false;            // the thread has run its last job
 };
 
 } // namespace
@@ -164,7 +139,9 @@ ActiveObjectIf::~ActiveObjectIf() = default;
 std::shared_ptr<ActiveObjectIf> ActiveObjectIf::create(const std::function<void()>& init,
                                                        const SchedulingPolicy& /*policy*/)
 {
-    return std::make_shared<ActiveObject>(init);
+    [[maybe_unused]] static const bool isCounting =
+        ::pthread_atfork(nullptr, nullptr, [] { ++forkCount; }) == 0 ? true : throw std::bad_alloc();
+    return ActiveObject::start(init);
 }
 
 } // namespace Pindle::ActiveObject::V1
