@@ -1,12 +1,15 @@
 /// The event-log client.
 #include "elog/src/elogImpl_V2.h"
 
-#include <atomic>
+#include <chrono>
 #include <cstring>
 #include <functional>
 #include <limits>
+#include <new>
+#include <thread>
 
 #include <dlfcn.h>
+#include <unistd.h>
 #include <zel.h>
 
 #include "trace/emit.h"
@@ -15,33 +18,37 @@ namespace Corvane::Elog::V2 {
 
 namespace {
 
+namespace TraceLine {
+constexpr unsigned int noMailbox = 59, waiting = 71, discarded = 98;
+}
+
 constexpr std::uint32_t locateReplyNo = 0x17070D0;
 constexpr std::uint32_t writeNo = 0x17070D1;
 constexpr const char* clientMboxName = "ElogEngineClient";
 constexpr const char* engineMboxName = "ElogEngine";
-
-constexpr std::uint32_t noMbox = 0xFFFFFFFF;
-constexpr std::uint32_t fromOwnMbox = 0xFFF00000;
-constexpr std::uint32_t fromAnyMbox = 0xFFF11111;
 constexpr std::uint32_t locateTimeoutMs = 60000;
 
-// A message is these words, the parameters, the text and its NUL. The first word is set by the allocation.
+// An entry's message: four words, in the host's byte order; the parameters, a word each; the text and its NUL.
+//     0  the message number, set by the allocation
+//     1  the event id
+//     2  the number of parameters
+//     3  the length of the text in bytes, without its NUL
 constexpr std::size_t wordSize = sizeof(std::uint32_t);
-constexpr std::size_t eventIdOffset = 1 * wordSize;
-constexpr std::size_t numParamsOffset = 2 * wordSize;
-constexpr std::size_t textLengthOffset = 3 * wordSize;
-constexpr std::size_t paramsOffset = 4 * wordSize;
+constexpr std::size_t headWords = 4;
+constexpr std::size_t nulWords = 1; // a whole word for the text's NUL; three of its bytes are never set
 static_assert(sizeof(unsigned int) == wordSize, "parameters are copied as they are");
 
-void putWord(unsigned char* message, std::size_t offset, std::size_t value)
+void putWord(unsigned char* message, std::size_t index, std::size_t value)
 {
     const auto word = static_cast<std::uint32_t>(value);
-    std::memcpy(message + offset, &word, wordSize);
+    std::memcpy(message + index * wordSize, &word, wordSize);
 }
 
-/// The client's thread runs this library's code until the process ends, so the library must stay as long.
+/// Keeps the library loaded until the process ends: the client's thread runs its code for as long.
 ///
-/// Takes the loader's lock: nobody may hold another one that a constructor of a library being loaded could wait for.
+/// dlopen() takes the loader's lock. Call this before taking any lock that a library's constructor may want, such as
+/// the guard of a function's static object. A thread that loads a library runs its constructor with the loader's lock
+/// held: if each thread held the lock that the other wants, both would wait for ever.
 void keepLibraryLoaded()
 {
     static std::atomic<bool> isKept{false};
@@ -58,6 +65,57 @@ void keepLibraryLoaded()
     isKept = true;
 }
 
+/// Ends the client when the process that started it ends.
+///
+/// A child made by fork() has none of the client's threads, and writers of its parent may be counted that it doesn't
+/// have either: its end must not wait for them.
+class ClientEnd
+{
+public:
+    explicit ClientEnd(ElogImpl& client) : m_client(client) {}
+    ClientEnd(const ClientEnd&) = delete;
+    ClientEnd& operator=(const ClientEnd&) = delete;
+    ~ClientEnd()
+    {
+        if (::getpid() == m_process) {
+            m_client.end();
+        }
+    }
+
+private:
+    ElogImpl& m_client;
+    const pid_t m_process = ::getpid();
+};
+
+constexpr std::uint32_t hasEnded = 0x80000000; // in the count of writers
+
+/// Counts a writer until it leaves. After the end has begun nobody is counted any more.
+class Writer
+{
+public:
+    explicit Writer(std::atomic<std::uint32_t>& writers) : m_writers(writers)
+    {
+        std::uint32_t count = writers;
+        while (!m_isCounted && (count & hasEnded) == 0) {
+            m_isCounted = writers.compare_exchange_weak(count, count + 1);
+        }
+    }
+    Writer(const Writer&) = delete;
+    Writer& operator=(const Writer&) = delete;
+    ~Writer()
+    {
+        if (m_isCounted) {
+            --m_writers;
+        }
+    }
+
+    bool isCounted() const { return m_isCounted; }
+
+private:
+    std::atomic<std::uint32_t>& m_writers;
+    bool m_isCounted = false;
+};
+
 } // namespace
 
 std::optional<std::uint32_t> messageSize(std::size_t textLength, std::size_t numParams)
@@ -66,7 +124,7 @@ std::optional<std::uint32_t> messageSize(std::size_t textLength, std::size_t num
     if (textLength > most || numParams > most) { // so that the sum can't overflow either
         return std::nullopt;
     }
-    const std::uint64_t size = std::uint64_t{textLength} + (std::uint64_t{numParams} + 5) * wordSize;
+    const std::uint64_t size = (headWords + std::uint64_t{numParams} + nulWords) * wordSize + textLength;
     return size > most ? std::nullopt : std::optional(static_cast<std::uint32_t>(size));
 }
 
@@ -75,11 +133,14 @@ ElogIf::~ElogIf() = default;
 ElogIf& ElogIf::getInstance()
 {
     keepLibraryLoaded();
-    static ElogImpl instance;
-    return instance;
+    // Never destroyed: threads may write while the process ends and after its static objects are destroyed.
+    alignas(ElogImpl) static unsigned char memory[sizeof(ElogImpl)];
+    static ElogImpl& client = *new (memory) ElogImpl;
+    static const ClientEnd end(client);
+    return client;
 }
 
-ElogImpl::ElogImpl() : elogEngineMbox(noMbox)
+ElogImpl::ElogImpl() : elogEngineMbox(ZEL_NO_MAILBOX), m_writers(0)
 {
     using namespace Pindle::ActiveObject::V1;
     activeObject = ActiveObjectIf::create([this] { aoInit(); }, SchedulingPolicy{0});
@@ -89,22 +150,35 @@ ElogImpl::~ElogImpl() = default;
 
 void ElogImpl::elogWrite(unsigned int eventId, const std::string& text, const std::vector<unsigned int>& params)
 {
-    activeObject->post([this, eventId, text, params] { aoElogWrite(eventId, text, params); });
+    const Writer writer(m_writers);
+    if (writer.isCounted()) {
+        // Without an initialiser the copies would be const, as the parameters are, and be copied again for the job.
+        activeObject->post([this, eventId, text = text, params = params] { aoElogWrite(eventId, text, params); });
+    }
+}
+
+void ElogImpl::end()
+{
+    m_writers |= hasEnded;
+    while (m_writers != hasEnded) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(1)); // a writer leaves within microseconds
+    }
+    activeObject.reset();
 }
 
 void ElogImpl::aoInit()
 {
-    if (__zel_create_mailbox(clientMboxName, 0, "", 0) == noMbox) {
-        Trace::info(__FILE__, 59,
+    if (__zel_create_mailbox(clientMboxName, 0, "", 0) == ZEL_NO_MAILBOX) {
+        Trace::info(__FILE__, TraceLine::noMailbox,
                     [](std::ostream& msg) { msg << "ABN: Failed to create ZEL mailbox: " << clientMboxName; });
         return;
     }
     zel_msg* reply = __zel_alloc(wordSize, locateReplyNo, "", 0);
-    __zel_locate_async(engineMboxName, &reply, fromOwnMbox, "", 0);
+    __zel_locate_async(engineMboxName, &reply, ZEL_OWN_MAILBOX, "", 0);
 
     static constexpr std::uint32_t filter[] = {1, locateReplyNo};
-    while ((reply = __zel_receive(filter, locateTimeoutMs, fromAnyMbox, "", 0)) == nullptr) {
-        Trace::info(__FILE__, 71, [](std::ostream& msg) {
+    while ((reply = __zel_receive(filter, locateTimeoutMs, ZEL_ANY_SENDER, "", 0)) == nullptr) {
+        Trace::info(__FILE__, TraceLine::waiting, [](std::ostream& msg) {
             msg << "ABN: '" << engineMboxName << "' not available. Still waiting ...";
         });
     }
@@ -115,26 +189,27 @@ void ElogImpl::aoInit()
 void ElogImpl::aoElogWrite(unsigned int eventId, const std::string& text, const std::vector<unsigned int>& params) const
 {
     zel_msg* message = nullptr;
-    if (elogEngineMbox != noMbox) {
+    if (elogEngineMbox != ZEL_NO_MAILBOX) {
         if (const auto size = messageSize(text.size(), params.size())) {
             message = __zel_alloc(*size, writeNo, "", 0);
         }
     }
     if (message == nullptr) {
-        Trace::info(__FILE__, 98,
+        Trace::info(__FILE__, TraceLine::discarded,
                     [&](std::ostream& msg) { msg << "ABN: Discarding elog write for eventId: " << eventId; });
         return;
     }
-    auto* const bytes = reinterpret_cast<unsigned char*>(message);
-    putWord(bytes, eventIdOffset, eventId);
-    putWord(bytes, numParamsOffset, params.size());
-    putWord(bytes, textLengthOffset, text.size());
+    auto* bytes = reinterpret_cast<unsigned char*>(message);
+    putWord(bytes, 1, eventId);
+    putWord(bytes, 2, params.size());
+    putWord(bytes, 3, text.size());
+    bytes += headWords * wordSize;
     const std::size_t paramsSize = params.size() * wordSize;
     if (paramsSize > 0) { // the data of an empty vector may be null
-        std::memcpy(bytes + paramsOffset, params.data(), paramsSize);
+        std::memcpy(bytes, params.data(), paramsSize);
     }
-    std::memcpy(bytes + paramsOffset + paramsSize, text.c_str(), text.size() + 1);
-    __zel_send(&message, elogEngineMbox, fromOwnMbox, "", 0);
+    std::memcpy(bytes + paramsSize, text.c_str(), text.size() + 1);
+    __zel_send(&message, elogEngineMbox, ZEL_OWN_MAILBOX, "", 0);
 }
 
 } // namespace Corvane::Elog::V2

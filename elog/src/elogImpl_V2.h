@@ -2,6 +2,7 @@
 #ifndef CORVANE_ELOG_ELOGIMPL_V2_H
 #define CORVANE_ELOG_ELOGIMPL_V2_H
 
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -25,16 +26,24 @@ public:
 
     void elogWrite(unsigned int eventId, const std::string& text, const std::vector<unsigned int>& params) override;
 
+    /// Ends the client: new entries are dropped from now on, those that are queued are sent while the engine takes
+    /// them.
+    ///
+    /// Threads  others may be inside elogWrite() and may call it afterwards.
+    void end();
+
 private:
     friend struct ElogTestAccess;
 
-    // On the active object's thread, which alone touches elogEngineMbox.
+    // On the active object's thread. No other thread uses elogEngineMbox.
     void aoInit();
     void aoElogWrite(unsigned int eventId, const std::string& text, const std::vector<unsigned int>& params) const;
 
-    // The order of the members is relied upon.
+    // A test pins the order of the first two members: tools on the unit read these objects.
     std::shared_ptr<Pindle::ActiveObject::V1::ActiveObjectIf> activeObject;
     std::uint32_t elogEngineMbox;
+    std::atomic<std::uint32_t>
+        m_writers; // how many threads are inside elogWrite(); the top bit says that the end began
 };
 
 } // namespace Corvane::Elog::V2

@@ -5,19 +5,24 @@
 #include <limits>
 #include <memory>
 #include <string>
+#include <system_error>
 #include <vector>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <zel.h>
 
 #include "elog/src/elogImpl_V2.h"
 #include "tests/elog/fakePlatform.h"
+#include "tests/support/failingAllocation.h"
 #include "tests/support/probeRecorder.h"
 
 namespace {
 
+using Corvane::Elog::V2::ElogIf;
 using Corvane::Elog::V2::ElogImpl;
 using Corvane::Elog::V2::messageSize;
+using Corvane::Testing::failEachAllocation;
 using Corvane::Testing::FakePlatform;
 using Corvane::Testing::ProbedEvent;
 using Corvane::Testing::ProbeRecord;
@@ -27,8 +32,6 @@ using Corvane::Testing::SentMessage;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::SizeIs;
-
-constexpr std::uint32_t noMailbox = 0xFFFFFFFF;
 
 /// Words in the host's byte order.
 void append(SentMessage& message, const std::vector<std::uint32_t>& words)
@@ -99,9 +102,9 @@ TEST_F(ElogClient, ReportsEveryTimeoutAndWaitsOn)
               1);
 }
 
-TEST_F(ElogClient, ReportsThatItsMailboxIsTakenAndDiscardsEveryEntry)
+TEST_F(ElogClient, ReportsThatItHasNoMailboxAndDiscardsEveryEntry)
 {
-    m_platform.mailboxId = noMailbox;
+    m_platform.mailboxId = ZEL_NO_MAILBOX;
     ElogImpl client;
     client.elogWrite(7, "early", {1});
     m_platform.calls.clear();
@@ -195,6 +198,34 @@ TEST_F(ElogClient, CopiesItsArguments)
     EXPECT_THAT(m_platform.sent, ElementsAre(expectedMessage(5, "before", {1, 2})));
 }
 
+TEST_F(ElogClient, CopiesTextAndParametersOnceAndQueuesNothingWithoutTheMemory)
+{
+    const std::string text(32, 'x');
+    const std::vector<unsigned int> params(4);
+    ElogImpl client;
+    client.elogWrite(1, text, params); // the fake's queue has room for the next from now on
+    const int allocations = failEachAllocation([&] { client.elogWrite(2, text, params); },
+                                               [&] { EXPECT_THAT(m_platform.jobs, SizeIs(1)); });
+    EXPECT_EQ(allocations, 3); // text, parameters, job
+    EXPECT_THAT(m_platform.jobs, SizeIs(2));
+}
+
+TEST_F(ElogClient, StartsWhenAThreadIsToBeHadAndAsksTheLoaderOnlyOnce)
+{
+    m_platform.refuseThread = true;
+    EXPECT_THROW(ElogIf::getInstance(), std::system_error);
+    m_platform.refuseThread = false;
+    ElogIf& client = ElogIf::getInstance();
+    const int loaderCalls = FakePlatform::loaderCalls;
+    m_platform.run();
+    m_platform.calls.clear();
+    ElogIf::getInstance().elogWrite(1, "text", {});
+    m_platform.run();
+    EXPECT_EQ(&ElogIf::getInstance(), &client);
+    EXPECT_THAT(m_platform.sent, ElementsAre(expectedMessage(1, "text", {})));
+    EXPECT_EQ(FakePlatform::loaderCalls, loaderCalls);
+}
+
 TEST_F(ElogClient, DiscardsAnEntryForWhichNoMessageCanBeAllocated)
 {
     ElogImpl client;
@@ -241,14 +272,24 @@ TEST_F(ElogClient, DiscardsAnEntryWhoseMessageDoesNotFitThirtyTwoBits)
     EXPECT_THAT(m_platform.calls, IsEmpty());
 }
 
-TEST_F(ElogClient, OnlyReleasesTheActiveObjectAtItsEnd)
+TEST_F(ElogClient, OnlyReleasesTheActiveObjectAtItsEndAndDropsWhatIsWrittenAfterThat)
+{
+    ElogImpl client;
+    m_platform.run();
+    m_platform.calls.clear();
+    client.end();
+    EXPECT_FALSE(m_platform.hasActiveObject);
+    client.elogWrite(1, "late", {});
+    EXPECT_THAT(m_platform.jobs, IsEmpty());
+    EXPECT_THAT(m_platform.calls, ElementsAre("release()"));
+}
+
+TEST_F(ElogClient, OnlyReleasesTheActiveObjectWhenItIsDestroyed)
 {
     auto client = std::make_unique<ElogImpl>();
-    m_platform.run();
     m_platform.calls.clear();
     client.reset();
     EXPECT_THAT(m_platform.calls, ElementsAre("release()"));
-    EXPECT_FALSE(m_platform.hasActiveObject);
 }
 
 } // namespace

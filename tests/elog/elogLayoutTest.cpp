@@ -7,6 +7,7 @@
 #include <vector>
 
 #include <gtest/gtest.h>
+#include <zel.h>
 
 #include "elog/src/elogImpl_V2.h"
 #include "tests/elog/fakePlatform.h"
@@ -69,26 +70,27 @@ TEST(ElogLayout, TheClientHoldsActiveObjectAndMailbox)
     EXPECT_TRUE((std::is_same_v<decltype(mailbox), const std::uint32_t&>));
     EXPECT_EQ(offsetIn(&client, &activeObject), static_cast<std::ptrdiff_t>(sizeof(void*)));
     EXPECT_EQ(offsetIn(&client, &mailbox), static_cast<std::ptrdiff_t>(sizeof(void*) + sizeof(ActiveObject)));
-    EXPECT_EQ(sizeof client, sizeof(void*) + sizeof(ActiveObject) + alignof(ElogImpl)); // the mailbox, padded
+    EXPECT_EQ(sizeof client, sizeof(void*) + sizeof(ActiveObject) +
+                                 alignof(ElogImpl)); // the mailbox, and the count of writers behind it
 }
 
-TEST(ElogLayout, TheMailboxIsNoneUntilTheEngineIsLocated)
+TEST(ElogLayout, TheEnginesMailboxIsUnsetUntilTheEngineIsLocated)
 {
     FakePlatform platform;
     const ElogImpl client;
     EXPECT_NE(Access::activeObject(client), nullptr);
-    EXPECT_EQ(Access::elogEngineMbox(client), 0xFFFFFFFFU);
+    EXPECT_EQ(Access::elogEngineMbox(client), ZEL_NO_MAILBOX);
     platform.run();
     EXPECT_EQ(Access::elogEngineMbox(client), platform.engineId);
 }
 
-TEST(ElogLayout, TheMailboxStaysNoneWhereTheClientHasNone)
+TEST(ElogLayout, TheEnginesMailboxStaysUnsetInAClientWithoutAMailbox)
 {
     FakePlatform platform;
-    platform.mailboxId = 0xFFFFFFFF;
+    platform.mailboxId = ZEL_NO_MAILBOX;
     const ElogImpl client;
     platform.run();
-    EXPECT_EQ(Access::elogEngineMbox(client), 0xFFFFFFFFU);
+    EXPECT_EQ(Access::elogEngineMbox(client), ZEL_NO_MAILBOX);
 }
 
 } // namespace

@@ -8,11 +8,19 @@
 ///     settle                   waits until the client holds none of them any more -> settled
 ///     files                    counts the open files                              -> <count>
 ///     hurry <seconds>          is killed unless it ends within that time          -> hurrying
+///     fork <count>             makes children that write an entry and exit        -> <how many did so>
+///     go-on <threads> <count> <microseconds>
+///                              starts threads that never end: each writes numbered entries, with a pause after each;
+///                              waits for <count> entries              -> <how many each of eight threads has written>
+#include <array>
 #include <atomic>
+#include <chrono>
 #include <cstddef>
+#include <cstdlib>
 #include <filesystem>
 #include <iostream>
 #include <iterator>
+#include <numeric>
 #include <sstream>
 #include <string>
 #include <thread>
@@ -20,6 +28,7 @@
 
 #include <elog/elogIf.h>
 #include <malloc.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include "tests/elog/numberedEntries.h"
@@ -52,6 +61,45 @@ void write(unsigned int threadCount, unsigned int entryCount)
     }
 }
 
+/// Returns  the number of children whose exit status is 0. One that doesn't end is killed.
+unsigned int forkChildren(unsigned int count)
+{
+    unsigned int exited = 0;
+    for (unsigned int number = 0; number < count; ++number) {
+        const pid_t child = ::fork();
+        if (child == 0) {
+            ::alarm(10);
+            ElogIf::getInstance().elogWrite(0, "", {});
+            std::exit(0);
+        }
+        int status = -1;
+        ::waitpid(child, &status, 0);
+        exited += status == 0 ? 1 : 0;
+    }
+    return exited;
+}
+
+void startThreadsThatGoOn(unsigned int threadCount, unsigned int entryCount, unsigned int microseconds)
+{
+    static std::array<std::atomic<unsigned int>, 8> written{};
+    for (unsigned int thread = 0; thread < threadCount; ++thread) {
+        std::thread([thread, microseconds] {
+            for (unsigned int number = 0;;) {
+                ElogIf::getInstance().elogWrite(thread, textOfEntry(thread, number), {number});
+                written.at(thread) = ++number;
+                std::this_thread::sleep_for(std::chrono::microseconds(microseconds));
+            }
+        }).detach();
+    }
+    while (std::accumulate(written.begin(), written.end(), 0U) < entryCount) {
+        std::this_thread::yield();
+    }
+    for (const unsigned int number : written) {
+        std::cout << number << ' ';
+    }
+    std::cout << std::endl;
+}
+
 /// Returns  the bytes of memory that are allocated and not freed.
 std::size_t usedMemory()
 {
@@ -79,7 +127,8 @@ int main()
         std::string command;
         unsigned int first = 0;
         unsigned int second = 0;
-        words >> command >> first >> second;
+        unsigned int third = 0;
+        words >> command >> first >> second >> third;
         if (command == "write") {
             write(first, second);
             std::cout << "written" << std::endl;
@@ -109,6 +158,10 @@ int main()
         } else if (command == "hurry") {
             ::alarm(first);
             std::cout << "hurrying" << std::endl;
+        } else if (command == "fork") {
+            std::cout << forkChildren(first) << std::endl;
+        } else if (command == "go-on") {
+            startThreadsThatGoOn(first, second, third);
         }
     }
     return 0;

@@ -1,19 +1,23 @@
 /// Fakes of libzel and libpindle.
 #include "tests/elog/fakePlatform.h"
 
+#include <cerrno>
 #include <cstdlib>
 #include <cstring>
 #include <memory>
 #include <new>
 #include <sstream>
+#include <system_error>
 #include <utility>
 
+#include <dlfcn.h>
 #include <pindle/activeObjectIf.h>
 #include <zel.h>
 
 namespace Corvane::Testing {
 
 FakePlatform* FakePlatform::s_current = nullptr;
+int FakePlatform::loaderCalls = 0;
 
 FakePlatform::FakePlatform()
 {
@@ -78,8 +82,10 @@ public:
     FakeActiveObject() { FakePlatform::current().hasActiveObject = true; }
     ~FakeActiveObject() override
     {
-        record("release");
-        FakePlatform::current().hasActiveObject = false;
+        if (FakePlatform::exists()) { // the process's one client outlives the tests
+            record("release");
+            FakePlatform::current().hasActiveObject = false;
+        }
     }
     FakeActiveObject(const FakeActiveObject&) = delete;
     FakeActiveObject& operator=(const FakeActiveObject&) = delete;
@@ -96,9 +102,19 @@ using namespace Corvane::Testing;
 std::shared_ptr<Pindle::ActiveObject::V1::ActiveObjectIf>
 Pindle::ActiveObject::V1::ActiveObjectIf::create(const std::function<void()>& init, const SchedulingPolicy& policy)
 {
+    if (FakePlatform::current().refuseThread) {
+        throw std::system_error(EAGAIN, std::generic_category());
+    }
     record("create", static_cast<unsigned int>(policy));
     FakePlatform::current().init = init;
     return std::make_shared<FakeActiveObject>();
+}
+
+extern "C" [[gnu::visibility("default")]] void* dlopen(const char* file, int mode)
+{
+    ++FakePlatform::loaderCalls;
+    static const auto original = reinterpret_cast<void* (*)(const char*, int)>(::dlsym(RTLD_NEXT, "dlopen"));
+    return original(file, mode);
 }
 
 std::uint32_t __zel_create_mailbox(const char* name, std::uint32_t flags, const char* file, int line)

@@ -31,6 +31,7 @@ public:
     std::uint32_t engineId = 0x202;
     int timeouts = 0; ///< receives that time out before the reply comes
     bool refuseAllocation = false;
+    bool refuseThread = false; ///< no active object can be started
 
     // What the client did.
     std::vector<std::string> calls;
@@ -39,11 +40,13 @@ public:
     std::deque<std::function<void()>> jobs;
     bool hasActiveObject = false; ///< from its creation until its last owner releases it
     std::size_t messages = 0;     ///< allocated, and neither sent nor freed
+    static int loaderCalls;       ///< dlopen(), by the whole program
 
     /// Runs the initial job and then the queued ones, as the active object's thread would.
     void run();
 
     static FakePlatform& current();
+    static bool exists() { return s_current != nullptr; }
 
 private:
     static FakePlatform* s_current;
