@@ -1,25 +1,38 @@
-/// The event-log client: entries handed over by any thread, sent by a thread of the library's own to the event-log
-/// engine, the process that owns the mailbox "ElogEngine".
+/// The event-log client: any thread hands over entries; a thread of the library sends them to the event-log engine, the
+/// process that has the mailbox "ElogEngine".
 ///
-/// There is one client in a process, made by the first getInstance(). It owns the mailbox "ElogEngineClient" and waits
-/// for the engine for as long as it takes. Entries written meanwhile wait in the process's memory and are sent, in
-/// order, once the engine is found. There is no way back from there: entries written after the engine has gone are
-/// lost.
+/// A process has one client, started by the first getInstance(). Several processes may log at once.
 ///
 ///     Corvane::Elog::V2::ElogIf::getInstance().elogWrite(1007, "carrier down", {carrier, reason});
 ///
-/// What goes wrong shows in the event INFO, in texts that begin with "ABN: ": the mailbox can't be created (and then
-/// every entry is discarded), the engine is still not there after another 60 seconds, an entry is discarded.
+/// The client waits for the engine without a time limit. Meanwhile the entries wait in the memory of the process; once
+/// the engine is found they are sent in their order. The client looks for an engine only once: when that engine ends,
+/// the entries that are queued and all later ones are lost, even if another engine starts.
 ///
-/// The library can't be unloaded once the client has been started. The end of the process doesn't wait for an engine
-/// that isn't there: the entries that wait for it are lost. Entries that are queued while the engine is connected are
-/// sent first, for as long as the engine takes them, however slowly. How long the end waits for an engine that has
-/// stalled is up to the framework library (its stand-in gives up when no entry could be sent for 5 seconds); the
-/// entries that are still queued then are lost, and the one that is being sent may be.
+/// The event INFO shows what goes wrong, in texts that begin with "ABN: ". The client has no mailbox and discards every
+/// entry; the engine is still missing after another 60 seconds; an entry was discarded.
 ///
-/// A child made by fork() has no client: its entries are up to the framework library (its stand-in drops them).
+/// How the process ends decides which entries arrive:
 ///
-/// Threads  every operation may be called by any thread at any time, until the process's static objects are destroyed.
+///     return from main(), exit()               those queued before, if the engine has been found and takes them
+///     _exit(), quick_exit(), abort(), exec()   only those sent before
+///     a signal, such as SIGKILL, or SIGTERM    only those sent before
+///       without a handler
+///
+/// A return from main() and exit() send the queued entries, however slow the engine is. What threads write after that
+/// has begun is dropped, so the process ends although threads go on writing. They needn't be joined; join a thread to
+/// be sure that its last entry is queued in time. An engine that has not been found isn't waited for: the queued
+/// entries are lost. If the engine has stopped taking entries, the framework library decides how long to wait (the
+/// stand-in gives up when none could be sent for 5 seconds). The entries still queued are lost then, and perhaps the
+/// one being sent.
+///
+/// A child made by fork() has no client of its own if its parent had started one. What becomes of its entries is up to
+/// the framework library (the stand-in drops them). The parent's client is not affected.
+///
+/// Once the client has been started, the library stays loaded until the process ends: dlclose() doesn't unload it.
+///
+/// Threads  every operation may be called by any thread at any time, also while and after the static objects of the
+///          process are destroyed.
 /// Since    0.1.0
 #ifndef CORVANE_ELOG_ELOGIF_H
 #define CORVANE_ELOG_ELOGIF_H
@@ -34,22 +47,22 @@ class [[gnu::visibility("default")]] ElogIf
 public:
     /// Queues an entry and returns at once, whatever the engine does. The entries of one thread stay in their order.
     ///
-    /// An entry goes out as one message. One whose message would pass 2^32 - 1 bytes, text and parameters together, or
-    /// for which there is no memory when it is sent, is discarded and reported by INFO.
+    /// An entry is sent as one message: 20 bytes, the text, and 4 bytes for each parameter. It is discarded, and INFO
+    /// says so, if the message would be longer than 2^32 - 1 bytes or than the messaging library allows (its stand-in:
+    /// 64 MiB), or if there is no memory for it.
     ///
-    /// Requires  nothing: the text may be empty and may hold NULs, and there may be no parameters.
+    /// Requires  nothing: the text may be empty and may contain NULs, and there may be no parameters.
     /// Errors    std::bad_alloc; the entry is then not queued.
     /// Owns      copies `text` and `params`.
     virtual void elogWrite(unsigned int eventId, const std::string& text, const std::vector<unsigned int>& params) = 0;
 
-    /// For the library alone; the one client ends with the process.
+    /// For the library alone. The one client is never destroyed.
     virtual ~ElogIf();
 
     /// Starts the client on the first call.
     ///
-    /// Returns  the one client of this process. It lives until the process's static objects are destroyed.
-    /// Errors   what keeps the client's thread from starting (std::system_error, std::bad_alloc); the next call tries
-    ///          again.
+    /// Returns  the one client of this process; the reference stays good until the process has ended.
+    /// Errors   std::system_error or std::bad_alloc if the client's thread can't be started; the next call tries again.
     static ElogIf& getInstance();
 
     ElogIf(const ElogIf&) = delete;

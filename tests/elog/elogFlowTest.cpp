@@ -1,4 +1,4 @@
-/// The client as applications use it, between processes: bytes on the way, order, loss, waiting and the end.
+/// The client as applications use it, between processes: every byte, order, loss, waiting and the end of a process.
 #include <array>
 #include <chrono>
 #include <csignal>
@@ -44,7 +44,7 @@ public:
         return std::stol(readLine());
     }
 
-    /// Kills it when it doesn't end in less time than it gives an engine that has stopped reading.
+    /// Has it killed unless it ends sooner than if it waited for an engine that has stopped reading.
     void hurry()
     {
         writeLine("hurry " + std::to_string(timeToEnd()));
@@ -101,9 +101,9 @@ TEST_F(ElogFlow, CarriesEveryByteOfTheEntriesAtTheEdges)
             sender = entry.sender;
         }
         zel_msg* reply = __zel_alloc(4, 1, "", 0);
-        __zel_locate_async("ElogEngineClient", &reply, 0xFFF00000, "", 0);
+        __zel_locate_async("ElogEngineClient", &reply, ZEL_OWN_MAILBOX, "", 0);
         const unsigned int locateReply[] = {1, 1};
-        reply = __zel_receive(locateReply, 60000, 0xFFF11111, "", 0);
+        reply = __zel_receive(locateReply, 60000, ZEL_ANY_SENDER, "", 0);
         EXPECT_EQ(__zel_sender(reply, "", 0), sender);
         __zel_free(&reply, "", 0);
         EXPECT_EQ(writer.finish(), 0);
@@ -131,7 +131,7 @@ TEST_F(ElogFlow, DeliversAllEntriesToAnEngineThatReadsSlowly)
     EXPECT_EQ(writer.finish(), 0);
 }
 
-TEST_F(ElogFlow, DeliversAllEntriesToAnEngineThatIsStoppedForAWhile)
+TEST_F(ElogFlow, DeliversAllEntriesToAnEngineThatIsStoppedAndContinued)
 {
     Engine engine(800000);
     Writer writer;
@@ -144,7 +144,7 @@ TEST_F(ElogFlow, DeliversAllEntriesToAnEngineThatIsStoppedForAWhile)
     EXPECT_EQ(writer.finish(), 0);
 }
 
-TEST_F(ElogFlow, LivesOnWhenTheEngineIsKilled)
+TEST_F(ElogFlow, GoesOnWhenTheEngineIsKilled)
 {
     Engine engine(1000000000);
     Writer writer;
@@ -162,7 +162,7 @@ TEST_F(ElogFlow, LivesOnWhenTheEngineIsKilled)
     EXPECT_EQ(writer.finish(), 0);
 }
 
-TEST_F(ElogFlow, LeavesTheEngineWholeWhenClientsAreKilledWithinAnEntry)
+TEST_F(ElogFlow, DeliversWholeEntriesAloneWhenClientsAreKilledWhileSending)
 {
     onThread([] {
         ASSERT_TRUE(becomeEngine());
@@ -182,7 +182,7 @@ TEST_F(ElogFlow, LeavesTheEngineWholeWhenClientsAreKilledWithinAnEntry)
         };
         constexpr unsigned int entries = 20;
         for (const unsigned int taken : {1U, 2U, 3U, 5U, 8U}) {
-            Writer killed; // the name of the client's mailbox is free again
+            Writer killed;
             killed.write("big " + std::to_string(entries));
             killedClients.insert(takeFromLivingClient(taken));
             kill(killed.pid(), SIGKILL); // the next entry is on its way: a socket doesn't hold all of it
@@ -199,7 +199,7 @@ TEST_F(ElogFlow, LeavesTheEngineWholeWhenClientsAreKilledWithinAnEntry)
     });
 }
 
-TEST_F(ElogFlow, NeverBlocksAWriterWhoseEngineNeverReads)
+TEST_F(ElogFlow, NeverBlocksAWriterThoughTheEngineNeverReads)
 {
     onThread([] {
         ASSERT_TRUE(becomeEngine());
@@ -307,7 +307,7 @@ TEST_F(ElogFlow, DeliversWhatWasWrittenJustBeforeTheEnd)
     }
 }
 
-TEST_F(ElogFlow, KeepsTheLibraryUnderTheClientWhenAnApplicationUnloadsIt)
+TEST_F(ElogFlow, KeepsTheLibraryLoadedThatAnApplicationUnloadsAfterStartingTheClient)
 {
     Engine engine(1);
     const ProgramResult result = runProgram({CORVANE_ELOG_UNLOADER, CORVANE_LIBRARY, "start"});
@@ -316,7 +316,7 @@ TEST_F(ElogFlow, KeepsTheLibraryUnderTheClientWhenAnApplicationUnloadsIt)
     engine.expectAll();
 }
 
-TEST_F(ElogFlow, LetsAnApplicationUnloadTheLibraryThatHasNotStartedTheClient)
+TEST_F(ElogFlow, LetsAnApplicationUnloadTheLibraryIfTheClientWasNotStarted)
 {
     const ProgramResult result = runProgram({CORVANE_ELOG_UNLOADER, CORVANE_LIBRARY});
     EXPECT_EQ(result.status, 0) << result.err;

@@ -1,4 +1,4 @@
-/// The client against fakes of its platform: every call with its arguments, every byte of a message, every report.
+/// The client on fakes of its platform: every call with its arguments, every byte of a message, every trace.
 #include <algorithm>
 #include <cstdint>
 #include <cstdlib>
@@ -86,7 +86,7 @@ TEST_F(ElogClient, CreatesItsMailboxAndThenLocatesTheEngine)
     EXPECT_EQ(m_platform.messages, 0U);
 }
 
-TEST_F(ElogClient, ReportsEveryTimeoutAndWaitsOn)
+TEST_F(ElogClient, ReportsEveryTimeoutAndGoesOnWaiting)
 {
     m_platform.timeouts = 3;
     const ElogImpl client;
@@ -118,7 +118,7 @@ TEST_F(ElogClient, ReportsThatItHasNoMailboxAndDiscardsEveryEntry)
     EXPECT_THAT(m_platform.sent, IsEmpty());
 }
 
-TEST_F(ElogClient, QueuesAnEntryAndTouchesNothing)
+TEST_F(ElogClient, QueuesAnEntryWithoutCallingTheMessagingLibrary)
 {
     ElogImpl client;
     m_platform.calls.clear();
@@ -150,7 +150,7 @@ TEST_F(ElogClient, SendsAnEntryWithoutParametersAndText)
     EXPECT_EQ(m_platform.sent[0].size(), 20U);
 }
 
-TEST_F(ElogClient, SendsTextsWithNulsAndLongOnesAndManyParameters)
+TEST_F(ElogClient, SendsTextsWithNulsLongTextsAndManyParameters)
 {
     using namespace std::string_literals;
     std::vector<unsigned int> params(10000);
@@ -210,7 +210,7 @@ TEST_F(ElogClient, CopiesTextAndParametersOnceAndQueuesNothingWithoutTheMemory)
     EXPECT_THAT(m_platform.jobs, SizeIs(2));
 }
 
-TEST_F(ElogClient, StartsWhenAThreadIsToBeHadAndAsksTheLoaderOnlyOnce)
+TEST_F(ElogClient, StartsAtTheFirstCallThatCanStartAThreadAndCallsTheLoaderOnlyOnce)
 {
     m_platform.refuseThread = true;
     EXPECT_THROW(ElogIf::getInstance(), std::system_error);

@@ -1,8 +1,9 @@
 /// An application that starts the client on one thread while another loads a plug-in that starts it too. The client
-/// asks the loader for something, and the plug-in holds the loader's lock: who has which first must not matter.
+/// calls dlopen(), which takes the loader's lock; the thread that loads the plug-in holds that lock. They must not wait
+/// for each other.
 ///
-/// The program's own dlopen() comes before the C library's, so it sees the client's call: it lets that go on only when
-/// the plug-in has begun to load.
+/// The client calls this program's dlopen() instead of the C library's. It delays the call until the plug-in has begun
+/// to load.
 #include <condition_variable>
 #include <iostream>
 #include <mutex>
@@ -15,7 +16,7 @@
 
 namespace {
 
-/// A moment that threads wait for.
+/// Something that happens once; threads wait for it.
 class Moment
 {
 public:

@@ -1,8 +1,8 @@
-/// What a plug-in asks of the application that loads it.
+/// What a plug-in calls in the application that loads it.
 #ifndef CORVANE_TESTS_ELOG_ELOGPLUGINHOST_H
 #define CORVANE_TESTS_ELOG_ELOGPLUGINHOST_H
 
-/// Called by the plug-in's static constructor, and so with the loader's lock held, before it asks for the client.
+/// The plug-in's static constructor calls this before it starts the client: the thread holds the loader's lock then.
 extern "C" [[gnu::visibility("default")]] void pluginIsLoading();
 
 #endif

@@ -1,4 +1,4 @@
-/// An application that loads the library, starts the client if it is told to, and unloads the library.
+/// An application that loads the library, starts the client if it has a second argument, and unloads the library.
 #include <cstring>
 #include <iostream>
 

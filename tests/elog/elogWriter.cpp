@@ -1,13 +1,13 @@
-/// An application of the event-log client that does what it is told by lines on standard input, answers each with a
-/// line, and ends with its input.
+/// An application that uses the event log. It reads commands from standard input, one a line, answers each with a line,
+/// and returns from main() when the input ends.
 ///
 ///     write <threads> <count>  every thread writes that many numbered entries     -> written
-///     edges                    writes the entries at the edges                    -> written
+///     edges                    writes the entries at the limits                   -> written
 ///     bulk <count>             writes entries of 1 KiB                            -> written
 ///     big <count>              writes numbered entries of 1 MiB                   -> written
-///     settle                   waits until the client holds none of them any more -> settled
+///     settle                   waits until the client has freed what was written  -> settled
 ///     files                    counts the open files                              -> <count>
-///     hurry <seconds>          is killed unless it ends within that time          -> hurrying
+///     hurry <seconds>          ends by SIGALRM after that time                    -> hurrying
 ///     fork <count>             makes children that write an entry and exit        -> <how many did so>
 ///     go-on <threads> <count> <microseconds>
 ///                              starts threads that never end: each writes numbered entries, with a pause after each;
@@ -103,7 +103,7 @@ void startThreadsThatGoOn(unsigned int threadCount, unsigned int entryCount, uns
 /// Returns  the bytes of memory that are allocated and not freed.
 std::size_t usedMemory()
 {
-#ifdef CORVANE_TEST_SANITIZED // the sanitizers allocate in their own way, of which the C library knows nothing
+#ifdef CORVANE_TEST_SANITIZED // the C library doesn't count what a sanitizer's functions allocate
     return __sanitizer_get_current_allocated_bytes();
 #else
     const struct mallinfo2 memory = ::mallinfo2();

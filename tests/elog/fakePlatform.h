@@ -1,7 +1,7 @@
 /// Fakes of libzel and libpindle for a test of the client: they record every call with its arguments, fail on demand,
-/// and run jobs when the test says so. The program's own symbols take the place of the libraries'.
+/// and run jobs when the test says so. The client calls these functions because the program defines them itself.
 ///
-/// Threads  the test's alone: the fake active object has none.
+/// Threads  the test's alone: the fake active object starts none.
 #ifndef CORVANE_TESTS_ELOG_FAKEPLATFORM_H
 #define CORVANE_TESTS_ELOG_FAKEPLATFORM_H
 
@@ -20,13 +20,13 @@ using SentMessage = std::vector<unsigned char>;
 class FakePlatform
 {
 public:
-    /// The one that the calls reach. Made anew for each test.
+    /// The fakes' calls reach the newest. Each test has its own.
     FakePlatform();
     ~FakePlatform();
     FakePlatform(const FakePlatform&) = delete;
     FakePlatform& operator=(const FakePlatform&) = delete;
 
-    // What the calls answer.
+    // What the calls return.
     std::uint32_t mailboxId = 0x101;
     std::uint32_t engineId = 0x202;
     int timeouts = 0; ///< receives that time out before the reply comes

@@ -1,5 +1,5 @@
-/// A messaging library whose time-outs have passed already, to be preloaded: the first three receives time out, the
-/// fourth gets its reply, and no message can be allocated for an entry.
+/// A messaging library to be preloaded: the first three receives time out at once, the fourth gets its reply, and no
+/// message can be allocated for an entry.
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>

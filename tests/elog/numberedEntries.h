@@ -1,5 +1,5 @@
-/// Entries whose text follows from the thread that wrote them and their number, so that a torn, lost, doubled or
-/// displaced one shows.
+/// Entries whose text can be computed from their thread and number, so that a test notices a torn, lost, repeated or
+/// misplaced one.
 #ifndef CORVANE_TESTS_ELOG_NUMBEREDENTRIES_H
 #define CORVANE_TESTS_ELOG_NUMBEREDENTRIES_H
 
@@ -15,7 +15,7 @@ inline std::string textOfEntry(unsigned int thread, unsigned int number)
     return "entry " + std::to_string(number) + " of thread " + std::to_string(thread) + std::string(number % 50, '.');
 }
 
-/// 1 MiB, more than a socket holds: no part of it is like another, or like that of another number.
+/// 1 MiB, more than a socket holds. Its parts differ from each other and from those of other numbers.
 inline std::string bigTextOfEntry(unsigned int number)
 {
     std::string text(std::size_t{1} << 20U, '\0');
@@ -34,7 +34,7 @@ struct PlainEntry
     std::vector<unsigned int> params;
 };
 
-/// Entries at the edges of what there can be.
+/// Entries at the limits: empty, with NULs, long, with many parameters.
 inline std::vector<PlainEntry> edgeEntries()
 {
     std::vector<unsigned int> many(10000);

@@ -26,7 +26,7 @@ void append(std::vector<unsigned char>& bytes, const std::vector<std::uint32_t>&
     bytes.insert(bytes.end(), data, data + words.size() * sizeof(std::uint32_t));
 }
 
-/// Compares with the entry that should come next from its thread.
+/// Returns  whether this is the entry that should come next from its thread.
 bool isNext(const ReceivedEntry& entry, std::map<std::uint32_t, std::uint32_t>& next)
 {
     std::uint32_t thread = 0;
@@ -49,15 +49,15 @@ void pauseFor(std::chrono::microseconds duration)
 
 bool becomeEngine()
 {
-    return __zel_create_mailbox("ElogEngine", 0, "", 0) != 0xFFFFFFFF;
+    return __zel_create_mailbox("ElogEngine", 0, "", 0) != ZEL_NO_MAILBOX;
 }
 
 unsigned int locateEngine(const std::string& ownName)
 {
     __zel_create_mailbox(ownName.c_str(), 0, "", 0);
     zel_msg* message = __zel_alloc(4, 1, "", 0);
-    __zel_locate_async("ElogEngine", &message, 0xFFF00000, "", 0);
-    message = __zel_receive(nullptr, 60000, 0xFFF11111, "", 0);
+    __zel_locate_async("ElogEngine", &message, ZEL_OWN_MAILBOX, "", 0);
+    message = __zel_receive(nullptr, 60000, ZEL_ANY_SENDER, "", 0);
     if (message == nullptr) {
         throw std::runtime_error("there was no engine for a minute");
     }
@@ -73,7 +73,7 @@ void waitForEngine()
 
 ReceivedEntry receiveEntry()
 {
-    zel_msg* message = __zel_receive(nullptr, 60000, 0xFFF11111, "", 0);
+    zel_msg* message = __zel_receive(nullptr, 60000, ZEL_ANY_SENDER, "", 0);
     if (message == nullptr) {
         throw std::runtime_error("no entry came for a minute");
     }

@@ -1,4 +1,4 @@
-/// The engine's side of the event log for tests: receives messages and looks at every byte, or waits for an engine.
+/// The engine's side of the event log for tests: an engine that looks at every byte, and a client that waits for one.
 #ifndef CORVANE_TESTS_ELOG_TESTENGINE_H
 #define CORVANE_TESTS_ELOG_TESTENGINE_H
 
@@ -9,7 +9,7 @@
 
 namespace Corvane::Testing {
 
-/// A received message, apart from the bytes behind the text, which the client doesn't write.
+/// A received message without the bytes behind the text, which the client doesn't write.
 struct ReceivedEntry
 {
     std::size_t size = 0; ///< as it was allocated
@@ -19,7 +19,7 @@ struct ReceivedEntry
 
 /// Makes the calling thread the engine.
 ///
-/// Returns  false if there is another one.
+/// Returns  false if its mailbox can't be created.
 bool becomeEngine();
 
 /// Waits, in a new mailbox of the calling thread, until there is an engine.
@@ -27,7 +27,7 @@ bool becomeEngine();
 /// Returns  the engine's mailbox.
 unsigned int locateEngine(const std::string& ownName);
 
-/// Does so on a thread of its own: a client that ends before there is an engine drops what was written.
+/// Waits until there is an engine: a process that ends before loses what it has written.
 void waitForEngine();
 
 /// Waits for the next message, up to a minute.
@@ -41,9 +41,10 @@ std::vector<unsigned char> writtenBytes(unsigned int eventId, const std::string&
 std::vector<unsigned char> messageOf(unsigned int eventId, const std::string& text,
                                      const std::vector<unsigned int>& params);
 
-/// What the program does when it is started with "--engine <expected> <pause>": it prints "created", "flowing" when a
-/// thousand numbered entries have come, and when `expected` have come "complete" or what was wrong. It pauses `pause`
-/// microseconds after each; if it does, it also waits for a line behind "flowing". It ends with standard input.
+/// What a test program does when it is started with "--engine <expected> <pause>". It prints "created"; "flowing" when
+/// a thousand numbered entries have come; and when `expected` have come, "complete" or what was wrong with them. It
+/// pauses `pause` microseconds after each entry; unless that is 0, it also waits for a line of input after "flowing".
+/// It ends when its standard input ends.
 int runEngine(unsigned long expected, unsigned long pause);
 
 } // namespace Corvane::Testing
