@@ -46,7 +46,7 @@ public:
     static std::shared_ptr<ActiveObjectIf> start(const Job& init)
     {
         const auto object = std::make_shared<ActiveObject>();
-        object->m_thread = std::thread([object, init]() mutable { object->run(std::move(init)); });
+        object->m_thread = std::thread([object, init = init]() mutable { object->run(std::move(init)); });
         return {object.get(), [object](ActiveObjectIf* /*object*/) { object->release(); }};
     }
 
