@@ -39,7 +39,7 @@ bool isAsleep(pid_t threadId)
 }
 
 /// Its users and its thread own it: the users can leave the thread alone.
-class ActiveObject final : public ActiveObjectIf
+class ActiveObject final : public ActiveObjectIf, public std::enable_shared_from_this<ActiveObject>
 {
 public:
     /// Returns  the users' ownership. Its end is the release.
@@ -61,7 +61,8 @@ public:
         }
         m_jobs.push_back(std::move(job));
         if (std::exchange(m_isIdle, false)) {
-            lock.unlock(); // which the woken thread wants
+            const auto self = shared_from_this(); // once unlocked, the job may release the last owner
+            lock.unlock();                        // before the woken thread wants to lock
             m_changed.notify_one();
         }
     }
