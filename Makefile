@@ -12,25 +12,25 @@
 CTEST_FLAGS ?= -j2
 
 build:
-	@tools/packages build test
+	@tools/prerequisites build test
 	@tools/build "$$(tools/profile)"
 
 demo:
-	@tools/packages build test
+	@tools/prerequisites build test
 	@profile=$$(tools/profile) && tools/build $$profile && tools/demo build/$$profile
 
 test:
-	@tools/packages build test
+	@tools/prerequisites build test
 	@profile=$$(tools/profile) && tools/build $$profile && ctest --preset $$profile $(CTEST_FLAGS)
 
 check: test check-wider
 
 check-wider:
-	@tools/packages build test unit check
+	@tools/prerequisites build test unit check
 	@tools/check
 
 package:
-	@tools/packages build
+	@tools/prerequisites build
 	@tools/package
 
 clean:
