@@ -1,10 +1,10 @@
-# A thin front to the CMake presets. Each target installs what it needs if it is missing.
+# Short names for what the tools do. Each target installs the Debian packages that it needs.
 #
-#   make build    build the library and the examples (profile desk; distro where the 2.12 SDK can't be had)
-#   make demo     run the example shell on a script and show the trace of that run
-#   make test     build and run the tests
+#   make build    build all (preset desk; distro if the LTTng-UST 2.12 SDK can't be downloaded)
+#   make demo     run the example shell on a script, and show the trace of that run
+#   make test     build all and run the tests
 #   make check    everything that CI runs
-#   make package  make Debian packages in build/<preset>/packages
+#   make package  make the Debian packages, in build/PRESET/packages
 #   make clean    remove the build trees
 
 .PHONY: build demo test check check-wider package clean
@@ -21,7 +21,7 @@ demo:
 
 test:
 	@tools/prerequisites build test
-	@profile=$$(tools/profile) && tools/build $$profile && ctest --preset $$profile $(CTEST_FLAGS)
+	@profile=$$(tools/profile) && tools/build $$profile && tools/test $$profile $(CTEST_FLAGS)
 
 check: test check-wider
 
