@@ -1,4 +1,4 @@
-# Installation: the library with its headers and package files, and, as a component of their own, the stand-ins.
+# Installation: the library with its headers and package files. The stand-ins are a component of their own.
 
 include(CMakePackageConfigHelpers)
 
@@ -8,6 +8,8 @@ install(TARGETS corvane EXPORT CorvaneTargets
   LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}" COMPONENT runtime NAMELINK_COMPONENT development)
 install(DIRECTORY "${PROJECT_SOURCE_DIR}/include/" DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/corvane"
   COMPONENT development FILES_MATCHING PATTERN "*.h")
+install(FILES "${PROJECT_BINARY_DIR}/include/version/corvaneVersion.h"
+  DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/corvane/version" COMPONENT development)
 install(EXPORT CorvaneTargets NAMESPACE Corvane:: DESTINATION "${corvane_package_dir}" COMPONENT development)
 
 if(CORVANE_SYSTEM_PATHS)
@@ -19,7 +21,7 @@ if(CORVANE_SYSTEM_PATHS)
   install(DIRECTORY "${corvane_debug_dir}/" DESTINATION lib/debug/.build-id COMPONENT debug)
 endif()
 
-# The SDK's folders, for an installation on the machine that has the SDK.
+# An installation on this machine names the SDK's folders.
 set(corvane_config_lttng_includes "")
 set(corvane_config_lttng_libdir "")
 set(corvane_pc_lttng_cflags "")
@@ -33,12 +35,18 @@ if(CORVANE_LTTNG STREQUAL "sdk" AND NOT CORVANE_SYSTEM_PATHS)
 endif()
 configure_package_config_file("${PROJECT_SOURCE_DIR}/cmake/CorvaneConfig.cmake.in"
   "${PROJECT_BINARY_DIR}/CorvaneConfig.cmake" INSTALL_DESTINATION "${corvane_package_dir}")
-write_basic_package_version_file("${PROJECT_BINARY_DIR}/CorvaneConfigVersion.cmake" COMPATIBILITY SameMajorVersion)
+# docs/compatibility.md says the same in words.
+set(corvane_compatibility SameMajorVersion)
+if(PROJECT_VERSION_MAJOR EQUAL 0)
+  set(corvane_compatibility SameMinorVersion)
+endif()
+write_basic_package_version_file("${PROJECT_BINARY_DIR}/CorvaneConfigVersion.cmake"
+  COMPATIBILITY ${corvane_compatibility})
 install(FILES "${PROJECT_BINARY_DIR}/CorvaneConfig.cmake" "${PROJECT_BINARY_DIR}/CorvaneConfigVersion.cmake"
   DESTINATION "${corvane_package_dir}" COMPONENT development)
 
 file(RELATIVE_PATH corvane_pc_prefix
-  "/${CMAKE_INSTALL_LIBDIR}/pkgconfig" "/") # from the file's own folder, so that the tree can be moved
+  "/${CMAKE_INSTALL_LIBDIR}/pkgconfig" "/") # relative to the file, so that an installation can be moved
 string(REGEX REPLACE "/$" "" corvane_pc_prefix "${corvane_pc_prefix}")
 configure_file("${PROJECT_SOURCE_DIR}/cmake/corvane.pc.in" "${PROJECT_BINARY_DIR}/corvane.pc" @ONLY)
 install(FILES "${PROJECT_BINARY_DIR}/corvane.pc" DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig" COMPONENT development)

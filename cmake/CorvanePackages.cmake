@@ -16,8 +16,8 @@ set(CPACK_DEBIAN_PACKAGE_ARCHITECTURE "${corvane_sdk_arch}")
 set(CPACK_DEBIAN_COMPRESSION_TYPE xz)
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 
-# By hand, since a cross build has no package database to look them up in; a test compares the versions with the symbol
-# versions that the files need.
+# Written by hand, because a cross build has no package database to look them up. A test compares the versions with the
+# symbol versions that the files need.
 if(CORVANE_LTTNG STREQUAL "sdk")
   set(corvane_tracer "liblttng-ust0 (>= 2.12)")
   set(corvane_tracer_headers "liblttng-ust-dev (>= 2.12), liblttng-ust-dev (<< 2.13)")
@@ -27,13 +27,13 @@ else()
 endif()
 set(corvane_c_runtime "libc6 (>= 2.34), libgcc-s1 (>= 3.0)")
 
-# What the loader's cache and other packages' builds have to know of the library.
+# Updates the loader's cache, and tells other packages' builds on what to depend.
 set(corvane_control "${PROJECT_BINARY_DIR}/control")
 file(CONFIGURE OUTPUT "${corvane_control}/triggers" CONTENT "activate-noawait ldconfig\n")
 file(CONFIGURE OUTPUT "${corvane_control}/shlibs" CONTENT "libcorvane 0 libcorvane0 (>= ${PROJECT_VERSION})\n")
 
-# libzel.so.1, libpindle.so.0 and libtpx.so.0 belong to the unit, whose packages have names of their own. A dependency
-# that the stand-ins meet would have them installed over the unit's; so the library only suggests them.
+# libzel.so.1, libpindle.so.0 and libtpx.so.0 belong to the unit, in packages of other names. If the library depended on
+# them, apt could install the stand-ins over the unit's libraries. So the library only suggests the stand-ins.
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME libcorvane0)
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_SECTION libs)
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_DEPENDS "${corvane_c_runtime}, ${corvane_tracer}, libstdc++6 (>= 11)")
@@ -71,17 +71,17 @@ if(CORVANE_PLATFORM STREQUAL "host")
   set(CPACK_DEBIAN_STANDINS_PACKAGE_NAME corvane-platform-standins)
   set(CPACK_DEBIAN_STANDINS_PACKAGE_SECTION libs)
   set(CPACK_DEBIAN_STANDINS_PACKAGE_DEPENDS "${corvane_c_runtime}, libstdc++6 (>= 12)")
-  # Whoever else provides the platform is the unit's own. Without shlibs: nothing may come to depend on the stand-ins.
+  # A unit's own packages may provide the platform too. Without shlibs, no package comes to depend on the stand-ins.
   set(CPACK_DEBIAN_STANDINS_PACKAGE_PROVIDES corvane-platform)
   set(CPACK_DEBIAN_STANDINS_PACKAGE_CONFLICTS corvane-platform)
   set(CPACK_DEBIAN_STANDINS_PACKAGE_CONTROL_EXTRA "${corvane_control}/triggers")
   set(CPACK_DEBIAN_STANDINS_DESCRIPTION "stand-ins for a radio unit's platform libraries
-libzel.so.1, libpindle.so.0 and libtpx.so.0 for machines that are no unit,
-so that libcorvane and its applications can be built, run and tested
-there. They must not be installed on a unit, which has its own.")
+libzel.so.1, libpindle.so.0 and libtpx.so.0 for machines other than a
+unit: libcorvane and its applications can be built, run and tested with
+them. They must not be installed on a unit, which has its own.")
 endif()
 
-# Debian's form of CHANGELOG.md's part on this version, in each package.
+# Each package carries the license, and this version's part of CHANGELOG.md in Debian's form.
 if(CORVANE_SYSTEM_PATHS)
   find_program(CORVANE_GZIP gzip REQUIRED)
   mark_as_advanced(CORVANE_GZIP)
@@ -91,7 +91,7 @@ if(CORVANE_SYSTEM_PATHS)
   string(REGEX REPLACE "\n+$" "" corvane_changes "${corvane_changes}")
   string(REPLACE "\n" "\n  " corvane_changes "  ${corvane_changes}")
   string(REPLACE "  - " "  * " corvane_changes "${corvane_changes}")
-  string(TIMESTAMP corvane_date "%a, %d %b %Y %H:%M:%S +0000" UTC) # that of SOURCE_DATE_EPOCH
+  string(TIMESTAMP corvane_date "%a, %d %b %Y %H:%M:%S +0000" UTC) # of SOURCE_DATE_EPOCH, if set
   file(CONFIGURE OUTPUT "${corvane_control}/changelog" @ONLY CONTENT
 "corvane (${PROJECT_VERSION}) unstable; urgency=medium
 
@@ -104,6 +104,8 @@ ${corvane_changes}
   foreach(component IN LISTS CPACK_COMPONENTS_ALL)
     string(TOUPPER "${component}" variable)
     install(FILES "${corvane_control}/changelog.gz" COMPONENT ${component}
+      DESTINATION "share/doc/${CPACK_DEBIAN_${variable}_PACKAGE_NAME}")
+    install(FILES "${PROJECT_SOURCE_DIR}/LICENSE" RENAME copyright COMPONENT ${component}
       DESTINATION "share/doc/${CPACK_DEBIAN_${variable}_PACKAGE_NAME}")
   endforeach()
 endif()

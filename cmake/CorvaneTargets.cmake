@@ -1,11 +1,11 @@
-# What every target of this tree has in common. Nothing here reaches the targets of a user.
+# What all targets of this tree have in common. The targets of a user get none of it.
 
 find_package(Threads REQUIRED)
 include(Hardening)
 
-# __FILE__ and debug information name files of this tree, wherever it lies and is built, and the SDK's as the system's:
-# the same sources give the same bytes. GCC takes the last map that fits a path, clang another; there the build folder
-# is named by an option of its own.
+# __FILE__ and debug information name each file by its place in the tree, so that the same sources give the same bytes in
+# every folder. Where several maps fit a path, GCC takes the last and clang another one; so clang gets the build folder
+# by an option of its own.
 set(corvane_path_maps "-ffile-prefix-map=${PROJECT_SOURCE_DIR}/=" "-ffile-prefix-map=${PROJECT_BINARY_DIR}=build")
 if(CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
   list(APPEND corvane_path_maps "-ffile-compilation-dir=build")
@@ -28,14 +28,14 @@ function(corvane_target_defaults target)
   if(CORVANE_SANITIZE)
     target_compile_options(${target} PRIVATE
       "-fsanitize=${CORVANE_SANITIZE}" -fno-sanitize-recover=all -fno-omit-frame-pointer
-      # In instrumented code of <regex> GCC 12 sees uninitialised values where there are none.
+      # GCC 12 wrongly reports uninitialised values in the instrumented code of <regex>.
       $<$<CXX_COMPILER_ID:GNU>:-Wno-maybe-uninitialized>)
     target_link_options(${target} PRIVATE "-fsanitize=${CORVANE_SANITIZE}")
   endif()
 endfunction()
 
-# A stand-in for one of the unit's closed libraries: same soname, same symbols. MAP names those of a library that has
-# more inside than its symbols.
+# Adds a stand-in for one of the unit's closed libraries, with the same soname and symbols. MAP is the version script of a
+# stand-in that has other global symbols too.
 function(corvane_add_standin target soversion)
   cmake_parse_arguments(PARSE_ARGV 2 arg "" "MAP" "SOURCES")
   add_library(${target} SHARED ${arg_SOURCES})
@@ -43,12 +43,12 @@ function(corvane_add_standin target soversion)
   set_target_properties(${target} PROPERTIES
     CXX_VISIBILITY_PRESET default
     SOVERSION ${soversion}
-    BUILD_WITH_INSTALL_RPATH ON) # it needs nothing but the system
+    BUILD_WITH_INSTALL_RPATH ON) # it needs system libraries only
   if(NOT CMAKE_LIBRARY_OUTPUT_DIRECTORY) # beside libcorvane, as in an installation
     set_target_properties(${target} PROPERTIES LIBRARY_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}")
   endif()
   target_include_directories(${target} PUBLIC "${PROJECT_SOURCE_DIR}/platform/include")
-  if(CORVANE_SYSTEM_PATHS) # nobody debugs them where they are installed
+  if(CORVANE_SYSTEM_PATHS) # installed stand-ins are not debugged
     target_link_options(${target} PRIVATE "LINKER:--strip-all")
   endif()
   if(arg_MAP)

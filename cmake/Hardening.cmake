@@ -1,13 +1,23 @@
-# What a distribution hardens its programs and libraries with. Says what `tests/hardening` then reads from the files.
+# The compiler and linker options with which a distribution hardens its files. tests/hardening reads the result from the
+# built files.
+#
+# AArch64: the code has landing pads for indirect branches (BTI) and signs return addresses (PAC). PAC works. BTI is not
+# in force: the loader guards a file only if its note asks for it, and the linker writes the note only if all objects
+# have it. The start files of Debian's cross compiler (crti.o and others) don't. `-z force-bti` writes the note anyway,
+# but then the loader's call of crti.o's _init(), which has no landing pad, ends the program (SIGILL, seen under
+# emulation). A toolchain with marked start files gives the note without a change here.
+#
+# x86-64: not compiled with -fcf-protection. Debian 12's crti.o has no mark there either, and its C library doesn't
+# switch the protection on.
 
-# Marks a target's code and files as hardened.
+# Hardens a target.
 function(corvane_harden target)
   target_compile_options(${target} PRIVATE -fstack-protector-strong)
   if(CMAKE_SYSTEM_PROCESSOR MATCHES "^(aarch64|arm64)$")
     target_compile_options(${target} PRIVATE -mbranch-protection=standard)
   endif()
-  if(NOT CORVANE_SANITIZE) # the sanitizers look at the calls that it would replace
-    # It needs an optimised build. A compiler that defines it by itself would warn of the second definition.
+  if(NOT CORVANE_SANITIZE) # the sanitizers check the same calls themselves
+    # It needs optimisation. -U comes first because some compilers define it themselves and would warn.
     target_compile_options(${target} PRIVATE
       "$<$<CONFIG:Release,RelWithDebInfo,MinSizeRel>:-U_FORTIFY_SOURCE;-D_FORTIFY_SOURCE=2>")
   endif()

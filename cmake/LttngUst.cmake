@@ -26,8 +26,9 @@ if(CORVANE_LTTNG STREQUAL "sdk")
   list(APPEND corvane_path_maps "-ffile-prefix-map=${corvane_sdk}/=/")
   target_include_directories(corvane_lttng_ust SYSTEM INTERFACE ${corvane_lttng_includes})
   target_link_libraries(corvane_lttng_ust INTERFACE "${corvane_lttng_libdir}/liblttng-ust.so" ${CMAKE_DL_LIBS})
-  # The SDK's libraries need each other, and the provider opens one of them by name: that takes a DT_RPATH, which holds
-  # for the whole chain, where a DT_RUNPATH holds for one step.
+  # The SDK's libraries need each other and don't say where they are. With a DT_RPATH the loader looks in the SDK for the
+  # needs of those libraries too; a DT_RUNPATH holds for the library's own needs only. The price is that DT_RPATH comes
+  # before LD_LIBRARY_PATH.
   add_link_options("LINKER:--disable-new-dtags" "LINKER:-rpath-link,${corvane_lttng_libdir}")
   list(APPEND CMAKE_BUILD_RPATH "${corvane_lttng_libdir}")
 elseif(CORVANE_LTTNG STREQUAL "system")

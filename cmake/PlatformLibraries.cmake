@@ -1,7 +1,7 @@
 # The unit's platform libraries, from a sysroot. Their interfaces are this tree's own, in platform/include.
 
-# Sets `result` to a platform library's file in CORVANE_PLATFORM_DIR. The sysroot of a unit may have it only under its
-# soname. Nothing stays cached: another sysroot is another library.
+# Sets `result` to the file of a platform library in CORVANE_PLATFORM_DIR, where it may be named by its soname only.
+# Nothing is cached, so that a change of CORVANE_PLATFORM_DIR takes effect.
 function(corvane_find_platform_library result name soname)
   if(CORVANE_PLATFORM_DIR)
     set(folders "lib/${corvane_multiarch}" lib64 lib "usr/lib/${corvane_multiarch}" usr/lib64 usr/lib)

@@ -1,8 +1,8 @@
-# Run after a library was linked: moves its debug symbols to a file that debuggers find by the library's build id.
+# Runs after a library is linked. Moves its debug symbols to a file that debuggers find by the library's build id.
 #
 #   cmake -DLIBRARY=file -DFOLDER=folder -DREADELF=... -DOBJCOPY=... -P SplitDebugSymbols.cmake
 #
-# FOLDER becomes what /usr/lib/debug/.build-id has of this library. A library without debug symbols is only stripped.
+# FOLDER gets what belongs into /usr/lib/debug/.build-id. A library without debug symbols is only stripped.
 
 execute_process(COMMAND "${READELF}" --notes "${LIBRARY}" OUTPUT_VARIABLE notes COMMAND_ERROR_IS_FATAL ANY)
 if(NOT notes MATCHES "Build ID: ([0-9a-f][0-9a-f])([0-9a-f]+)")
@@ -10,9 +10,9 @@ if(NOT notes MATCHES "Build ID: ([0-9a-f][0-9a-f])([0-9a-f]+)")
 endif()
 set(file "${FOLDER}/${CMAKE_MATCH_1}/${CMAKE_MATCH_2}.debug")
 
-file(REMOVE_RECURSE "${FOLDER}") # an earlier link's
+file(REMOVE_RECURSE "${FOLDER}") # from an earlier link
 file(MAKE_DIRECTORY "${FOLDER}/${CMAKE_MATCH_1}")
-# Not compressed: objcopy leaves bytes of a compressed section's header to chance, and packages are compressed anyway.
+# Not compressed: objcopy leaves some bytes of a compressed section's header unset, and packages are compressed anyway.
 execute_process(COMMAND "${OBJCOPY}" --only-keep-debug "${LIBRARY}" "${file}"
   COMMAND_ERROR_IS_FATAL ANY)
 execute_process(COMMAND "${OBJCOPY}" --strip-unneeded "--add-gnu-debuglink=${file}" "${LIBRARY}"

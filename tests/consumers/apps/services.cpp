@@ -1,4 +1,4 @@
-/// An application of all three services, which knows them by their installed headers alone.
+/// An application that uses all three services through their installed headers.
 #include <iostream>
 #include <memory>
 #include <ostream>
@@ -8,6 +8,11 @@
 #include <command/cmdTableHelperIf.h>
 #include <elog/elogIf.h>
 #include <ramfs/fileManagerIf.h>
+#include <version/corvaneVersion.h>
+
+#if CORVANE_VERSION < CORVANE_VERSION_NUMBER(0, 1, 0) || CORVANE_VERSION > CORVANE_VERSION_NUMBER(0, 1, 999)
+#error "this application is written for version 0.1"
+#endif
 
 namespace {
 
@@ -32,6 +37,8 @@ int note(const std::vector<std::string>& words, std::ostream& out)
 
 int main()
 {
+    std::cout << "compiled with " << CORVANE_VERSION_MAJOR << "." << CORVANE_VERSION_MINOR << "."
+              << CORVANE_VERSION_PATCH << "\n";
     const std::vector<CmdDefinitionCpp> table = {{"note <file> <text>", note, "Keeps a text in a file."}};
     CmdTableHelperIf& commands = CmdTableHelperIf::getInstance();
     commands.registerCmdTable("note", table);
