@@ -33,5 +33,9 @@ package:
 	@tools/prerequisites build
 	@tools/package
 
+docs/architecture.svg: docs/architecture.dot
+	@tools/prerequisites docs
+	dot -Tsvg $< -o $@
+
 clean:
 	rm -rf build
