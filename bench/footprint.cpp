@@ -1,10 +1,10 @@
-/// What the library costs an application: heap and threads after the load, after the first use of each service, and for
-/// each thing that a service keeps.
+/// Measures what the library costs an application: heap and threads after the load, after the first use of each
+/// service, and for each thing that a service keeps.
 ///
-/// Writes a line "NAME HEAP THREADS" for each step, where HEAP are the bytes that C++ code took from the heap since the
-/// step before (LTTng's are not among them: it is written in C) and THREADS the threads started since then by anybody
-/// but LTTng. After each it waits for a line on standard input, so that somebody else may look at the process.
-/// Exit status: 0 all steps were done; 1 the event log's client didn't come to wait for its engine.
+/// Writes a line "NAME HEAP THREADS" for each step. HEAP is the number of bytes that C++ code has allocated since the
+/// last step, without LTTng, which is written in C. THREADS is the number of threads started since then, without
+/// LTTng's. After each line the program waits for a line on standard input; meanwhile tools/footprint looks at the
+/// process. Exit status: 0 all steps were done; 1 the event log's client never waited for its engine.
 #include <array>
 #include <atomic>
 #include <chrono>
@@ -30,10 +30,11 @@
 
 namespace {
 
+// NOLINTBEGIN(cppcoreguidelines-avoid-non-const-global-variables): the replaced functions below reach nothing else
 std::atomic<long> heapBytes{0};
 std::atomic<int> threadsStarted{0};
 
-/// The event log's client, whose thread stays where it waits for the engine until it has been looked at.
+/// The thread of the event log's client. It stops where it waits for the engine, until it has been measured.
 struct Client
 {
     std::mutex mutex;
@@ -41,6 +42,7 @@ struct Client
     bool isWaiting = false;
     bool isMeasured = false;
 } client;
+// NOLINTEND(cppcoreguidelines-avoid-non-const-global-variables)
 
 long sizeOf(void* block)
 {
@@ -70,7 +72,7 @@ void operator delete(void* block, std::size_t) noexcept
     operator delete(block);
 }
 
-// The parameters have other names in the C library, which are reserved.
+// The C library's names for the parameters are reserved.
 // NOLINTNEXTLINE(readability-inconsistent-declaration-parameter-name)
 extern "C" int pthread_create(pthread_t* thread, const pthread_attr_t* attributes, void* (*start)(void*),
                               void* argument)
@@ -108,7 +110,7 @@ using Corvane::RamFs::V1::FileManagerIf;
 
 constexpr std::size_t many = 1000;
 
-/// Tells what a step cost. What the telling itself takes is freed before it is over.
+/// Writes what a step cost. Frees what the writing itself allocates.
 class Steps
 {
 public:
@@ -167,7 +169,7 @@ void measureFiles(Steps& steps)
     steps.done("closed");
 }
 
-/// Returns  false if the client's thread doesn't come to wait.
+/// Returns  false if the client's thread never waits.
 bool measureEventLog(Steps& steps)
 {
     ElogIf::getInstance();

@@ -50,11 +50,11 @@ std::string provider = "com_brimlow_kelpsys_corvane";
 #define CORVANE_TEST_ATTACHMENT(event, function)                                                                       \
     void attach##event(void* data)                                                                                     \
     {                                                                                                                  \
-        CORVANE_TEST_CALL(register, event, reinterpret_cast<void (*)()>(&function), data);                             \
+        CORVANE_TEST_CALL(register, event, reinterpret_cast<void (*)()>(&(function)), data);                           \
     }                                                                                                                  \
     void detach##event(void* data)                                                                                     \
     {                                                                                                                  \
-        CORVANE_TEST_CALL(unregister, event, reinterpret_cast<void (*)()>(&function), data);                           \
+        CORVANE_TEST_CALL(unregister, event, reinterpret_cast<void (*)()>(&(function)), data);                         \
     }
 
 CORVANE_TEST_ATTACHMENT(TRACE1, probeTrace<ProbedEvent::Trace1>)
