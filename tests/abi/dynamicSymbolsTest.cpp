@@ -1,5 +1,5 @@
-/// Holds what the dynamic loader sees of libcorvane.so.0 to checked-in lists: symbols, soname, needed libraries, and
-/// the names that it looks up while it is loaded.
+/// Compares what the dynamic loader sees of libcorvane.so.0 with lists: its symbols, its soname, the libraries that it
+/// needs, and the names that it looks up while it is loaded.
 #include <algorithm>
 #include <fstream>
 #include <iterator>
@@ -21,7 +21,7 @@ using testing::ElementsAre;
 using testing::ElementsAreArray;
 using testing::UnorderedElementsAreArray;
 
-// What LTTng's macros look up while the library is loaded and unloaded, and what they write if that fails.
+// What LTTng's macros look up while the library is loaded and unloaded, and their error texts.
 
 #ifdef CORVANE_TEST_LTTNG_2_12
 constexpr const char* tracepointList = CORVANE_TEST_SOURCE_DIR "/tracepoints-2.12.symbols";
@@ -83,7 +83,7 @@ protected:
 #endif
     }
 
-    /// Returns  what a tool prints of the library.
+    /// Returns  what a tool prints about the library.
     static std::string print(const std::string& tool, const std::vector<std::string>& options)
     {
         std::vector<std::string> command = {tool};
@@ -94,7 +94,7 @@ protected:
         return result.out;
     }
 
-    /// Returns  the values of the dynamic section's entries of one kind, in their order.
+    /// Returns  the values of all entries of one kind in the dynamic section, in their order.
     static std::vector<std::string> dynamicEntries(const std::string& kind)
     {
         std::vector<std::string> values;
@@ -158,23 +158,23 @@ TEST_F(DynamicSymbols, HaveTheTracepointObjectsInTheOrderOfTheirRegistration)
                                    "TRACE3", "TRACE2", "TRACE1", "STATE_CHANGE", "INFO", "ERROR"));
 }
 
-TEST_F(DynamicSymbols, ComeUnderTheLibrarysOwnName)
+TEST_F(DynamicSymbols, BelongToTheLibrarysSoname)
 {
     EXPECT_THAT(dynamicEntries("SONAME"), ElementsAre("libcorvane.so.0"));
 }
 
 TEST_F(DynamicSymbols, NeedNoOtherLibraries)
 {
-    // In the order in which they are linked, which is the order in which the loader looks for symbols.
+    // In the order of linking, in which the loader also looks for symbols.
     std::vector<std::string> expected = {tracer,           "libpindle.so.0", "libtpx.so.0", "libzel.so.1",
                                          "libstdc++.so.6", "libgcc_s.so.1",  "libc.so.6"};
 #ifdef __aarch64__
-    expected.emplace_back("ld-linux-aarch64.so.1"); // has the value with which a stack is protected
+    expected.emplace_back("ld-linux-aarch64.so.1"); // it has the stack protector's value
 #endif
     EXPECT_THAT(dynamicEntries("NEEDED"), ElementsAreArray(expected));
 }
 
-TEST_F(DynamicSymbols, AreJoinedByTheTextsThatRegistrationNeeds)
+TEST_F(DynamicSymbols, AreLookedUpByNamesThatTheLibraryContains)
 {
     const std::string library = contentOf(CORVANE_TEST_LIBRARY);
     for (const std::string& text : loadTimeTexts) {

@@ -1,4 +1,4 @@
-/// A library with something to harden: a call that can be checked, a frame with an array, and an indirect branch.
+/// A library that hardening changes: it has a call that can be checked, a frame with an array, and an indirect branch.
 #include <cstddef>
 #include <cstring>
 
@@ -15,7 +15,7 @@ std::size_t corvaneHardeningSample(const char* text, std::size_t length, Callbac
 }
 
 #ifdef CORVANE_TEST_TEXT_RELOCATION
-// An address within the code, which a library that can be loaded anywhere has relocated there.
+// An address in the code, which the loader must relocate there.
 asm(".text\n"
     "    .8byte strlen\n");
 #endif

@@ -81,7 +81,7 @@ std::vector<std::string> joinEnvironment(const std::vector<std::string>& additio
     return joined;
 }
 
-/// The program's standard files; every other file of this process is closed in it.
+/// The standard files of the program. All other files of this process are closed in it.
 int start(std::vector<std::string> command, std::vector<std::string> environment, int in, int out, int err)
 {
     command = runnable(std::move(command), environment);
@@ -108,7 +108,9 @@ bool becomesReadable(int fd)
     return TEMP_FAILURE_RETRY(poll(&polled, 1, hangMilliseconds)) > 0;
 }
 
-/// Returns  how the program ended; one that hangs is killed.
+/// Waits for the end of a program. Kills one that hangs.
+///
+/// Returns  how it ended.
 int waitForEnd(pid_t pid, bool& hung)
 {
     const FileDescriptor process(static_cast<int>(syscall(SYS_pidfd_open, pid, 0)));

@@ -1,4 +1,4 @@
-/// Runs a program to its end and tells how it ended and what it wrote.
+/// Runs programs for tests, and returns how they ended and what they wrote.
 ///
 /// Threads  any.
 #ifndef CORVANE_TESTS_SUPPORT_CHILDPROCESS_H
@@ -12,7 +12,7 @@ namespace Corvane::Testing {
 /// How a program ended.
 struct ProgramResult
 {
-    int pid = -1;    ///< the number that its process had
+    int pid = -1;    ///< the id of its process
     int status = 0;  ///< its exit status, or minus the number of the signal that ended it
     std::string out; ///< what it wrote to standard output
     std::string err; ///< what it wrote to standard error
@@ -20,37 +20,37 @@ struct ProgramResult
 
 /// Runs `command` and waits for its end. Standard input is empty.
 ///
-/// `environment` are variables, "NAME=value", that the program gets beside those of this process, or in place of one of
-/// the same name. The first word of `command` is looked up in the path.
+/// `environment` are variables, "NAME=value". They are added to those of this process, or replace the ones of the same
+/// name. The first word of `command` is looked up in the path.
 ///
-/// Errors  std::system_error if it can't be started (a program that isn't there, say); std::runtime_error if it isn't
-///         over after two minutes, and is killed then.
+/// Errors  std::system_error if the program can't be started, because it doesn't exist for example.
+///         std::runtime_error if it has not ended after two minutes; it is then killed.
 ProgramResult runProgram(const std::vector<std::string>& command, const std::vector<std::string>& environment = {});
 
-/// A program that runs beside the test until its standard input ends, and says on its standard output how it is doing.
+/// A program that runs beside the test until its standard input ends. It reports on its standard output.
 class Companion
 {
 public:
     /// Starts `command` as runProgram() does, with standard input and standard output connected to this object.
     Companion(const std::vector<std::string>& command, const std::vector<std::string>& environment);
 
-    /// Does what finish() does, unless that was called.
+    /// Calls finish(), if the test hasn't.
     ~Companion();
 
-    /// Returns  the next line that it writes, without the line feed; empty if it ends or is silent for two minutes.
+    /// Returns  its next line of output, without the line feed; empty if it ends or writes nothing for two minutes.
     std::string readLine();
 
-    /// Writes a line, to which the line feed is added, to its standard input.
+    /// Writes a line to its standard input. Adds the line feed.
     ///
-    /// Errors  std::system_error if it doesn't read any more.
+    /// Errors  std::system_error if it has closed its standard input.
     void writeLine(const std::string& line);
 
-    /// Ends its standard input and waits for its end. One that doesn't end within two minutes is killed.
+    /// Closes its standard input and waits for its end. Kills it after two minutes.
     ///
     /// Returns  its exit status, or minus the number of the signal that ended it.
     int finish();
 
-    /// Returns  the number of its process.
+    /// Returns  the id of its process.
     int pid() const { return m_pid; }
 
     Companion(const Companion&) = delete;

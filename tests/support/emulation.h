@@ -1,7 +1,7 @@
-/// How a test starts a program of this build: as it is, or through the emulator of the machine that it is built for.
+/// How a test starts a program of this build: directly, or through the emulator if this is a cross build.
 ///
-/// The kernel runs the tools of this machine from an emulated test as from any other; only programs that are built like
-/// the test itself need the emulator in front.
+/// Tools of this machine run without the emulator, from an emulated test too. Only programs that are built like the
+/// test itself need it.
 #ifndef CORVANE_TESTS_SUPPORT_EMULATION_H
 #define CORVANE_TESTS_SUPPORT_EMULATION_H
 
@@ -10,20 +10,20 @@
 
 namespace Corvane::Testing {
 
-/// Returns  whether this build runs under an emulator.
+/// Returns  true if this build runs under an emulator.
 bool isEmulated();
 
-/// Returns  `command` with the emulator in front where its program needs one.
+/// Returns  `command`, with the emulator in front if its program needs one.
 ///
-/// `environment` are the variables, "NAME=value", that are set for the program alone. Those that instruct a dynamic
-/// loader are then told to the emulator, for its program, and are no longer in it.
+/// `environment` are the variables, "NAME=value", of this program. Variables for a dynamic loader (LD_...) are moved to
+/// the emulator's options, so that they reach the program and not the emulator.
 std::vector<std::string> runnable(std::vector<std::string> command, std::vector<std::string>& environment);
 
-/// The same without any such variables.
+/// The same without variables.
 std::vector<std::string> runnable(std::vector<std::string> command);
 
-/// Returns  the style of GoogleTest's death tests that works here: an emulated test can't start itself anew, as
-///          "threadsafe" ones do; it forks.
+/// Returns  the style of death tests that works here. "threadsafe" starts the test program again. An emulated test
+///          can't do that; it must fork.
 const char* deathTestStyle();
 
 } // namespace Corvane::Testing

@@ -1,4 +1,4 @@
-/// The replaced operator new, apart from the code that calls it, so that the compiler can't see through the pair.
+/// The replaced operator new. It is in a file of its own, so that the compiler can't optimise calls of it away.
 #include "tests/support/failingAllocation.h"
 
 #include <cstdlib>

@@ -1,4 +1,4 @@
-/// Makes an allocation of this thread fail. A program that links it has its global operator new replaced.
+/// Makes an allocation of this thread fail. It replaces the global operator new of the program.
 #ifndef CORVANE_TESTS_SUPPORT_FAILINGALLOCATION_H
 #define CORVANE_TESTS_SUPPORT_FAILINGALLOCATION_H
 
@@ -8,7 +8,7 @@
 
 namespace Corvane::Testing {
 
-/// Lets `count` allocations of this thread through and fails the next one. Lives for one attempt.
+/// Fails the allocation of this thread that follows the next `count` ones. Lives for one attempt.
 class FailingAllocation
 {
 public:
@@ -17,7 +17,7 @@ public:
     FailingAllocation(const FailingAllocation&) = delete;
     FailingAllocation& operator=(const FailingAllocation&) = delete;
 
-    /// Returns  whether the failure has happened.
+    /// Returns  true if the failure has happened.
     bool hasFailed() const;
 };
 

@@ -42,7 +42,7 @@ private:
 
 namespace {
 
-/// Whether a program of that name is on the path.
+/// Returns  true if a program of that name is on the path.
 bool isInstalled(const std::string& name)
 {
     const char* const variable = std::getenv("PATH");
@@ -64,7 +64,7 @@ fs::path makeFolder()
     return path;
 }
 
-/// Returns  the folders that hold the traces of `processes`: every process has one of its own, named "NAME-PID-TIME".
+/// Returns  the folders of the traces of `processes`. Each process has one, named "NAME-PID-TIME".
 std::vector<std::string> findTraces(const fs::path& folder, const std::vector<int>& processes)
 {
     std::vector<std::string> traces;
@@ -87,7 +87,7 @@ std::string readTraces(const std::vector<std::string>& options, const std::vecto
     command.insert(command.end(), options.begin(), options.end());
     command.insert(command.end(), traces.begin(), traces.end());
     const ProgramResult result = runProgram(command);
-    // babeltrace2 tells of lost events as a warning.
+    // babeltrace2 reports lost events as a warning.
     if (result.status != 0 || result.err.find("discarded") != std::string::npos) {
         throw std::runtime_error("babeltrace2 ends with " + std::to_string(result.status) + ": " + result.err);
     }
@@ -183,10 +183,10 @@ void LiveSession::startDaemon()
 
 void LiveSession::startSession()
 {
-    const std::string name = m_folder.filename(); // unique on this machine, as the folder is
+    const std::string name = m_folder.filename(); // unique on this machine, because the folder is
     needLttng({"create", name, "--output=" + (m_folder / "trace").string()});
     m_sessionName = name;
-    // Buffers of its own for every process keep the programs of this test apart from all others.
+    // Separate buffers for each process keep the programs of this test apart from all others.
     needLttng({"enable-channel", "--userspace", "--session=" + name, "--buffers-pid", "--subbuf-size=1M",
                "--num-subbuf=4", "events"});
     needLttng(

@@ -7,11 +7,11 @@
 ///     session.run({EMIT_PROGRAM, "argument"});
 ///     const Recording recording = session.finish();
 ///
-/// A session daemon that runs already is used and left alone; otherwise one runs for as long as the object lives. As
-/// root there is one daemon per machine; another user's daemon has a folder of its own here. Recordings on one machine
-/// exclude each other by a lock on ${TMPDIR:-/tmp}/corvane-lttng-<uid>.lock, which is held as long as the object lives.
-/// Other programs that use the library meanwhile are traced too, but are no part of the recording. The destructor takes
-/// everything away: the LTTng session, the daemon, the folder, the lock.
+/// A session daemon that is running is used and left alone. Otherwise the object starts one and ends it in its
+/// destructor. root has one daemon per machine; the daemon of another user gets a folder of its own here. Only one
+/// recording of a user runs at a time: the object holds a lock on ${TMPDIR:-/tmp}/corvane-lttng-<uid>.lock. Other
+/// programs that use the library meanwhile are traced too, but are not in the recording. The destructor removes the
+/// LTTng session, the daemon, the folder and the lock.
 ///
 /// Threads  one thread at a time.
 #ifndef CORVANE_TESTS_SUPPORT_LIVESESSION_H
@@ -30,10 +30,9 @@ namespace Corvane::Testing {
 class LiveSession
 {
 public:
-    /// Waits for the lock, gets a daemon and starts to record all events of the provider.
+    /// Waits for the lock, starts a daemon if needed, and starts to record all events of the provider.
     ///
-    /// Errors  std::exception if the tools are installed and yet don't record: that is a failure, nothing to be
-    /// skipped.
+    /// Errors  std::exception if the tools are installed and don't record: the test must then fail, not be skipped.
     LiveSession();
 
     ~LiveSession();
@@ -41,24 +40,24 @@ public:
     /// Returns  which tool is not installed on this machine, for GTEST_SKIP; empty if it records.
     const std::string& whyNot() const { return m_whyNot; }
 
-    /// Returns  variables, "NAME=value", with which a traced program must be started. It doesn't begin its main()
-    ///          before the daemon knows it, however slow the machine is.
+    /// Returns  variables, "NAME=value", that a traced program needs. With them its main() begins only when the daemon
+    ///          knows the program, however slow the machine is.
     std::vector<std::string> environment() const;
 
-    /// Runs a program to its end and makes its events, not those of programs that it starts, part of the recording.
+    /// Runs a program to its end and records its events, without those of programs that it starts.
     ///
     /// Requires  whyNot() is empty; finish() was not called.
     /// Errors    those of Corvane::Testing::runProgram().
     ProgramResult run(const std::vector<std::string>& command, const std::vector<std::string>& environment = {});
 
-    /// Makes the events of a process that was started in another way, with environment(), part of the recording.
+    /// Records the events of a process that was started in another way, with the variables of environment().
     void follow(int pid);
 
     /// Stops recording and reads back what was recorded.
     ///
-    /// Requires  as run(); processes that are followed are over, or have emitted what they should.
+    /// Requires  as run(); followed processes have ended, or have emitted all events that the test looks for.
     /// Errors    std::runtime_error if LTTng or babeltrace2 fails, if the tracer lost an event, or if the recording
-    ///           can't be understood.
+    ///           has an unknown form.
     Recording finish();
 
     LiveSession(const LiveSession&) = delete;
@@ -73,7 +72,7 @@ private:
     ProgramResult lttng(const std::vector<std::string>& arguments) const;
     void needLttng(const std::vector<std::string>& arguments) const;
 
-    // Released from the last one to the first one: the daemon ends before its folder goes, and the lock goes last.
+    // Destroyed in the reverse order: the daemon ends before its folder is removed, and the lock is released last.
     std::unique_ptr<Lock> m_lock;
     std::filesystem::path m_folder;
     std::unique_ptr<Companion> m_daemon;

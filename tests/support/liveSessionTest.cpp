@@ -1,4 +1,4 @@
-/// What a live session says of a machine that can't record. No daemon is touched: the tools are stand-ins.
+/// What a live session does on a machine that can't record. The tools are scripts of the test; no daemon runs.
 #include "tests/support/liveSession.h"
 
 #include <cerrno>
@@ -49,8 +49,8 @@ private:
     std::string m_before;
 };
 
-/// Tools of the test's own come first on the path, or are all that is there; locks and recordings have a folder of
-/// their own.
+/// Scripts in the place of the tools come first on the path, or are the only programs there. Locks and recordings have
+/// a folder of their own.
 class LiveSessionOnAMachine : public testing::Test
 {
 protected:

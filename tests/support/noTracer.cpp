@@ -11,7 +11,7 @@
 
 namespace {
 
-/// Returns  the error that the environment asks for; 0 for none.
+/// Returns  the error with which to refuse; 0 for none.
 int refusal()
 {
     const char* const number = std::getenv("CORVANE_NO_TRACER_REFUSES");
@@ -20,7 +20,7 @@ int refusal()
 
 } // namespace
 
-// Both lines' own headers declare these functions, and so check that the definitions fit.
+// The headers of LTTng-UST 2.12 and 2.13 declare these functions, and so check that the definitions fit.
 #if LTTNG_UST_MAJOR_VERSION == 2 && LTTNG_UST_MINOR_VERSION < 13
 
 namespace {
@@ -62,7 +62,7 @@ namespace {
 using ProbeDescription = lttng_ust_probe_desc;
 using EventDescription = lttng_ust_event_desc;
 const ProbeDescription* registered = nullptr;
-char registration; // its address is what the provider gets and gives back
+char registration; // the provider gets its address and gives it back
 
 const char* nameOf(const EventDescription& event)
 {

@@ -1,10 +1,10 @@
-/// Takes the place of the tracer to which the provider registers its probe. No daemon can turn an event on in a process
-/// that has this one, and what the provider registers can be looked at.
+/// Replaces the tracer with which the provider registers. So no daemon can turn an event on in the process, and a test
+/// can look at what the provider registers.
 ///
-/// It is linked into the tests with a recording fake, and is a library of its own for a process without LTTng. If the
+/// It is linked into the tests with a recording fake, and built as a library for a process without LTTng. If the
 /// environment has CORVANE_NO_TRACER_REFUSES=NUMBER, it refuses the registration with that error.
 ///
-/// Threads  any, once the program's constructors are over.
+/// Threads  any, after the constructors of the program.
 #ifndef CORVANE_TESTS_SUPPORT_NOTRACER_H
 #define CORVANE_TESTS_SUPPORT_NOTRACER_H
 
@@ -12,11 +12,11 @@
 extern "C" {
 #endif
 
-/// Returns  the name of an event in the provider's description, "TRACE_UTS7" for `index` 0; null past the last one, or
-///          if no provider is registered.
+/// Returns  the name of the event with that index in the provider's description (0 is "TRACE_UTS7"); null for an
+///          index behind the last one, or if no provider is registered.
 [[gnu::visibility("default")]] const char* corvaneTestRegisteredEvent(unsigned int index);
 
-/// Returns  the argument list that the description gives for the event; null as above.
+/// Returns  the event's argument list in the description; null as above.
 [[gnu::visibility("default")]] const char* corvaneTestRegisteredSignature(unsigned int index);
 
 /// Returns  the event's log level; -1 where the others return null.

@@ -19,7 +19,7 @@ std::string textOf(const char* text)
     return text == nullptr ? "(null)" : text;
 }
 
-// What a tracepoint calls: the data given at the registration, then the event's arguments.
+// A tracepoint calls a probe with the data of its registration and the arguments of the event.
 
 template <ProbedEvent event>
 void probeTrace(void* recorder, const char* file, unsigned int line, const char* obj, const char* msg)
@@ -33,7 +33,7 @@ void probeNotice(void* recorder, const char* file, unsigned int line, const char
     static_cast<ProbeRecorder*>(recorder)->add({event, textOf(file), line, "", textOf(msg)});
 }
 
-// The functions that the provider's header defines take names that they could change, and one name more from 2.13 on.
+// The registration functions of the provider's header take names that are not const; from 2.13 on they take one more.
 
 std::string provider = "com_brimlow_kelpsys_corvane";
 
@@ -107,7 +107,7 @@ bool isEnabled(ProbedEvent event)
 
 ProbeRecorder::ProbeRecorder(std::vector<ProbedEvent> events) : m_events(std::move(events))
 {
-    if (corvaneTestRegisteredEvent(0) == nullptr) { // also makes the linker take noTracer.cpp
+    if (corvaneTestRegisteredEvent(0) == nullptr) { // this call also makes the linker take noTracer.cpp
         throw std::logic_error("the provider is registered with the tracer");
     }
     for (const ProbedEvent event : m_events) {

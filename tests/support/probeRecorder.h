@@ -1,13 +1,12 @@
-/// Records the events that the library emits inside this process, without a tracing daemon: the recording fake of the
-/// tests that link corvane_internal.
+/// Records the events that the library emits in this process, without a tracing daemon. For tests that link
+/// corvane_internal.
 ///
 ///     ProbeRecorder recorder({ProbedEvent::Trace1});
 ///     service.executeCmd({"show"}, out);
 ///     EXPECT_THAT(recorder.take(), ElementsAre(ProbeRecord{ProbedEvent::Trace1, "src/x.cpp", 150, "-", "..."}));
 ///
-/// It attaches probes of its own to the tracepoint objects. That turns the events on for as long as the object lives;
-/// each event is off before and after, since a program that links this fake registers no provider that a tracing daemon
-/// could record (noTracer.h).
+/// It attaches its own probes to the tracepoint objects. That turns the events on while the object lives. Before and
+/// after, each event is off: a program that links this fake registers no provider with a tracing daemon (noTracer.h).
 ///
 /// Threads  any thread may emit while the object lives; the object itself belongs to one thread.
 #ifndef CORVANE_TESTS_SUPPORT_PROBERECORDER_H
@@ -29,7 +28,7 @@ enum class ProbedEvent
     Error
 };
 
-/// The arguments of one emission. A null text reads "(null)"; INFO and ERROR have no `obj`, it is empty.
+/// The arguments of one emission. A null text becomes "(null)". `obj` is empty for INFO and ERROR, which have none.
 struct ProbeRecord
 {
     ProbedEvent event;
@@ -43,25 +42,25 @@ bool operator==(const ProbeRecord& left, const ProbeRecord& right);
 std::ostream& operator<<(std::ostream& out, const ProbeRecord& record);
 std::ostream& operator<<(std::ostream& out, ProbedEvent event);
 
-/// Returns  whether the event is on.
+/// Returns  true if the event is on.
 bool isEnabled(ProbedEvent event);
 
 class ProbeRecorder
 {
 public:
-    /// Turns on and records `events`, all four if none are named.
+    /// Turns on and records `events`: all four by default.
     explicit ProbeRecorder(std::vector<ProbedEvent> events = {ProbedEvent::Trace1, ProbedEvent::Trace2,
                                                               ProbedEvent::Info, ProbedEvent::Error});
 
     /// Turns the events off again.
     ///
-    /// Requires  no other thread emits meanwhile.
+    /// Requires  no other thread is emitting.
     ~ProbeRecorder();
 
     /// Returns  what was emitted since the last call, in the order of emission.
     std::vector<ProbeRecord> take();
 
-    /// For the probes: adds a record.
+    /// Adds a record. For the probes.
     void add(ProbeRecord record);
 
     ProbeRecorder(const ProbeRecorder&) = delete;

@@ -51,7 +51,7 @@ public:
         return m_line.substr(begin, m_at - begin);
     }
 
-    /// Reads a quoted text; the opening quote is read already.
+    /// Reads a quoted text, after its opening quote.
     std::string quoted()
     {
         std::string text;
@@ -147,7 +147,7 @@ std::string nameOf(const std::string& identifier)
 
 DeclaredField readString(Reader& line)
 {
-    // UTF-8 is what a string is that doesn't say otherwise.
+    // A string without an encoding is UTF-8.
     const std::string type = line.take("{ ") ? "string with " + line.upTo(" } ") : "UTF-8 string";
     return {nameOf(line.upTo(";")), type};
 }

@@ -1,5 +1,5 @@
-/// What a live recording holds, read back by babeltrace2: the events in the order of their time, and the description
-/// of the events that the tracer wrote beside them.
+/// A live recording, read with babeltrace2: the events in the order of their time, and the description of all events
+/// that the tracer wrote.
 ///
 /// Threads  plain data and pure functions.
 #ifndef CORVANE_TESTS_SUPPORT_RECORDING_H
@@ -11,9 +11,9 @@
 
 namespace Corvane::Testing {
 
-/// A field of a recorded event. Numbers read as babeltrace2 shows them (hexadecimal ones as 0xDEADBEEF), texts are the
-/// bytes themselves without quotes, sequences read [65, 0, 255]. The length that LTTng records in front of a sequence
-/// is a field of its own, for `data` the field `_data_length`.
+/// A field of a recorded event. Numbers have the form that babeltrace2 prints (0xDEADBEEF if hexadecimal). Texts are
+/// the bytes without quotes. Sequences have the form [65, 0, 255]. LTTng records the length of a sequence as another
+/// field in front of it: `_data_length` for `data`.
 struct RecordedField
 {
     std::string name;
@@ -28,7 +28,7 @@ struct RecordedEvent
     std::vector<RecordedField> fields;
 };
 
-/// What the tracer says a field is, in words: "UTF-8 string", "unsigned 32-bit integer, base 10",
+/// The tracer's description of a field, in words: "UTF-8 string", "unsigned 32-bit integer, base 10",
 /// "sequence of unsigned 8-bit integer, base 10, length in _data_length".
 struct DeclaredField
 {
@@ -36,7 +36,7 @@ struct DeclaredField
     std::string type;
 };
 
-/// What the tracer says of an event, whether it occurred or not.
+/// The tracer's description of an event, which may not have occurred.
 struct DeclaredEvent
 {
     std::string name; ///< without the provider
@@ -52,14 +52,14 @@ struct Recording
     std::string metadata;                ///< the text that `declared` was read from
 };
 
-/// Reads the events out of what babeltrace2 prints with --no-delta --names=payload --fields=loglevel.
+/// Reads events from the output of `babeltrace2 --no-delta --names=payload --fields=loglevel`.
 ///
-/// Errors  std::runtime_error for a line that has another form, with the line.
+/// Errors  std::runtime_error with the line, for a line of another form.
 std::vector<RecordedEvent> parseEvents(const std::string& text);
 
-/// Reads the events' descriptions out of the metadata of a trace (CTF 1.8).
+/// Reads the descriptions of the events from the metadata of a trace (CTF 1.8).
 ///
-/// Errors  std::runtime_error for a line that has another form, with the line.
+/// Errors  std::runtime_error with the line, for a line of another form.
 std::vector<DeclaredEvent> parseMetadata(const std::string& text);
 
 bool operator==(const RecordedField& left, const RecordedField& right);

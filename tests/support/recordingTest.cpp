@@ -1,4 +1,4 @@
-/// How recordings are read: what the live tests rely on.
+/// The reading of recordings, on which the live tests rely.
 #include "tests/support/recording.h"
 
 #include <stdexcept>

@@ -1,6 +1,7 @@
-/// A folder of a test's own in which its mailboxes, and those of the programs that it starts, meet nobody else's.
+/// A runtime folder of a test's own: its mailboxes, and those of the programs that it starts, stay apart from all
+/// others.
 ///
-/// Threads  to be made before any other thread runs: it changes the environment.
+/// Threads  construct it before the test starts a thread, because it changes the environment.
 #ifndef CORVANE_TESTS_SUPPORT_RUNTIMEFOLDER_H
 #define CORVANE_TESTS_SUPPORT_RUNTIMEFOLDER_H
 
@@ -26,7 +27,7 @@ public:
 
     ~RuntimeFolder()
     {
-        std::error_code ignored; // what is left behind does no harm
+        std::error_code ignored; // files that are left do no harm
         std::filesystem::remove_all(m_path, ignored);
     }
 

@@ -1,4 +1,4 @@
-/// Runs a function on a thread with a small stack, for tests that depth costs heap and not stack.
+/// Runs a function on a thread with a small stack. For tests that depth costs heap, not stack.
 #ifndef CORVANE_TESTS_SUPPORT_SMALLSTACK_H
 #define CORVANE_TESTS_SUPPORT_SMALLSTACK_H
 

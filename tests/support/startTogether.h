@@ -1,4 +1,4 @@
-/// Lets the threads of a test begin at one moment, and ends a test whose threads hang.
+/// Starts the threads of a test at the same time, and ends a test whose threads hang.
 #ifndef CORVANE_TESTS_SUPPORT_STARTTOGETHER_H
 #define CORVANE_TESTS_SUPPORT_STARTTOGETHER_H
 
@@ -13,8 +13,8 @@
 
 namespace Corvane::Testing {
 
-/// Runs all functions at once, each on a thread of its own, and waits for them. A run that is not over after two
-/// minutes hangs: the process is aborted, so that the test fails and leaves a core.
+/// Runs all functions at once, each on a thread of its own, and waits for them. After two minutes it aborts the
+/// process, so that the test fails and leaves a core.
 inline void startTogether(const std::vector<std::function<void()>>& functions)
 {
     std::mutex mutex;

@@ -1,4 +1,4 @@
-/// How long a program may take to end where nothing holds it up: the one that doesn't is killed by its alarm.
+/// How long a program may take to end if nothing holds it up. Its alarm kills one that takes longer.
 #ifndef CORVANE_TESTS_SUPPORT_TIMETOEND_H
 #define CORVANE_TESTS_SUPPORT_TIMETOEND_H
 
@@ -6,8 +6,8 @@
 
 namespace Corvane::Testing {
 
-/// Returns  seconds: less than the five for which an end waits for what has stalled, loaded as the machine may be. With
-///          a sanitizer or under an emulator the end alone may take longer than that.
+/// Returns  seconds: less than the five for which the end of a process waits for a stalled engine. It is more with a
+///          sanitizer or under an emulator, where ending alone may take that long.
 inline unsigned int timeToEnd()
 {
 #ifdef CORVANE_TEST_SANITIZED

@@ -1,4 +1,4 @@
-/// The provider's twenty tracepoint objects, whose names and layout differ between the lines of LTTng-UST.
+/// The provider's twenty tracepoint objects. Their names and their layout differ between LTTng-UST 2.12 and 2.13.
 ///
 /// Threads  any.
 #ifndef CORVANE_TESTS_SUPPORT_TRACEPOINTOBJECTS_H
@@ -37,7 +37,7 @@ inline const std::array<const lttng_ust_tracepoint*, 20>& tracepointObjects()
     return objects;
 }
 
-/// Returns  the name that a tracepoint is registered by: "com_brimlow_kelpsys_corvane:TRACE1".
+/// Returns  the name with which a tracepoint is registered: "com_brimlow_kelpsys_corvane:TRACE1".
 inline std::string fullName(const lttng_ust_tracepoint& object)
 {
 #if CORVANE_TEST_OLD_LTTNG

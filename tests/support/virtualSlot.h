@@ -1,4 +1,5 @@
-/// Slot numbers of virtual operations, read out of pointers to them as the Itanium C++ ABI lays these out.
+/// The places of virtual operations in their virtual table, read from pointers to members as the Itanium C++ ABI has
+/// them.
 #ifndef CORVANE_TESTS_SUPPORT_VIRTUALSLOT_H
 #define CORVANE_TESTS_SUPPORT_VIRTUALSLOT_H
 
@@ -9,7 +10,7 @@
 
 namespace Corvane::Testing {
 
-/// Overloads are told apart by their signature: slotOf<void(int) const>(&Class::operation).
+/// The signature chooses an overload: slotOf<void(int) const>(&Class::operation).
 ///
 /// Returns  the operation's place in the virtual table of the class, from 0.
 /// Errors   std::invalid_argument if the operation isn't virtual.
@@ -23,8 +24,7 @@ std::size_t slotOf(Signature Class::*operation)
     } parts;
     static_assert(sizeof parts == sizeof operation);
     std::memcpy(&parts, &operation, sizeof parts);
-    // Bit 0 tells a virtual operation from an address. ARM uses that bit of an address itself, and so keeps the mark in
-    // the other part.
+    // Bit 0 marks a virtual operation. On ARM that bit may be part of an address, so the mark is in the other word.
 #if defined(__aarch64__) || defined(__arm__)
     const bool isVirtual = (parts.adjustment & 1) != 0;
     const std::uintptr_t offset = parts.function;

@@ -1,5 +1,4 @@
-/// Accesses to a guarded member, right and wrong. The compiler is asked for one of them at a time:
-/// CORVANE_TEST_ACCESS names the function that is compiled.
+/// Right and wrong accesses to a guarded member. CORVANE_TEST_ACCESS chooses the wrong one that is compiled; 0 is none.
 #include "sync/mutex.h"
 
 namespace {
@@ -7,7 +6,7 @@ namespace {
 class Counter
 {
 public:
-    // Called by nobody: that they compile, or don't, is the test.
+    // The test is whether they compile.
     [[maybe_unused]] void addUnderTheLock()
     {
         const Corvane::ExclusiveLock lock(m_mutex);

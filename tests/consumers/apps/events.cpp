@@ -1,6 +1,6 @@
-/// An application that emits all twenty events through the library's tracepoint objects, and shows what arrives.
+/// An application that emits all twenty events through the library's tracepoint objects, and prints what arrives.
 ///
-/// Probes of its own, attached as a tracer attaches its, write each event's arguments to standard output.
+/// It attaches its own probes, as a tracer does. They write the arguments of each event to standard output.
 #include <cstddef>
 #include <iostream>
 #include <string>
@@ -10,7 +10,7 @@
 
 namespace {
 
-// What a tracepoint calls: the data given when the probe was attached, then the event's arguments.
+// A tracepoint calls a probe with the data of its attachment and the arguments of the event.
 template <typename... Arguments>
 void show(void* event, Arguments... arguments)
 {
@@ -28,9 +28,9 @@ constexpr auto showData = &show<Text, Number, Text, Text, Text, std::size_t>;
 constexpr auto showSent = &show<Text, Number, Text, Number, Number, Text>;
 constexpr auto showReceived = &show<Text, Number, Text, Number, Text>;
 
-std::string provider = "com_brimlow_kelpsys_corvane"; // not constant: the tracer asks for names that it could change
+std::string provider = "com_brimlow_kelpsys_corvane"; // not const, because the tracer's functions take it so
 
-// Attaches a probe, emits, takes the probe off again and emits once more, which then shows nothing.
+// Attaches a probe and emits, then detaches it and emits again, which must print nothing.
 #if LTTNG_UST_MAJOR_VERSION == 2 && LTTNG_UST_MINOR_VERSION < 13
 #define ATTACH(action, event, probe)                                                                                   \
     __tracepoint_##action##_com_brimlow_kelpsys_corvane___##event(fullName.data(),                                     \

@@ -45,6 +45,7 @@ int main()
     std::cout << commands.executeCmd({"note", "first", "some text"}, std::cout) << "\n";
     std::cout << commands.executeCmd({"note", "second"}, std::cout) << "\n";
     std::cout << (FileManagerIf::getInstance().exists("first") ? "kept" : "lost") << "\n";
-    Corvane::Elog::V2::ElogIf::getInstance().elogWrite(1, "an entry", {2, 3}); // no engine will ever take it
+    Corvane::Elog::V2::ElogIf::getInstance().elogWrite(1, "an entry",
+                                                       {2, 3}); // no engine runs; it is dropped at the end
     return 0;
 }
