@@ -3,7 +3,6 @@
 
 #include <algorithm>
 #include <cstring>
-#include <mutex>
 
 #include "trace/emit.h"
 
@@ -11,8 +10,11 @@ namespace Corvane::RamFs::V1 {
 
 namespace {
 
-using ReadLock = std::shared_lock<std::shared_mutex>;
-using WriteLock = std::unique_lock<std::shared_mutex>;
+using WriteLock = ExclusiveLock<SharedMutex>;
+
+namespace TraceLine {
+constexpr unsigned int construction = 28;
+}
 
 void replaceRegion(std::vector<unsigned char>& region, const unsigned char* data, unsigned int length)
 {
@@ -29,7 +31,7 @@ void replaceRegion(std::vector<unsigned char>& region, const unsigned char* data
 FileEntry::FileEntry(int fileRef, unsigned int initialSize)
     : m_fileRef(fileRef), m_content(initialSize), m_creationTime(std::time(nullptr))
 {
-    Trace::trace1(__FILE__, 28,
+    Trace::trace1(__FILE__, TraceLine::construction,
                   [&](std::ostream& msg) { msg << "FileEntry: " << fileRef << ", initialSize=" << initialSize; });
 }
 
@@ -44,24 +46,24 @@ unsigned int FileEntry::read(unsigned int& pos, unsigned char* buffer, unsigned 
     if (buffer == nullptr) {
         return 0;
     }
-    const ReadLock lock(m_mutex);
+    const SharedLock lock(m_mutex);
     unsigned int copied = 0;
     std::uint64_t regionStart = 0;
-    const auto copyFrom = [&](const std::vector<unsigned char>& region, std::size_t regionSize) {
+    const auto copyFrom = [&](const unsigned char* region, std::size_t size) {
         // Regions come in the order of their positions, so one that has bytes left to copy begins at or before `pos`.
-        // The last position is the end of what can be read, however large the regions are.
-        const std::uint64_t regionEnd = std::min<std::uint64_t>(regionStart + regionSize, maxSize);
+        // Nothing past the last position can be read, however large the regions are.
+        const std::uint64_t regionEnd = std::min<std::uint64_t>(regionStart + size, maxSize);
         if (copied < length && pos < regionEnd) {
             const auto count = static_cast<unsigned int>(std::min<std::uint64_t>(length - copied, regionEnd - pos));
-            std::memcpy(buffer + copied, region.data() + (pos - regionStart), count);
+            std::memcpy(buffer + copied, region + (pos - regionStart), count);
             pos += count;
             copied += count;
         }
-        regionStart += regionSize;
+        regionStart += size;
     };
-    copyFrom(m_header, m_header.size());
-    copyFrom(m_content, m_contentSize);
-    copyFrom(m_footer, m_footer.size());
+    copyFrom(m_header.data(), m_header.size());
+    copyFrom(m_content.data(), m_contentSize);
+    copyFrom(m_footer.data(), m_footer.size());
     return copied;
 }
 
@@ -70,50 +72,82 @@ std::uint64_t FileEntry::storageFor(std::uint64_t contentSize)
     return std::min(contentSize + contentSize / 10, maxSize);
 }
 
-FileEntry::WriteResult FileEntry::lockFreeWrite(unsigned int& pos, const unsigned char* p_buffer, unsigned int length)
+FileEntry::Outcome FileEntry::writeAt(std::uint64_t& pos, const unsigned char* p_buffer, std::uint64_t length)
 {
-    std::uint64_t position = pos;
-    WriteResult result = writeAt(position, p_buffer, length);
-    pos = static_cast<unsigned int>(position);
-    return result;
-}
-
-FileEntry::WriteResult FileEntry::writeAt(std::uint64_t& pos, const unsigned char* p_buffer, unsigned int length)
-{
-    WriteResult result{0, std::to_string(m_fileRef)};
+    Outcome outcome;
     if (p_buffer == nullptr) {
-        result.text += " p_buffer is empty";
-        return result;
+        outcome.hadNoData = true;
+        return outcome;
     }
-    // In 64 bits: header and content together may be larger than the largest position.
     const std::uint64_t headerSize = m_header.size();
     const std::uint64_t end = headerSize + m_contentSize;
     const std::uint64_t start = std::clamp(pos, headerSize, end);
     const std::uint64_t last = start + length;
     if (length != 0 && last > maxSize) {
-        result.text = sizeLimitText();
-        return result;
+        outcome.wasRefused = true;
+        return outcome;
     }
-    if (pos < headerSize) {
-        result.text += " can't update header, Move the offset to the start of the content \n";
-    }
-    if (end < pos) {
-        result.text += " can't update header, Move the offset to the end of the content \n";
-    }
+    outcome.movedToStart = pos < headerSize;
+    outcome.movedToEnd = end < pos;
     const std::uint64_t newSize = last > end ? last - headerSize : m_contentSize;
     if (m_content.size() < newSize) {
-        const std::uint64_t target = storageFor(newSize);
-        result.text += " FileEntry::lockFreeWrite() extending file vector to " + std::to_string(target) + " bytes";
-        m_content.reserve(target); // a vector that grows by itself doubles its memory
-        m_content.resize(target);
+        m_content.grow(storageFor(newSize));
+        outcome.grownTo = static_cast<unsigned int>(m_content.size());
     }
     m_contentSize = static_cast<unsigned int>(newSize);
     if (length != 0) {
         std::memcpy(m_content.data() + (start - headerSize), p_buffer, length);
     }
     pos = last;
-    result.bytesWritten = length;
-    return result;
+    outcome.bytesWritten = static_cast<unsigned int>(length);
+    return outcome;
+}
+
+FileEntry::Outcome FileEntry::tryWrite(unsigned int& pos, const unsigned char* p_buffer, std::uint64_t length)
+{
+    const WriteLock lock(m_mutex);
+    std::uint64_t position = pos;
+    const Outcome outcome = writeAt(position, p_buffer, length);
+    pos = static_cast<unsigned int>(position);
+    return outcome;
+}
+
+FileEntry::Outcome FileEntry::tryAppend(unsigned int& position, const unsigned char* p_buffer, std::uint64_t length)
+{
+    const WriteLock lock(m_mutex);
+    std::uint64_t end = std::uint64_t{m_header.size()} + m_footer.size() + m_contentSize;
+    const Outcome outcome = writeAt(end, p_buffer, length);
+    position = static_cast<unsigned int>(std::min(end, maxSize));
+    return outcome;
+}
+
+std::string FileEntry::textOf(const Outcome& outcome) const
+{
+    std::string text = std::to_string(m_fileRef);
+    if (outcome.hadNoData) {
+        text += " p_buffer is empty";
+    }
+    if (outcome.wasRefused) {
+        text += " content can't exceed " + std::to_string(maxSize) + " bytes";
+    }
+    if (outcome.movedToStart) {
+        text += " can't update header, Move the offset to the start of the content \n";
+    }
+    if (outcome.movedToEnd) {
+        text += " can't update header, Move the offset to the end of the content \n";
+    }
+    if (outcome.grownTo != 0) {
+        text += " FileEntry::lockFreeWrite() extending file vector to " + std::to_string(outcome.grownTo) + " bytes";
+    }
+    return text;
+}
+
+FileEntry::WriteResult FileEntry::lockFreeWrite(unsigned int& pos, const unsigned char* p_buffer, unsigned int length)
+{
+    std::uint64_t position = pos;
+    const Outcome outcome = writeAt(position, p_buffer, length);
+    pos = static_cast<unsigned int>(position);
+    return {outcome.bytesWritten, textOf(outcome)};
 }
 
 FileEntry::WriteResult FileEntry::write(unsigned int& pos, const unsigned char* p_buffer, unsigned int length)
@@ -124,11 +158,9 @@ FileEntry::WriteResult FileEntry::write(unsigned int& pos, const unsigned char* 
 
 FileEntry::AppendResult FileEntry::append(const unsigned char* p_buffer, unsigned int length)
 {
-    const WriteLock lock(m_mutex);
-    std::uint64_t position = std::uint64_t{m_header.size()} + m_footer.size() + m_contentSize;
-    WriteResult result = writeAt(position, p_buffer, length);
-    // What was refused leaves the end of the file, for which the last position stands if it has none.
-    return {static_cast<unsigned int>(std::min(position, maxSize)), result.bytesWritten, std::move(result.text)};
+    unsigned int position = 0;
+    const Outcome outcome = tryAppend(position, p_buffer, length);
+    return {position, outcome.bytesWritten, textOf(outcome)};
 }
 
 void FileEntry::insertHeader(const unsigned char* data, unsigned int length)
@@ -145,36 +177,33 @@ void FileEntry::appendFooter(const unsigned char* data, unsigned int length)
 
 std::vector<unsigned char> FileEntry::readHeader() const
 {
-    const ReadLock lock(m_mutex);
+    const SharedLock lock(m_mutex);
     return m_header;
 }
 
 std::vector<unsigned char> FileEntry::readFooter() const
 {
-    const ReadLock lock(m_mutex);
+    const SharedLock lock(m_mutex);
     return m_footer;
 }
 
 bool FileEntry::contentResize(unsigned int newSize)
 {
     const WriteLock lock(m_mutex);
-    if (newSize <= m_content.size()) {
-        return false;
-    }
+    const bool grows = newSize > m_content.size();
     m_content.reserve(newSize);
-    m_content.resize(newSize);
-    return true;
+    return grows;
 }
 
 std::size_t FileEntry::getFileSize() const
 {
-    const ReadLock lock(m_mutex);
+    const SharedLock lock(m_mutex);
     return m_header.size() + m_footer.size() + m_contentSize;
 }
 
 unsigned int FileEntry::getUserCount() const
 {
-    const ReadLock lock(m_mutex);
+    const SharedLock lock(m_mutex);
     return static_cast<unsigned int>(temporaryOwner().use_count());
 }
 
@@ -186,13 +215,8 @@ void FileEntry::setDelayedDelete()
 
 bool FileEntry::getDelayedDelete() const
 {
-    const ReadLock lock(m_mutex);
+    const SharedLock lock(m_mutex);
     return m_delayedDelete;
-}
-
-std::string FileEntry::sizeLimitText() const
-{
-    return std::to_string(m_fileRef) + " content can't exceed " + std::to_string(maxSize) + " bytes";
 }
 
 } // namespace Corvane::RamFs::V1

@@ -6,26 +6,39 @@
 #include <cstdint>
 #include <ctime>
 #include <memory>
-#include <shared_mutex>
 #include <string>
 #include <vector>
 
+#include "ramfs/src/contentStorage.h"
+#include "sync/mutex.h"
+
 namespace Corvane::RamFs::V1 {
 
-/// Owned by the directory, as long as it lists the file, and by every handle on it. An entry knows no name.
+/// The directory owns it while it lists the file, and so does every handle on it. An entry has no name.
 ///
-/// Threads  any operation from any thread. Those that change the entry exclude all others on it, those that look at it
-///          run side by side. No operation calls out of the entry while it holds the lock.
+/// Threads  any operation from any thread. Operations that change the entry exclude all others on it; operations that
+///          only read it run side by side. No operation calls out of the entry while it holds the lock.
 class FileEntry : public std::enable_shared_from_this<FileEntry>
 {
 public:
     /// The largest content and the largest position.
     static constexpr std::uint64_t maxSize = UINT32_MAX;
 
+    /// What a write did. textOf() makes a text of it, for those who want to read it.
+    struct Outcome
+    {
+        unsigned int bytesWritten = 0;
+        unsigned int grownTo = 0; // the storage's new size; 0 if it didn't grow
+        bool hadNoData = false;
+        bool wasRefused = false; // it would have passed the largest content or position
+        bool movedToStart = false;
+        bool movedToEnd = false;
+    };
+
     struct WriteResult
     {
         unsigned int bytesWritten;
-        std::string text; // the reference number, and what was noteworthy
+        std::string text; // the reference number and notes on what happened
     };
 
     struct AppendResult
@@ -35,7 +48,7 @@ public:
         std::string text;
     };
 
-    /// An entry without a shared owner is of little use; create() makes one with it.
+    /// Use create(): getPtr() and getUserCount() need an entry with a shared owner.
     FileEntry(int fileRef, unsigned int initialSize);
     ~FileEntry() = default;
     FileEntry(const FileEntry&) = delete;
@@ -50,25 +63,36 @@ public:
     /// Copies bytes of header, content and footer from `pos` on, and advances `pos`.
     unsigned int read(unsigned int& pos, unsigned char* buffer, unsigned int length);
 
-    /// Writes into the content at `pos`, corrected to lie there, and advances `pos`.
+    /// Writes into the content at `pos` and advances `pos`. A `pos` outside the content is first moved into it.
     ///
-    /// Requires  the caller holds the lock exclusively.
-    /// Errors    std::bad_alloc, with `pos` and the content as they were.
-    WriteResult lockFreeWrite(unsigned int& pos, const unsigned char* p_buffer, unsigned int length);
+    /// Errors  std::bad_alloc, with `pos` and the content as they were.
+    Outcome tryWrite(unsigned int& pos, const unsigned char* p_buffer, std::uint64_t length);
 
+    /// Writes at the end of the content. `position` becomes the one after the write; where nothing is written it
+    /// becomes the end of the file, but at most the largest position.
+    ///
+    /// Errors  std::bad_alloc, with the content as it was.
+    Outcome tryAppend(unsigned int& position, const unsigned char* p_buffer, std::uint64_t length);
+
+    /// Returns  the reference number and notes on what a write did.
+    std::string textOf(const Outcome& outcome) const;
+
+    /// These do the same and make the text. If the text finds no memory, the bytes are written all the same.
+    WriteResult lockFreeWrite(unsigned int& pos, const unsigned char* p_buffer, unsigned int length)
+        CORVANE_REQUIRES(m_mutex);
     WriteResult write(unsigned int& pos, const unsigned char* p_buffer, unsigned int length);
-
-    /// Writes at the end of the content.
     AppendResult append(const unsigned char* p_buffer, unsigned int length);
 
-    /// Replace the header or the footer as a whole. Null data with a length changes nothing.
+    /// Replaces the header or the footer as a whole. Null data with a length changes nothing.
     void insertHeader(const unsigned char* data, unsigned int length);
     void appendFooter(const unsigned char* data, unsigned int length);
 
     std::vector<unsigned char> readHeader() const;
     std::vector<unsigned char> readFooter() const;
 
-    /// Reserves storage for a content of `newSize` bytes. Returns whether the storage grew.
+    /// Reserves storage for a content of `newSize` bytes.
+    ///
+    /// Returns  whether the storage grew.
     bool contentResize(unsigned int newSize);
 
     int getFileRef() const { return m_fileRef; }
@@ -82,31 +106,27 @@ public:
     void setDelayedDelete();
     bool getDelayedDelete() const;
 
-    /// Returns  the text of a write that would pass the largest content or position.
-    std::string sizeLimitText() const;
-
 private:
     friend struct FileEntryTestAccess;
 
     // NOLINTNEXTLINE(bugprone-exception-escape): as for getPtr()
     std::shared_ptr<const FileEntry> temporaryOwner() const noexcept { return shared_from_this(); }
 
-    // Storage for a content of that many bytes, with its reserve.
+    // Returns the size of the storage for a content of that many bytes, reserve included.
     static std::uint64_t storageFor(std::uint64_t contentSize);
 
-    // lockFreeWrite() for a position that 32 bits may not hold: the end of a file whose content alone reaches the
-    // limit.
-    WriteResult writeAt(std::uint64_t& pos, const unsigned char* p_buffer, unsigned int length);
+    // In 64 bits: header, content and footer together may be larger than the largest position.
+    Outcome writeAt(std::uint64_t& pos, const unsigned char* p_buffer, std::uint64_t length) CORVANE_REQUIRES(m_mutex);
 
-    // The order of the members is relied upon. m_mutex guards all that change after construction.
+    // A test pins the order of the members: tools on the unit read these objects.
     const int m_fileRef;
-    std::vector<unsigned char> m_header;
-    std::vector<unsigned char> m_content; // the first m_contentSize bytes; the rest is zero-filled reserve
-    std::vector<unsigned char> m_footer;
-    unsigned int m_contentSize = 0;
+    std::vector<unsigned char> m_header CORVANE_GUARDED_BY(m_mutex);
+    ContentStorage m_content CORVANE_GUARDED_BY(m_mutex); // the first m_contentSize bytes; the rest reads as zero
+    std::vector<unsigned char> m_footer CORVANE_GUARDED_BY(m_mutex);
+    unsigned int m_contentSize CORVANE_GUARDED_BY(m_mutex) = 0;
     const std::time_t m_creationTime;
-    bool m_delayedDelete = false;
-    mutable std::shared_mutex m_mutex;
+    bool m_delayedDelete CORVANE_GUARDED_BY(m_mutex) = false;
+    mutable SharedMutex m_mutex;
 };
 
 } // namespace Corvane::RamFs::V1

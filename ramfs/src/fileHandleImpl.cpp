@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <new>
 #include <ostream>
 
 #include "trace/emit.h"
@@ -10,6 +11,13 @@
 namespace Corvane::RamFs::V1 {
 
 namespace {
+
+namespace TraceLine {
+constexpr unsigned int construction = 29, setPos = 34, write = 151, writeResult = 159, append = 175, appendResult = 181,
+                       appendString = 192, appendStringResult = 198, insertHeader = 204, insertHeaderString = 210,
+                       appendFooter = 216, readHeader = 223, readFooter = 229, getCreationTime = 251,
+                       contentResizeFailed = 264, contentResized = 268;
+}
 
 /// What a limited dump returns when it was cut.
 constexpr unsigned int outputCut = UINT32_MAX;
@@ -35,21 +43,21 @@ void putHex(std::ostream& os, unsigned char byte)
 
 FileHandleIf::~FileHandleIf() = default;
 
-// NOLINTNEXTLINE(modernize-pass-by-value): the directory goes on using both
+// NOLINTNEXTLINE(modernize-pass-by-value): the directory still needs both
 FileHandleImpl::FileHandleImpl(const std::string& name, const std::shared_ptr<FileEntry>& entry)
     : m_fileName(name), m_fileEntry(entry)
 {
-    Trace::trace1(__FILE__, 29, [&](std::ostream& msg) {
+    Trace::trace1(__FILE__, TraceLine::construction, [&](std::ostream& msg) {
         msg << "FileHandleImpl: " << m_fileName << " fileRef(" << m_fileEntry->getFileRef() << ")";
     });
 }
 
 void FileHandleImpl::setPos(unsigned long offset)
 {
-    Trace::trace1(__FILE__, 34, [&](std::ostream& msg) {
+    Trace::trace1(__FILE__, TraceLine::setPos, [&](std::ostream& msg) {
         msg << "setPos: " << m_fileName << " fileRef(" << m_fileEntry->getFileRef() << "), offset(" << offset << ")";
     });
-    // A file that is larger than the largest position ends at that position here.
+    // A file may be larger than the largest position.
     const std::uint64_t end = std::min<std::uint64_t>(getFileSize(), FileEntry::maxSize);
     m_pos = static_cast<unsigned int>(std::min<std::uint64_t>(offset, end));
 }
@@ -94,7 +102,7 @@ unsigned int FileHandleImpl::dump(std::ostream& os, unsigned int maxLength, bool
         } else if (headerSize != 0 && headerSize <= count) {
             textMode = false;
         }
-        // A limit below 2 wraps round and so is none.
+        // In 32 bits: a limit of 0 or 1 wraps round to one that is never reached.
         if (limited && outLength >= maxLength - 2) {
             return outputCut;
         }
@@ -109,25 +117,50 @@ unsigned int FileHandleImpl::dump(std::ostream& os, unsigned int maxLength, bool
     return count + 1;
 }
 
-void FileHandleImpl::traceWrite(std::uint64_t length) const
+void FileHandleImpl::traceCall(const char* operation, unsigned int line, std::uint64_t length) const
 {
-    Trace::trace1(__FILE__, 151, [&](std::ostream& msg) {
-        msg << "write: " << m_fileName << " fileRef(" << m_fileEntry->getFileRef() << "), length(" << length << ")";
+    Trace::trace1(__FILE__, line, [&](std::ostream& msg) {
+        msg << operation << ": " << m_fileName << " fileRef(" << m_fileEntry->getFileRef() << "), length(" << length
+            << ")";
     });
 }
 
-void FileHandleImpl::traceWriteResult(const std::string& text) const
+void FileHandleImpl::traceResult(const char* operation, unsigned int line,
+                                 const FileEntry::Outcome& outcome) const noexcept
 {
-    Trace::trace1(__FILE__, 159,
-                  [&](std::ostream& msg) { msg << "write: FileEntry::write() returns <" << text << ">"; });
+    try {
+        Trace::trace1(__FILE__, line, [&](std::ostream& msg) {
+            msg << operation << ": FileEntry::write() returns <" << m_fileEntry->textOf(outcome) << ">";
+        });
+    } catch (const std::bad_alloc&) {
+        // The bytes are written. A caller that got this exception would write them again.
+    }
+}
+
+unsigned int FileHandleImpl::writeFrom(const unsigned char* data, std::uint64_t length)
+{
+    traceCall("write", TraceLine::write, length);
+    const FileEntry::Outcome outcome = m_fileEntry->tryWrite(m_pos, data, length);
+    traceResult("write", TraceLine::writeResult, outcome);
+    return outcome.bytesWritten;
+}
+
+unsigned int FileHandleImpl::appendFrom(const unsigned char* data, std::uint64_t length, unsigned int line,
+                                        unsigned int resultLine)
+{
+    traceCall("append", line, length);
+    unsigned int position = 0;
+    const FileEntry::Outcome outcome = m_fileEntry->tryAppend(position, data, length);
+    if (!outcome.wasRefused) {
+        m_pos = position;
+    }
+    traceResult("append", resultLine, outcome);
+    return outcome.bytesWritten;
 }
 
 unsigned int FileHandleImpl::write(const unsigned char* data, unsigned int length)
 {
-    traceWrite(length);
-    const FileEntry::WriteResult result = m_fileEntry->write(m_pos, data, length);
-    traceWriteResult(result.text);
-    return result.bytesWritten;
+    return writeFrom(data, length);
 }
 
 unsigned int FileHandleImpl::write(const char* data, unsigned int length)
@@ -137,17 +170,13 @@ unsigned int FileHandleImpl::write(const char* data, unsigned int length)
 
 unsigned int FileHandleImpl::write(const std::string& data)
 {
-    if (data.size() > FileEntry::maxSize) { // too long for a length, so too long for every file
-        traceWrite(data.size());
-        traceWriteResult(m_fileEntry->sizeLimitText());
-        return 0;
-    }
-    return write(bytesOf(data), static_cast<unsigned int>(data.size()));
+    return data.size() > FileEntry::maxSize ? writeFrom(bytesOf(data), data.size())
+                                            : write(bytesOf(data), static_cast<unsigned int>(data.size()));
 }
 
 unsigned int FileHandleImpl::append(const unsigned char* data, unsigned int length)
 {
-    return appendFrom(data, length, 175, 181);
+    return appendFrom(data, length, TraceLine::append, TraceLine::appendResult);
 }
 
 unsigned int FileHandleImpl::append(const char* data, unsigned int length)
@@ -157,34 +186,12 @@ unsigned int FileHandleImpl::append(const char* data, unsigned int length)
 
 unsigned int FileHandleImpl::append(const std::string& data)
 {
-    return appendFrom(bytesOf(data), data.size(), 192, 198);
-}
-
-unsigned int FileHandleImpl::appendFrom(const unsigned char* data, std::uint64_t length, unsigned int callLine,
-                                        unsigned int resultLine)
-{
-    Trace::trace1(__FILE__, callLine, [&](std::ostream& msg) {
-        msg << "append: " << m_fileName << " fileRef(" << m_fileEntry->getFileRef() << "), length(" << length << ")";
-    });
-    FileEntry::AppendResult result{m_pos, 0, {}};
-    if (length > FileEntry::maxSize) {
-        result.text = m_fileEntry->sizeLimitText();
-    } else {
-        result = m_fileEntry->append(data, static_cast<unsigned int>(length));
-    }
-    // Data that were given and not written were too many, and that leaves the position alone.
-    const bool refused = data != nullptr && result.bytesWritten < length;
-    if (!refused) {
-        m_pos = result.position;
-    }
-    Trace::trace1(__FILE__, resultLine,
-                  [&](std::ostream& msg) { msg << "append: FileEntry::write() returns <" << result.text << ">"; });
-    return result.bytesWritten;
+    return appendFrom(bytesOf(data), data.size(), TraceLine::appendString, TraceLine::appendStringResult);
 }
 
 void FileHandleImpl::insertHeader(const unsigned char* data, unsigned int length)
 {
-    Trace::trace1(__FILE__, 204, [&](std::ostream& msg) {
+    Trace::trace1(__FILE__, TraceLine::insertHeader, [&](std::ostream& msg) {
         msg << "insertHeader: " << m_fileName << " fileRef(" << m_fileEntry->getFileRef() << "), length('" << length
             << "')";
     });
@@ -193,7 +200,7 @@ void FileHandleImpl::insertHeader(const unsigned char* data, unsigned int length
 
 void FileHandleImpl::insertHeader(const std::string& data)
 {
-    Trace::trace1(__FILE__, 210, [&](std::ostream& msg) {
+    Trace::trace1(__FILE__, TraceLine::insertHeaderString, [&](std::ostream& msg) {
         msg << "insertHeader: " << m_fileName << " fileRef(" << m_fileEntry->getFileRef() << ")";
     });
     if (data.size() <= FileEntry::maxSize) {
@@ -203,7 +210,7 @@ void FileHandleImpl::insertHeader(const std::string& data)
 
 void FileHandleImpl::appendFooter(const unsigned char* data, unsigned int length)
 {
-    Trace::trace1(__FILE__, 216, [&](std::ostream& msg) {
+    Trace::trace1(__FILE__, TraceLine::appendFooter, [&](std::ostream& msg) {
         msg << "appendFooter: " << m_fileName << " fileRef(" << m_fileEntry->getFileRef() << "), length(" << length
             << ")";
     });
@@ -212,7 +219,7 @@ void FileHandleImpl::appendFooter(const unsigned char* data, unsigned int length
 
 std::vector<unsigned char> FileHandleImpl::readHeader()
 {
-    Trace::trace1(__FILE__, 223, [&](std::ostream& msg) {
+    Trace::trace1(__FILE__, TraceLine::readHeader, [&](std::ostream& msg) {
         msg << "readHeader: " << m_fileName << " fileRef(" << m_fileEntry->getFileRef() << ")";
     });
     return m_fileEntry->readHeader();
@@ -220,7 +227,7 @@ std::vector<unsigned char> FileHandleImpl::readHeader()
 
 std::vector<unsigned char> FileHandleImpl::readFooter()
 {
-    Trace::trace1(__FILE__, 229, [&](std::ostream& msg) {
+    Trace::trace1(__FILE__, TraceLine::readFooter, [&](std::ostream& msg) {
         msg << "readFooter: " << m_fileName << "(fileRef=" << m_fileEntry->getFileRef() << ")";
     });
     return m_fileEntry->readFooter();
@@ -243,7 +250,7 @@ std::size_t FileHandleImpl::getFileSize() const
 
 std::time_t FileHandleImpl::getCreationTime() const
 {
-    Trace::trace1(__FILE__, 251, [&](std::ostream& msg) {
+    Trace::trace1(__FILE__, TraceLine::getCreationTime, [&](std::ostream& msg) {
         msg << "getCreationTime: calling m_fileEntry->getCreationTime() with m_fileRef = " << m_fileEntry->getFileRef();
     });
     return m_fileEntry->getCreationTime();
@@ -252,15 +259,10 @@ std::time_t FileHandleImpl::getCreationTime() const
 bool FileHandleImpl::contentResize(unsigned int newSize)
 {
     const bool grew = m_fileEntry->contentResize(newSize);
-    const auto writeText = [&](std::ostream& msg) {
+    Trace::trace1(__FILE__, grew ? TraceLine::contentResized : TraceLine::contentResizeFailed, [&](std::ostream& msg) {
         msg << "contentResize: calling m_fileEntry->contentResize() with m_fileRef = " << m_fileEntry->getFileRef()
             << ", new size = " << newSize << (grew ? " succeeds" : " failed");
-    };
-    if (grew) {
-        Trace::trace1(__FILE__, 268, writeText);
-    } else {
-        Trace::trace1(__FILE__, 264, writeText);
-    }
+    });
     return grew;
 }
 

@@ -13,7 +13,8 @@
 
 namespace Corvane::RamFs::V1 {
 
-/// The operations are those of FileHandleIf, with the same contracts. All but reading and asking are traced.
+/// The operations are those of FileHandleIf, with the same contracts. Those that change the file or the position are
+/// traced, except read(); so are readHeader(), readFooter() and getCreationTime().
 class FileHandleImpl : public FileHandleIf
 {
 public:
@@ -41,18 +42,20 @@ public:
     bool contentResize(unsigned int newSize) override;
     unsigned int getUserCount() const override;
 
-    /// What dump() and readReadable() do: the latter is `limited` to `maxLength`.
+    /// Does what dump() does, and if `limited` what readReadable() does.
     unsigned int dump(std::ostream& os, unsigned int maxLength, bool limited);
 
 private:
     friend struct FileHandleTestAccess;
 
-    void traceWrite(std::uint64_t length) const;
-    void traceWriteResult(const std::string& text) const;
-    unsigned int appendFrom(const unsigned char* data, std::uint64_t length, unsigned int callLine,
+    // `length` has 64 bits because a string may be longer than a file can be; the file then refuses it.
+    unsigned int writeFrom(const unsigned char* data, std::uint64_t length);
+    unsigned int appendFrom(const unsigned char* data, std::uint64_t length, unsigned int line,
                             unsigned int resultLine);
+    void traceCall(const char* operation, unsigned int line, std::uint64_t length) const;
+    void traceResult(const char* operation, unsigned int line, const FileEntry::Outcome& outcome) const noexcept;
 
-    // The order of the members is relied upon.
+    // A test pins the order of the members: tools on the unit read these objects.
     std::string m_fileName;
     std::shared_ptr<FileEntry> m_fileEntry;
     unsigned int m_pos = 0;

@@ -2,9 +2,10 @@
 #include "ramfs/src/fileManagerImpl.h"
 
 #include <algorithm>
+#include <climits>
 #include <ctime>
 #include <iostream>
-#include <mutex>
+#include <new>
 #include <string_view>
 
 #include "ramfs/src/fileHandleImpl.h"
@@ -15,8 +16,12 @@ namespace Corvane::RamFs::V1 {
 
 namespace {
 
-using ReadLock = std::shared_lock<std::shared_mutex>;
-using WriteLock = std::unique_lock<std::shared_mutex>;
+using WriteLock = ExclusiveLock<SharedMutex>;
+
+namespace TraceLine {
+constexpr unsigned int create = 47, created = 91, nameTaken = 95, openByName = 104, openByRef = 126, removeByName = 180,
+                       removeByRef = 269, removeAll = 303, setDelayedDelete = 310;
+}
 
 constexpr std::string_view datePlaceholder = "<date>";
 
@@ -41,12 +46,7 @@ void writeTo(std::ostream& out, const std::string& report)
     out.write(report.data(), static_cast<std::streamsize>(report.size()));
 }
 
-bool beginsWith(const std::string& name, const std::string& prefix)
-{
-    return name.compare(0, prefix.size(), prefix) == 0;
-}
-
-/// Decides which names a removal takes that found no file of exactly the given name.
+/// Tells which files to remove if none has exactly the given name. The name must outlive the pattern.
 class NamePattern
 {
 public:
@@ -55,27 +55,34 @@ public:
         const std::size_t position = fileName.find(datePlaceholder);
         if (position != std::string::npos) {
             m_hasDate = true;
-            m_prefix.resize(position);
-            m_suffix = fileName.c_str() + fileName.find('>') + 1; // up to a NUL, if there is one
+            m_prefix = m_prefix.substr(0, position);
+            m_suffix = fileName.c_str() + fileName.find('>') + 1; // a C string: it ends at the first NUL
         }
     }
 
-    /// Returns  what a report says between the name of a file and the pattern that took it.
+    /// Returns  what a report says between the name of a removed file and the pattern.
     const char* reason() const
     {
         return m_hasDate ? "' deleted - it contains entered pattern '" : "' deleted - it starts with entered pattern '";
     }
 
-    /// The suffix may be anywhere in the name, inside the prefix too.
+    /// The suffix may be anywhere in the name, even inside the prefix.
     bool matches(const std::string& name) const
     {
-        return beginsWith(name, m_prefix) && (!m_hasDate || name.find(m_suffix) != std::string::npos);
+        return name.compare(0, m_prefix.size(), m_prefix) == 0 && name.find(m_suffix) != std::string::npos;
     }
 
 private:
     bool m_hasDate = false;
-    std::string m_prefix;
-    std::string m_suffix;
+    std::string_view m_prefix;
+    std::string_view m_suffix; // empty without a date, and so in every name
+};
+
+/// Releases the files when the process ends or unloads the library.
+struct EndOfFiles
+{
+    FileManagerImpl& manager;
+    ~EndOfFiles() { manager.releaseAll(); }
 };
 
 } // namespace
@@ -84,19 +91,23 @@ FileManagerIf::~FileManagerIf() = default;
 
 FileManagerIf& FileManagerIf::getInstance()
 {
-    static FileManagerImpl instance;
+    // Never destroyed: threads may go on using it while the process's static objects are destroyed, and after.
+    alignas(FileManagerImpl) static unsigned char storage[sizeof(FileManagerImpl)];
+    static FileManagerImpl& instance = *new (storage) FileManagerImpl;
+    static const EndOfFiles end{instance};
     return instance;
 }
 
 std::shared_ptr<FileHandleIf> FileManagerImpl::create(const std::string& fileName, unsigned int initialSize,
                                                       int fileRef)
 {
-    Trace::trace1(__FILE__, 47, [&](std::ostream& msg) {
+    Trace::trace1(__FILE__, TraceLine::create, [&](std::ostream& msg) {
         msg << "create: fileName=" << fileName << ",initialSize=" << initialSize << ",fileRef=" << fileRef << ")";
     });
     int reference = fileRef;
     std::string finalName;
     std::shared_ptr<FileEntry> entry; // stays empty if the name is taken
+    std::shared_ptr<FileEntry> replaced;
     {
         const WriteLock lock(m_mutex);
         if (m_files.find(fileName) == m_files.end()) {
@@ -104,14 +115,16 @@ std::shared_ptr<FileHandleIf> FileManagerImpl::create(const std::string& fileNam
                 reference = nextFileRef();
             }
             entry = FileEntry::create(reference, initialSize);
-            finalName = store(fileName, entry);
+            replaced = entry;
+            finalName = store(fileName, replaced);
         }
     }
-    Trace::trace1(__FILE__, 91, [&](std::ostream& msg) {
+    Trace::trace1(__FILE__, TraceLine::created, [&](std::ostream& msg) {
         msg << "create: " << fileRef << ",fileName=" << fileName << ",fileReference=" << reference;
     });
     if (!entry) {
-        Trace::error(__FILE__, 95, [&](std::ostream& msg) { msg << "file (" << fileName << ") already exists"; });
+        Trace::error(__FILE__, TraceLine::nameTaken,
+                     [&](std::ostream& msg) { msg << "file (" << fileName << ") already exists"; });
         return nullptr;
     }
     return std::make_shared<FileHandleImpl>(finalName, entry->getPtr());
@@ -119,33 +132,32 @@ std::shared_ptr<FileHandleIf> FileManagerImpl::create(const std::string& fileNam
 
 int FileManagerImpl::nextFileRef()
 {
-    // After the largest number comes the smallest: the counter wraps as an unsigned number does.
-    m_fileRefCounter = static_cast<int>(static_cast<unsigned int>(m_fileRefCounter) + 1U);
+    m_fileRefCounter = m_fileRefCounter == INT_MAX ? 1 : m_fileRefCounter + 1;
     return m_fileRefCounter;
 }
 
-std::string FileManagerImpl::store(const std::string& fileName, const std::shared_ptr<FileEntry>& entry)
+/// Lists `entry` under its final name and returns the name. `entry` becomes the one that it replaces, if any.
+std::string FileManagerImpl::store(const std::string& fileName, std::shared_ptr<FileEntry>& entry)
 {
     const std::size_t position = fileName.find(datePlaceholder);
-    if (position == std::string::npos) {
-        m_files.emplace(fileName, entry);
-        return fileName;
-    }
-    std::string finalName = withDate(fileName, position, entry->getCreationTime());
-    m_files[finalName] = entry; // only the name with the placeholder had to be free
+    std::string finalName =
+        position == std::string::npos ? fileName : withDate(fileName, position, entry->getCreationTime());
+    m_files[finalName].swap(entry); // a final name with a date may be taken
     return finalName;
 }
 
 std::shared_ptr<FileHandleIf> FileManagerImpl::open(const std::string& fileName)
 {
-    Trace::trace1(__FILE__, 104, [&](std::ostream& msg) { msg << "open: fileName(" << fileName << ")"; });
+    Trace::trace1(__FILE__, TraceLine::openByName,
+                  [&](std::ostream& msg) { msg << "open: fileName(" << fileName << ")"; });
     const WriteLock lock(m_mutex);
     return openFound(m_files.find(fileName));
 }
 
 std::shared_ptr<FileHandleIf> FileManagerImpl::open(int fileRef)
 {
-    Trace::trace1(__FILE__, 126, [&](std::ostream& msg) { msg << "open: fileRef(" << fileRef << ")"; });
+    Trace::trace1(__FILE__, TraceLine::openByRef,
+                  [&](std::ostream& msg) { msg << "open: fileRef(" << fileRef << ")"; });
     const WriteLock lock(m_mutex);
     return openFound(findByRef(fileRef));
 }
@@ -174,35 +186,50 @@ void FileManagerImpl::close(std::shared_ptr<FileHandleIf>& handle)
     handle.reset();
 }
 
-bool FileManagerImpl::remove(const std::string& fileName, std::ostream& out, bool verbose)
+/// Moves every file that is meant to `taken`, which the caller destroys after it has released the lock.
+///
+/// Returns  whether there was one.
+template <typename Predicate>
+bool FileManagerImpl::takeOut(Nodes& taken, const Predicate& isMeant)
 {
-    Trace::trace1(__FILE__, 180, [&](std::ostream& msg) { msg << "remove: filename(" << fileName << ")"; });
-    const NamePattern pattern(fileName);
-    std::string report = "File '";
-    bool removed = false;
-    {
-        const WriteLock lock(m_mutex);
-        if (m_files.erase(fileName) != 0) {
-            removed = true;
-            if (verbose) {
-                report += fileName + "' deleted";
-            }
-        } else {
-            for (auto file = m_files.cbegin(); file != m_files.cend();) {
-                if (!pattern.matches(file->first)) {
-                    ++file;
-                    continue;
-                }
-                removed = true;
-                if (verbose) {
-                    report += file->first + pattern.reason() + fileName + "'";
-                }
-                file = m_files.erase(file);
+    bool found = false;
+    for (auto file = m_files.cbegin(); file != m_files.cend();) {
+        const auto current = file++;
+        if (isMeant(*current)) {
+            found = true;
+            Files::node_type node = m_files.extract(current);
+            try {
+                taken.push_back(std::move(node));
+            } catch (const std::bad_alloc&) {
+                // The node is destroyed here: a removal must not fail because there is no memory.
             }
         }
     }
+    return found;
+}
+
+bool FileManagerImpl::remove(const std::string& fileName, std::ostream& out, bool verbose)
+{
+    Trace::trace1(__FILE__, TraceLine::removeByName,
+                  [&](std::ostream& msg) { msg << "remove: filename(" << fileName << ")"; });
+    const NamePattern pattern(fileName);
+    std::string report = "File '";
+    bool removed = false;
+    Files::node_type exact;
+    Nodes others;
+    {
+        const WriteLock lock(m_mutex);
+        exact = m_files.extract(fileName);
+        removed = exact || takeOut(others, [&](const Files::value_type& file) {
+                      const bool matches = pattern.matches(file.first);
+                      if (matches && verbose) {
+                          report += file.first + pattern.reason() + fileName + "'";
+                      }
+                      return matches;
+                  });
+    }
     if (verbose) {
-        writeTo(out, report);
+        writeTo(out, exact ? report + fileName + "' deleted" : report);
     }
     return removed;
 }
@@ -214,18 +241,13 @@ bool FileManagerImpl::remove(const std::string& fileName, bool verbose)
 
 bool FileManagerImpl::remove(int fileRef, std::ostream& out, bool verbose)
 {
-    Trace::trace1(__FILE__, 269, [&](std::ostream& msg) { msg << "remove fileRef(" << fileRef << ")"; });
+    Trace::trace1(__FILE__, TraceLine::removeByRef,
+                  [&](std::ostream& msg) { msg << "remove fileRef(" << fileRef << ")"; });
     bool removed = false;
+    Nodes taken;
     {
         const WriteLock lock(m_mutex);
-        for (auto file = m_files.cbegin(); file != m_files.cend();) {
-            if (file->second->getFileRef() == fileRef) {
-                file = m_files.erase(file);
-                removed = true;
-            } else {
-                ++file;
-            }
-        }
+        removed = takeOut(taken, [&](const Files::value_type& file) { return file.second->getFileRef() == fileRef; });
     }
     if (verbose && removed) {
         writeTo(out, "File with reference number " + std::to_string(fileRef) + " was deleted");
@@ -241,26 +263,35 @@ bool FileManagerImpl::remove(int fileRef, bool verbose)
 
 void FileManagerImpl::removeAll()
 {
-    Trace::trace1(__FILE__, 303, [](std::ostream& msg) { msg << "removeAll"; });
+    Trace::trace1(__FILE__, TraceLine::removeAll, [](std::ostream& msg) { msg << "removeAll"; });
+    Nodes taken; // not a swapped map: the directory keeps its array of buckets for later files
     const WriteLock lock(m_mutex);
-    m_files.clear();
+    takeOut(taken, [](const Files::value_type&) { return true; });
+}
+
+void FileManagerImpl::releaseAll()
+{
+    Files files;
+    const WriteLock lock(m_mutex);
+    m_files.swap(files);
 }
 
 bool FileManagerImpl::exists(int fileRef) const
 {
-    const ReadLock lock(m_mutex);
+    const SharedLock lock(m_mutex);
     return findByRef(fileRef) != m_files.end();
 }
 
 bool FileManagerImpl::exists(const std::string& fileName) const
 {
-    const ReadLock lock(m_mutex);
+    const SharedLock lock(m_mutex);
     return m_files.find(fileName) != m_files.end();
 }
 
 bool FileManagerImpl::setDelayedDelete(int fileRef)
 {
-    Trace::trace1(__FILE__, 310, [&](std::ostream& msg) { msg << "setDelayedDelete fileRef(" << fileRef << ")"; });
+    Trace::trace1(__FILE__, TraceLine::setDelayedDelete,
+                  [&](std::ostream& msg) { msg << "setDelayedDelete fileRef(" << fileRef << ")"; });
     const WriteLock lock(m_mutex);
     const auto file = findByRef(fileRef);
     if (file == m_files.end()) {
@@ -273,7 +304,7 @@ bool FileManagerImpl::setDelayedDelete(int fileRef)
 std::vector<std::shared_ptr<FileHandleIf>> FileManagerImpl::openAll()
 {
     std::vector<std::shared_ptr<FileHandleIf>> handles;
-    const ReadLock lock(m_mutex);
+    const SharedLock lock(m_mutex);
     handles.reserve(m_files.size());
     for (const auto& [name, entry] : m_files) {
         handles.push_back(std::make_shared<FileHandleImpl>(name, entry->getPtr()));

@@ -3,7 +3,6 @@
 #define CORVANE_RAMFS_FILEMANAGERIMPL_H
 
 #include <memory>
-#include <shared_mutex>
 #include <string>
 #include <unordered_map>
 #include <vector>
@@ -11,13 +10,14 @@
 #include <ramfs/fileManagerIf.h>
 
 #include "ramfs/src/fileEntry.h"
+#include "sync/mutex.h"
 
 namespace Corvane::RamFs::V1 {
 
 /// The operations are those of FileManagerIf, with the same contracts.
 ///
-/// The directory's lock is taken before an entry's, never the other way round. The directory's own trace events and
-/// its reports are written while it isn't held.
+/// The directory's lock is taken before an entry's, never the other way round. The directory emits its own trace events
+/// and writes its reports without the lock. It also frees the memory of files without it, since that may take long.
 class FileManagerImpl : public FileManagerIf
 {
 public:
@@ -38,21 +38,27 @@ public:
     std::vector<std::shared_ptr<FileHandleIf>> openAll() override;
     std::shared_ptr<FileStreamBufIf> getFileStreamBuf() override;
 
+    /// Releases all files and all memory. The directory then is as new, but for its counter.
+    void releaseAll();
+
 private:
     friend struct FileManagerTestAccess;
 
     using Files = std::unordered_map<std::string, std::shared_ptr<FileEntry>>;
 
-    // These need the lock: exclusively, but for findByRef(), which changes nothing.
-    int nextFileRef();
-    std::string store(const std::string& fileName, const std::shared_ptr<FileEntry>& entry);
-    std::shared_ptr<FileHandleIf> openFound(Files::const_iterator file);
-    Files::const_iterator findByRef(int fileRef) const;
+    using Nodes = std::vector<Files::node_type>;
 
-    // The order of the members is relied upon. m_mutex guards the other two.
-    Files m_files;
-    int m_fileRefCounter = 0; // the automatic number given last
-    mutable std::shared_mutex m_mutex;
+    int nextFileRef() CORVANE_REQUIRES(m_mutex);
+    std::string store(const std::string& fileName, std::shared_ptr<FileEntry>& entry) CORVANE_REQUIRES(m_mutex);
+    std::shared_ptr<FileHandleIf> openFound(Files::const_iterator file) CORVANE_REQUIRES(m_mutex);
+    Files::const_iterator findByRef(int fileRef) const CORVANE_REQUIRES_SHARED(m_mutex);
+    template <typename Predicate>
+    bool takeOut(Nodes& taken, const Predicate& isMeant) CORVANE_REQUIRES(m_mutex);
+
+    // A test pins the order of the members: tools on the unit read these objects.
+    Files m_files CORVANE_GUARDED_BY(m_mutex);
+    int m_fileRefCounter CORVANE_GUARDED_BY(m_mutex) = 0; // the latest automatic number
+    mutable SharedMutex m_mutex;
 };
 
 } // namespace Corvane::RamFs::V1

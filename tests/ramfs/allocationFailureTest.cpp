@@ -1,18 +1,41 @@
-/// Allocations that fail, one after the other, in every operation: bytes, positions, directory and locks afterwards.
+/// Which operations take memory, and what they leave behind when each of their allocations fails.
+#include <fstream>
+#include <functional>
 #include <new>
 #include <ostream>
 #include <regex>
 
+#include <sys/resource.h>
+#include <unistd.h>
+
 #include <gtest/gtest.h>
 
 #include "tests/ramfs/ramfsTestSupport.h"
+#include "tests/support/emulation.h"
 #include "tests/support/failingAllocation.h"
+#include "tests/support/tracepointObjects.h"
 
 namespace Corvane::RamFs::V1 {
 namespace {
 
 using Testing::failEachAllocation;
 using Testing::FailingAllocation;
+
+template <typename Operation>
+void expectNoAllocation(const Operation& operation)
+{
+    EXPECT_EQ(failEachAllocation(operation), 0);
+}
+
+/// Turns TRACE1 on. Its texts are made, and nothing else is done with them.
+class TracingTexts
+{
+public:
+    TracingTexts() { CORVANE_TRACEPOINT_OBJECT(TRACE1).state = 1; }
+    ~TracingTexts() { CORVANE_TRACEPOINT_OBJECT(TRACE1).state = 0; }
+    TracingTexts(const TracingTexts&) = delete;
+    TracingTexts& operator=(const TracingTexts&) = delete;
+};
 
 class AllocationFailureTest : public testing::Test
 {
@@ -74,6 +97,82 @@ TEST_F(AllocationFailureTest, LookingAtAFileLeavesItAlone)
     EXPECT_EQ(failEachAllocation([&] { handle.readHeader(); }, [&] { expectIntact(); }), 1);
     EXPECT_EQ(failEachAllocation([&] { handle.readFooter(); }, [&] { expectIntact(); }), 1);
     EXPECT_EQ(failEachAllocation([&] { static_cast<void>(handle.getFileName()); }, [&] { expectIntact(); }), 1);
+}
+
+TEST_F(AllocationFailureTest, WritesAndAppendsThatNobodyTracesTakeNoMemory)
+{
+    handle.contentResize(100);
+    expectNoAllocation([&] {
+        handle.setPos(0);
+        EXPECT_EQ(handle.write("CON"), 3U); // corrected to the start of the content
+        handle.setPos(1000);
+        EXPECT_EQ(handle.write("T", 1), 1U); // corrected to its end
+        EXPECT_EQ(handle.append("2"), 1U);
+        EXPECT_EQ(handle.write(static_cast<const char*>(nullptr), 5), 0U);
+    });
+    EXPECT_EQ(wholeFile(handle), "HDR:CONtentT2END");
+}
+
+TEST_F(AllocationFailureTest, AWriteWhoseResultCannotBeTracedIsDoneOnce)
+{
+    const TracingTexts tracing;
+    handle.contentResize(100);
+    int failed = 0;
+    for (int count = 0; failed == count; ++count) {
+        handle.setPos(100);
+        unsigned int written = 0;
+        std::string expected = wholeFile(handle);
+        {
+            const FailingAllocation failing(count);
+            try {
+                written = handle.append("x");
+            } catch (const std::bad_alloc&) {
+            }
+            failed += failing.hasFailed() ? 1 : 0;
+        }
+        expected.insert(expected.size() - 3, written, 'x');
+        EXPECT_EQ(wholeFile(handle), expected) << "allocation " << count;
+    }
+    EXPECT_GE(failed, 4);
+}
+
+/// Lets the process have no further pages.
+class NoMorePages
+{
+public:
+    NoMorePages()
+    {
+        std::size_t pages = 0;
+        std::ifstream("/proc/self/statm") >> pages;
+        ::getrlimit(RLIMIT_AS, &m_former);
+        const rlimit limit{pages * static_cast<rlim_t>(::sysconf(_SC_PAGESIZE)), m_former.rlim_max};
+        ::setrlimit(RLIMIT_AS, &limit);
+    }
+    ~NoMorePages() { ::setrlimit(RLIMIT_AS, &m_former); }
+    NoMorePages(const NoMorePages&) = delete;
+    NoMorePages& operator=(const NoMorePages&) = delete;
+
+private:
+    rlimit m_former{};
+};
+
+TEST_F(AllocationFailureTest, ALargeFileThatCannotGrowLeavesContentAndPosition)
+{
+#ifdef CORVANE_TEST_SANITIZED
+    GTEST_SKIP() << "a sanitizer needs pages of its own";
+#endif
+    if (Testing::isEmulated()) {
+        GTEST_SKIP() << "the limit would be the emulator's";
+    }
+    for (const unsigned int size : {1000U, 1'000'000U}) { // what grows next is on the heap, or has pages of its own
+        handle.contentResize(size);
+        {
+            const NoMorePages noMorePages;
+            EXPECT_THROW(handle.contentResize(500'000'000), std::bad_alloc);
+        }
+        expectIntact();
+        EXPECT_EQ(FileEntryTestAccess::storage(*entry), size);
+    }
 }
 
 class DirectoryAllocationFailureTest : public testing::Test
@@ -140,15 +239,42 @@ TEST_F(DirectoryAllocationFailureTest, AMarkedFileThatCannotBeOpenedStaysInTheDi
     EXPECT_FALSE(manager.exists(5));
 }
 
-TEST_F(DirectoryAllocationFailureTest, OpeningAllAndRemovingReleaseTheLock)
+TEST_F(DirectoryAllocationFailureTest, OpeningAllFilesReleasesTheLock)
 {
     manager.create(name + "1", 0, 0);
     manager.create(name + "2", 0, 0);
-    const auto check = [&] { EXPECT_TRUE(FileManagerTestAccess::isUnlocked(manager)); };
-    EXPECT_GE(failEachAllocation([&] { manager.openAll(); }, check), 3);
+    EXPECT_GE(failEachAllocation([&] { manager.openAll(); },
+                                 [&] { EXPECT_TRUE(FileManagerTestAccess::isUnlocked(manager)); }),
+              3);
+}
+
+TEST_F(DirectoryAllocationFailureTest, ARemovalNeedsNoMemory)
+{
+    const std::string longName = "another name that is longer than a short string";
+    manager.create(longName, 0, 0);
+    expectNoAllocation([&] { EXPECT_FALSE(manager.remove(name, false)); });
+    expectNoAllocation([&] { EXPECT_TRUE(manager.remove(longName, false)); });
+    const std::function<void()> removals[] = {[&] { EXPECT_TRUE(manager.remove("a name", false)); },
+                                              [&] { EXPECT_TRUE(manager.remove(5, false)); },
+                                              [&] { manager.removeAll(); }};
+    for (const auto& removal : removals) {
+        manager.create(name + "1", 0, 5);
+        manager.create(name + "2", 0, 5);
+        const FailingAllocation failing(0); // what would free the files later finds no memory
+        removal();
+        EXPECT_TRUE(failing.hasFailed());
+        EXPECT_EQ(FileManagerTestAccess::fileCount(manager), 0U);
+        EXPECT_TRUE(FileManagerTestAccess::isUnlocked(manager));
+    }
+}
+
+TEST_F(DirectoryAllocationFailureTest, AReportThatFindsNoMemoryReleasesTheLock)
+{
+    manager.create(name, 0, 0);
     std::ostringstream out;
-    EXPECT_GE(failEachAllocation([&] { manager.remove("a name", out, true); }, check), 1);
-    EXPECT_EQ(FileManagerTestAccess::fileCount(manager), 0U);
+    const FailingAllocation failing(0);
+    EXPECT_THROW(manager.remove("a name", out, true), std::bad_alloc);
+    EXPECT_TRUE(FileManagerTestAccess::isUnlocked(manager));
 }
 
 class BufferAllocationFailureTest : public testing::Test

@@ -31,7 +31,7 @@ protected:
         EXPECT_EQ(result.text, refused);
         EXPECT_EQ(pos, at);
         EXPECT_EQ(Access::contentSize(*entry), before);
-        EXPECT_EQ(Access::content(*entry), std::vector<unsigned char>(100, 0));
+        EXPECT_EQ(Access::content(*entry), std::string(100, 0));
     }
 
     std::shared_ptr<FileEntry> entry = FileEntry::create(3, 100);
@@ -86,7 +86,7 @@ TEST_F(FileLimitsTest, TheEndOfALargeFileDoesNotWrapIntoAnAppend)
     const auto result = entry->append(bytes("123456"), 6);
     EXPECT_EQ(result.bytesWritten, 0U);
     EXPECT_EQ(result.text, refused);
-    EXPECT_EQ(Access::content(*entry), std::vector<unsigned char>(100, 0));
+    EXPECT_EQ(Access::content(*entry), std::string(100, 0));
 }
 
 TEST_F(FileLimitsTest, AnAppendPastTheLastPositionIsRefused)

@@ -62,11 +62,11 @@ TEST_F(FileManagerTest, NumberingGoesOnAfterRemoveAll)
     EXPECT_EQ(manager.create("a", 0, 0)->getFileRef(), 2);
 }
 
-TEST_F(FileManagerTest, AfterTheLargestAutomaticNumberComesTheSmallest)
+TEST_F(FileManagerTest, AutomaticNumbersBeginAgainAtOneAfterTheLargest)
 {
     FileManagerTestAccess::setFileRefCounter(manager, INT_MAX - 1);
     EXPECT_EQ(manager.create("a", 0, 0)->getFileRef(), INT_MAX);
-    EXPECT_EQ(manager.create("b", 0, 0)->getFileRef(), INT_MIN);
+    EXPECT_EQ(manager.create("b", 0, 0)->getFileRef(), 1);
 }
 
 TEST_F(FileManagerTest, ANewFileIsEmptyAndHasItsStorage)

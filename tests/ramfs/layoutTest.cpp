@@ -117,6 +117,7 @@ TEST(RamFsLayout, TheEntryBeginsWithItsWeakSelfReference)
     EXPECT_EQ(offsetIn(&entry, static_cast<std::enable_shared_from_this<FileEntry>*>(&entry)), 0);
     EXPECT_EQ(offsetIn(&entry, members.front()), static_cast<std::ptrdiff_t>(sizeof(std::weak_ptr<FileEntry>)));
     EXPECT_TRUE(std::is_sorted(members.begin(), members.end()));
+    EXPECT_EQ(sizeof(ContentStorage), sizeof(std::vector<unsigned char>));
 }
 
 TEST(RamFsLayout, TheHandleHoldsNameEntryAndPosition)

@@ -1,7 +1,10 @@
-/// Replaces the calls of POSIX read-write locks that std::shared_mutex makes.
+/// Replaces the calls of POSIX read-write locks that std::shared_mutex makes, and the calls that take and free memory.
 #include "tests/ramfs/lockRecorder.h"
 
+#include <algorithm>
+#include <array>
 #include <cstdlib>
+#include <new>
 #include <utility>
 
 #include <dlfcn.h>
@@ -13,6 +16,7 @@ using Corvane::Testing::LockMode;
 using Corvane::Testing::LockRecorder;
 
 thread_local LockRecorder* current = nullptr;
+thread_local std::array<void*, 8> watchedBlocks{};
 
 using Call = int (*)(pthread_rwlock_t*);
 
@@ -93,4 +97,33 @@ extern "C" [[gnu::visibility("default")]] int pthread_rwlock_unlock(pthread_rwlo
         current->release();
     }
     return original(lock);
+}
+
+void* operator new(std::size_t size)
+{
+    void* const memory = std::malloc(size);
+    if (memory == nullptr) {
+        throw std::bad_alloc();
+    }
+    if (current != nullptr && size == LockRecorder::watchedSize) {
+        *std::find(watchedBlocks.begin(), watchedBlocks.end() - 1, nullptr) = memory;
+    }
+    return memory;
+}
+
+void operator delete(void* memory) noexcept
+{
+    const auto watched = std::find(watchedBlocks.begin(), watchedBlocks.end(), memory);
+    if (memory != nullptr && watched != watchedBlocks.end()) {
+        *watched = nullptr;
+        if (current != nullptr) {
+            current->addFreed();
+        }
+    }
+    std::free(memory);
+}
+
+void operator delete(void* memory, std::size_t /*size*/) noexcept
+{
+    operator delete(memory);
 }

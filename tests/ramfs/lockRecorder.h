@@ -1,5 +1,6 @@
 /// Records which read-write locks this thread takes, and how, and makes some fail: it takes the place of the calls
-/// behind std::shared_mutex.
+/// behind std::shared_mutex. It also records how many locks are held when memory of a chosen size is freed: it takes
+/// the place of operator new and operator delete.
 ///
 ///     LockRecorder recorder;
 ///     manager.exists("a");
@@ -9,6 +10,7 @@
 #ifndef CORVANE_TESTS_RAMFS_LOCKRECORDER_H
 #define CORVANE_TESTS_RAMFS_LOCKRECORDER_H
 
+#include <cstddef>
 #include <utility>
 #include <vector>
 
@@ -44,7 +46,14 @@ public:
     /// Gives the next calls that take a lock these results instead of the lock. 0 stands for a call that may take it.
     void failNext(std::vector<int> errors) { m_errors = std::move(errors); }
 
+    /// Returns  for each block of `watchedSize` that was freed since the last call, how many locks were held then.
+    std::vector<int> heldWhenFreed() { return std::exchange(m_heldWhenFreed, {}); }
+
+    /// Blocks of this size are watched.
+    static constexpr std::size_t watchedSize = 54321;
+
     /// For the replaced calls.
+    void addFreed() { m_heldWhenFreed.push_back(m_held); }
     int nextError();
     void add(const void* lock, LockMode mode);
     void release() { --m_held; }
@@ -52,6 +61,7 @@ public:
 private:
     std::vector<TakenLock> m_taken;
     std::vector<int> m_errors;
+    std::vector<int> m_heldWhenFreed;
     int m_held = 0;
 };
 

@@ -206,6 +206,32 @@ TEST_F(DirectoryLocks, AreNotTakenToCloseAHandleOrToMakeABuffer)
     EXPECT_EQ(take(), "");
 }
 
+TEST_F(DirectoryLocks, AreReleasedBeforeTheMemoryOfAFileIsFreed)
+{
+    const std::function<void()> removals[] = {
+        [&] { manager.remove("big", false); },
+        [&] { manager.remove("bi", false); },
+        [&] { manager.remove(7, false); },
+        [&] { manager.removeAll(); },
+        [&] { manager.releaseAll(); },
+        [&] {
+            manager.setDelayedDelete(7);
+            manager.open("big");
+        },
+    };
+    for (const auto& removal : removals) {
+        manager.create("big", LockRecorder::watchedSize, 7);
+        removal();
+        EXPECT_THAT(recorder.heldWhenFreed(), ElementsAre(0));
+    }
+    std::vector<int> held;
+    while (held.empty()) { // until one file replaces another of the same second
+        manager.create("<date>", LockRecorder::watchedSize, 0);
+        held = recorder.heldWhenFreed();
+    }
+    EXPECT_THAT(held, ElementsAre(0));
+}
+
 TEST_F(DirectoryLocks, AreAskedForAgainWhenThereAreTooManyReaders)
 {
     recorder.failNext({EAGAIN, EAGAIN, EAGAIN});

@@ -14,30 +14,45 @@
 #include "ramfs/src/fileHandleImpl.h"
 #include "ramfs/src/fileManagerImpl.h"
 #include "ramfs/src/fileStreamBufImpl.h"
+#include "sync/mutex.h"
 
 namespace Corvane::RamFs::V1 {
 
+// The accesses need no lock: a test has the objects that it looks into to itself.
+#define CORVANE_TEST_UNLOCKED CORVANE_THREAD_SAFETY(no_thread_safety_analysis)
+
+/// Returns  whether nobody holds the lock, shared or exclusively.
+inline bool isUnlocked(SharedMutex& mutex)
+{
+    static_assert(sizeof mutex == sizeof(std::shared_mutex)); // that is all it has
+    const std::unique_lock<std::shared_mutex> lock(reinterpret_cast<std::shared_mutex&>(mutex), std::try_to_lock);
+    return lock.owns_lock();
+}
+
 struct FileEntryTestAccess
 {
-    static std::size_t storage(const FileEntry& entry) { return entry.m_content.size(); }
-    static unsigned int contentSize(const FileEntry& entry) { return entry.m_contentSize; }
-    static void setContentSize(FileEntry& entry, unsigned int size) { entry.m_contentSize = size; }
-    static const std::vector<unsigned char>& content(const FileEntry& entry) { return entry.m_content; }
+    static std::size_t storage(const FileEntry& entry) CORVANE_TEST_UNLOCKED { return entry.m_content.size(); }
+    static unsigned int contentSize(const FileEntry& entry) CORVANE_TEST_UNLOCKED { return entry.m_contentSize; }
+    static void setContentSize(FileEntry& entry, unsigned int size) CORVANE_TEST_UNLOCKED
+    {
+        entry.m_contentSize = size;
+    }
+
+    /// Returns  the content's storage, reserve included.
+    static std::string content(const FileEntry& entry) CORVANE_TEST_UNLOCKED
+    {
+        return {reinterpret_cast<const char*>(entry.m_content.data()), entry.m_content.size()};
+    }
     static std::uint64_t storageFor(std::uint64_t contentSize) { return FileEntry::storageFor(contentSize); }
 
     /// Returns  the members in the order in which they are expected to lie.
-    static std::vector<const void*> members(const FileEntry& entry)
+    static std::vector<const void*> members(const FileEntry& entry) CORVANE_TEST_UNLOCKED
     {
         return {&entry.m_fileRef,     &entry.m_header,       &entry.m_content,       &entry.m_footer,
                 &entry.m_contentSize, &entry.m_creationTime, &entry.m_delayedDelete, &entry.m_mutex};
     }
 
-    /// Returns  whether nobody holds the entry's lock.
-    static bool isUnlocked(FileEntry& entry)
-    {
-        const std::unique_lock<std::shared_mutex> lock(entry.m_mutex, std::try_to_lock);
-        return lock.owns_lock();
-    }
+    static bool isUnlocked(FileEntry& entry) { return V1::isUnlocked(entry.m_mutex); }
 };
 
 struct FileHandleTestAccess
@@ -58,20 +73,21 @@ private:
 
 struct FileManagerTestAccess
 {
-    static int fileRefCounter(const FileManagerImpl& manager) { return manager.m_fileRefCounter; }
-    static void setFileRefCounter(FileManagerImpl& manager, int value) { manager.m_fileRefCounter = value; }
-    static std::size_t fileCount(const FileManagerImpl& manager) { return manager.m_files.size(); }
-    static std::vector<const void*> members(const FileManagerImpl& manager)
+    static int fileRefCounter(const FileManagerImpl& manager) CORVANE_TEST_UNLOCKED { return manager.m_fileRefCounter; }
+    static void setFileRefCounter(FileManagerImpl& manager, int value) CORVANE_TEST_UNLOCKED
+    {
+        manager.m_fileRefCounter = value;
+    }
+    static std::size_t fileCount(const FileManagerImpl& manager) CORVANE_TEST_UNLOCKED
+    {
+        return manager.m_files.size();
+    }
+    static std::vector<const void*> members(const FileManagerImpl& manager) CORVANE_TEST_UNLOCKED
     {
         return {&manager.m_files, &manager.m_fileRefCounter, &manager.m_mutex};
     }
 
-    /// Returns  whether nobody holds the directory's lock, shared or exclusively.
-    static bool isUnlocked(const FileManagerImpl& manager)
-    {
-        const std::unique_lock<std::shared_mutex> lock(manager.m_mutex, std::try_to_lock);
-        return lock.owns_lock();
-    }
+    static bool isUnlocked(const FileManagerImpl& manager) { return V1::isUnlocked(manager.m_mutex); }
 };
 
 struct FileStreamBufTestAccess

@@ -1,0 +1,81 @@
+/// Growth of a file's storage: small blocks come from the heap, large ones are pages of their own.
+#include "ramfs/src/contentStorage.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <cstring>
+#include <new>
+
+#include <sys/mman.h>
+
+namespace Corvane::RamFs::V1 {
+
+namespace {
+
+#ifdef __SANITIZE_THREAD__
+// ThreadSanitizer knows nothing of mremap() and takes accesses to the former owner of an address for a race.
+constexpr std::size_t largeSize = SIZE_MAX;
+#else
+constexpr std::size_t largeSize = std::size_t{128} * 1024;
+#endif
+
+unsigned char* checked(void* pages)
+{
+    if (pages == MAP_FAILED) {
+        throw std::bad_alloc();
+    }
+    return static_cast<unsigned char*>(pages);
+}
+
+unsigned char* allocate(std::size_t size)
+{
+    if (size >= largeSize) {
+        return checked(mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0));
+    }
+    return static_cast<unsigned char*>(std::memset(::operator new(size), 0, size));
+}
+
+void release(unsigned char* block, std::size_t size)
+{
+    if (size >= largeSize) {
+        munmap(block, size);
+    } else {
+        ::operator delete(block);
+    }
+}
+
+} // namespace
+
+ContentStorage::~ContentStorage()
+{
+    release(m_begin, size());
+}
+
+void ContentStorage::grow(std::size_t newSize)
+{
+    const std::size_t oldSize = size();
+    if (newSize <= oldSize) {
+        return;
+    }
+    if (oldSize >= largeSize) {
+        m_begin = checked(mremap(m_begin, oldSize, newSize, MREMAP_MAYMOVE));
+    } else {
+        unsigned char* const block = allocate(newSize);
+        std::copy(m_begin, m_end, block);
+        release(m_begin, oldSize);
+        m_begin = block;
+    }
+    m_end = m_begin + newSize;
+    m_endOfBlock = m_end;
+}
+
+void ContentStorage::reserve(std::size_t newSize)
+{
+    const std::size_t oldSize = size();
+    grow(newSize);
+    if (newSize > oldSize) {
+        std::memset(m_begin + oldSize, 0, newSize - oldSize);
+    }
+}
+
+} // namespace Corvane::RamFs::V1
