@@ -55,6 +55,12 @@ public:
     /// Returns   the reference number of the file.
     /// Requires  the buffer is open: this is not checked.
     virtual int getFileRef() const = 0;
+
+    FileStreamBufIf(const FileStreamBufIf&) = delete;
+    FileStreamBufIf& operator=(const FileStreamBufIf&) = delete;
+
+protected:
+    FileStreamBufIf() = default;
 };
 
 } // namespace Corvane::RamFs::V1

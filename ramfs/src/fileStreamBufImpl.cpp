@@ -8,6 +8,13 @@
 
 namespace Corvane::RamFs::V1 {
 
+namespace {
+
+/// A flush keeps this much memory for the next text and gives the rest back.
+constexpr std::size_t keptCapacity = 4096;
+
+} // namespace
+
 FileStreamBufIf::~FileStreamBufIf() = default;
 
 FileStreamBufImpl::~FileStreamBufImpl()
@@ -16,10 +23,8 @@ FileStreamBufImpl::~FileStreamBufImpl()
         try {
             writePendingText();
         } catch (const std::exception&) {
-            // Nobody is left to hear of it: the text is lost like that of any failed transfer.
+            // A destructor can't report it: the text is lost.
         }
-        // Not through the directory, which does no more than this: at the end of the process it may be gone already.
-        m_fileHandle.reset();
     }
 }
 
@@ -45,7 +50,8 @@ bool FileStreamBufImpl::isOpen() const
 void FileStreamBufImpl::close()
 {
     sync();
-    FileManagerIf::getInstance().close(m_fileHandle);
+    FileManagerIf::getInstance().close(m_fileHandle); // closing a file is the directory's task
+    m_text.shrink_to_fit();
 }
 
 std::string FileStreamBufImpl::getFileName() const
@@ -63,7 +69,10 @@ int FileStreamBufImpl::sync()
     if (m_fileHandle) {
         writePendingText();
     }
-    m_stream.str(std::string());
+    m_text.clear();
+    if (m_text.capacity() > keptCapacity) {
+        m_text.shrink_to_fit();
+    }
     return 0;
 }
 
@@ -73,19 +82,17 @@ FileStreamBufImpl::int_type FileStreamBufImpl::overflow(int_type c)
         return traits_type::eof();
     }
     if (isOpen()) {
-        // Past the stream, which would swallow a failed allocation and then drop all further text.
-        m_stream.rdbuf()->sputc(traits_type::to_char_type(c));
+        m_text.push_back(traits_type::to_char_type(c));
     }
     return c;
 }
 
 void FileStreamBufImpl::writePendingText()
 {
-    const std::string text = m_stream.str();
-    if (text.size() > UINT32_MAX) {
-        m_fileHandle->write(text); // refuses what no length can tell
+    if (m_text.size() > UINT32_MAX) {
+        m_fileHandle->write(m_text); // refused: no file can hold it, and no 32-bit length can express it
     } else {
-        m_fileHandle->write(text.data(), static_cast<unsigned int>(text.size()));
+        m_fileHandle->write(m_text.data(), static_cast<unsigned int>(m_text.size()));
     }
 }
 

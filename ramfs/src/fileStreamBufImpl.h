@@ -3,7 +3,6 @@
 #define CORVANE_RAMFS_FILESTREAMBUFIMPL_H
 
 #include <memory>
-#include <sstream>
 #include <string>
 
 #include <ramfs/fileHandleIf.h>
@@ -12,7 +11,7 @@
 namespace Corvane::RamFs::V1 {
 
 /// The operations are those of FileStreamBufIf, with the same contracts. There is no put area: every character arrives
-/// in overflow(), and m_stream is the only place where text waits.
+/// in overflow(), and m_text is the only place where text waits.
 class FileStreamBufImpl : public FileStreamBufIf
 {
 public:
@@ -35,9 +34,9 @@ private:
 
     void writePendingText();
 
-    // The order of the members is relied upon.
+    // A test pins the order of the members: tools on the unit read these objects.
     std::shared_ptr<FileHandleIf> m_fileHandle; // empty while the buffer is closed
-    std::ostringstream m_stream;                // the text since the last transfer into the file
+    std::string m_text;                         // what was streamed since the last flush
 };
 
 } // namespace Corvane::RamFs::V1

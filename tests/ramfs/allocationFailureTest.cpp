@@ -288,22 +288,53 @@ protected:
     std::shared_ptr<FileStreamBufIf> buffer = FileManagerIf::getInstance().getFileStreamBuf();
 };
 
-TEST_F(BufferAllocationFailureTest, AFailedFlushMakesTheStreamBadAndKeepsTheText)
+TEST_F(BufferAllocationFailureTest, AFailedFlushKeepsTheTextAndNoFlushWritesItTwice)
+{
+    for (const bool isTraced : {false, true}) {
+        FileManagerIf::getInstance().removeAll();
+        buffer->create("a", 0, 0);
+        std::ostream out(buffer.get());
+        std::string expected;
+        bool hasFailed = true;
+        for (int count = 0; hasFailed; ++count) {
+            out << text;
+            expected += text;
+            {
+                const auto tracing = isTraced ? std::make_unique<TracingTexts>() : nullptr;
+                const FailingAllocation failing(count);
+                out.flush();
+                hasFailed = failing.hasFailed();
+            }
+            if (out.bad()) {
+                EXPECT_TRUE(hasFailed);
+                out.clear();
+                out.flush();
+            }
+            ASSERT_TRUE(out.good());
+            ASSERT_TRUE(content() == expected) << "allocation " << count << (isTraced ? ", traced" : "");
+        }
+    }
+}
+
+TEST_F(BufferAllocationFailureTest, FlushingLineByLineTakesNoMemory)
+{
+    FileManagerIf::getInstance().create("a", 10'000, 5);
+    buffer->open(5);
+    std::ostream out(buffer.get());
+    const std::string line(100, 'x');
+    out << line << std::endl; // the buffer keeps the memory of this line for the others
+    expectNoAllocation([&] { out << line << std::endl << line << std::endl; });
+}
+
+TEST_F(BufferAllocationFailureTest, AFlushGivesTheMemoryOfALargeTextBackAndACloseAllOfIt)
 {
     buffer->create("a", 0, 0);
     std::ostream out(buffer.get());
-    out << text;
-    for (int count = 0;; ++count) {
-        const FailingAllocation failing(count);
-        out.flush();
-        if (!failing.hasFailed()) {
-            break;
-        }
-        EXPECT_TRUE(out.bad());
-        out.clear();
-    }
-    EXPECT_TRUE(out.good());
-    EXPECT_EQ(content(), text);
+    out << text << std::flush;
+    EXPECT_LE(FileStreamBufTestAccess::pendingText(*buffer).capacity(), 4096U);
+    out << "a line that is longer than a short string";
+    buffer->close();
+    EXPECT_EQ(FileStreamBufTestAccess::pendingText(*buffer).capacity(), std::string().capacity());
 }
 
 TEST_F(BufferAllocationFailureTest, ACharacterThatCannotBeKeptMakesTheStreamBadForThatCharacterOnly)

@@ -20,10 +20,6 @@ protected:
     ~FileStreamBufTest() override { manager.removeAll(); }
 
     std::string contentOf(const std::string& name) { return wholeFile(*manager.open(name)); }
-    std::string pending() const
-    {
-        return FileStreamBufTestAccess::pendingText(dynamic_cast<const FileStreamBufImpl&>(*buffer));
-    }
 
     FileManagerIf& manager = FileManagerIf::getInstance();
     std::shared_ptr<FileStreamBufIf> buffer = manager.getFileStreamBuf();

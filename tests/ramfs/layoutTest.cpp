@@ -146,6 +146,8 @@ TEST(RamFsLayout, TheStreamBufferHoldsHandleAndPendingText)
     EXPECT_EQ(offsetIn(&buffer, members.front()), static_cast<std::ptrdiff_t>(sizeof(std::streambuf)));
     EXPECT_TRUE(std::is_sorted(members.begin(), members.end()));
     EXPECT_EQ(sizeof(FileStreamBufIf), sizeof(std::streambuf));
+    EXPECT_FALSE(std::is_copy_constructible_v<FileStreamBufImpl>);
+    EXPECT_FALSE(std::is_copy_assignable_v<FileStreamBufIf>);
 }
 
 } // namespace

@@ -96,10 +96,10 @@ struct FileStreamBufTestAccess
     {
         return dynamic_cast<const FileStreamBufImpl&>(buffer).m_fileHandle;
     }
-    static std::string pendingText(const FileStreamBufImpl& buffer) { return buffer.m_stream.str(); }
+    static std::string& pendingText(FileStreamBufIf& buffer) { return dynamic_cast<FileStreamBufImpl&>(buffer).m_text; }
     static std::vector<const void*> members(const FileStreamBufImpl& buffer)
     {
-        return {&buffer.m_fileHandle, &buffer.m_stream};
+        return {&buffer.m_fileHandle, &buffer.m_text};
     }
 };
 
