@@ -2,13 +2,14 @@
 #include "tests/ramfs/fakeClock.h"
 
 #include <cstdlib>
+#include <cstring>
 
 #include <dlfcn.h>
 
 namespace {
 
 std::time_t clockTime = 0;
-bool datesRefused = false;
+std::string date;
 
 } // namespace
 
@@ -19,9 +20,9 @@ void setClock(std::time_t now)
     clockTime = now;
 }
 
-void refuseDates(bool refuse)
+void setDate(const std::string& text)
 {
-    datesRefused = refuse;
+    date = text;
 }
 
 } // namespace Corvane::Testing
@@ -35,12 +36,19 @@ extern "C" [[gnu::visibility("default")]] std::time_t time(std::time_t* result) 
 }
 
 extern "C" [[gnu::visibility("default")]] std::size_t strftime(char* text, std::size_t size, const char* format,
-                                                               const std::tm* date) noexcept
+                                                               const std::tm* time) noexcept
 {
     using Strftime = std::size_t (*)(char*, std::size_t, const char*, const std::tm*);
     static const auto original = reinterpret_cast<Strftime>(dlsym(RTLD_NEXT, "strftime"));
     if (original == nullptr) {
         std::abort();
     }
-    return datesRefused ? 0 : original(text, size, format, date);
+    if (date.empty()) {
+        return original(text, size, format, time);
+    }
+    if (date.size() >= size) {
+        return 0;
+    }
+    std::memcpy(text, date.c_str(), date.size() + 1);
+    return date.size();
 }

@@ -5,14 +5,15 @@
 #define CORVANE_TESTS_RAMFS_FAKECLOCK_H
 
 #include <ctime>
+#include <string>
 
 namespace Corvane::Testing {
 
 /// Makes time() give `now` from now on.
 void setClock(std::time_t now);
 
-/// Makes strftime() find no room for its text, or work again.
-void refuseDates(bool refuse);
+/// Makes strftime() give `text`, if there is room for it; an empty one makes it work as ever again.
+void setDate(const std::string& text);
 
 } // namespace Corvane::Testing
 

@@ -1,4 +1,4 @@
-/// Names that carry a date, with a clock that stands still: literally, and where there is no date to be had.
+/// Names that carry a date, with a clock that stands still.
 #include <cstdlib>
 #include <ctime>
 #include <limits>
@@ -20,7 +20,7 @@ protected:
     {
         setTimeZone("UTC0");
         Testing::setClock(afternoon);
-        Testing::refuseDates(false);
+        Testing::setDate("");
     }
 
     static void setTimeZone(const char* zone)
@@ -84,13 +84,19 @@ TEST_F(FileDateTest, OfTheSameSecondReplacesTheFile)
     EXPECT_EQ(FileManagerTestAccess::fileCount(manager), 2U);
 }
 
-TEST_F(FileDateTest, ThatCannotBeWrittenLeavesThePlaceholder)
+TEST_F(FileDateTest, MayHaveNinetyNineCharactersInSomeLocales)
 {
-    Testing::refuseDates(true);
+    Testing::setDate(std::string(99, 'm'));
+    EXPECT_EQ(nameOfNew("log_<date>.txt"), "log_" + std::string(99, 'm') + ".txt");
+}
+
+TEST_F(FileDateTest, ThatIsLongerLeavesThePlaceholder)
+{
+    Testing::setDate(std::string(100, 'm'));
     EXPECT_EQ(nameOfNew("log_<date>.txt"), "log_<date>.txt");
     EXPECT_TRUE(manager.exists("log_<date>.txt"));
     EXPECT_EQ(nameOfNew("log_<date>.txt"), "(none)") << "now the name is taken as it is";
-    Testing::refuseDates(false);
+    Testing::setDate("");
     EXPECT_EQ(nameOfNew("log_<date>.txt"), "(none)");
     EXPECT_TRUE(manager.remove("log_<date>.txt", false));
     EXPECT_EQ(nameOfNew("log_<date>.txt"), "log_2024Mar05-14_03_59.txt");

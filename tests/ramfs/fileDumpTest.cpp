@@ -1,4 +1,5 @@
 /// The readable dump: text and hexadecimal, the borders of the regions, and the limit.
+#include <optional>
 #include <ostream>
 #include <stdexcept>
 #include <streambuf>
@@ -12,7 +13,72 @@ namespace {
 
 constexpr unsigned int cut = 0xFFFFFFFF;
 
-class FileDumpTest : public testing::Test
+/// A file, a dump of it from a position on, and what comes of it.
+struct Dump
+{
+    const char* title;
+    std::string header;
+    std::string content;
+    std::string footer;
+    unsigned int from;
+    std::optional<unsigned int> limit; // of readReadable(); none for dump()
+    std::string text;
+    unsigned int result;
+    unsigned int endPosition;
+};
+
+void PrintTo(const Dump& dump, std::ostream* out)
+{
+    *out << dump.title;
+}
+
+/// Returns  all 256 bytes, as they are or in hexadecimal.
+std::string everyByte(bool inHexadecimal)
+{
+    std::string all;
+    for (unsigned int byte = 0; byte < 256; ++byte) {
+        char digits[3];
+        std::snprintf(digits, sizeof digits, "%02X", byte);
+        all += inHexadecimal ? std::string(digits) : std::string(1, static_cast<char>(byte));
+    }
+    return all;
+}
+
+constexpr auto none = std::nullopt;
+
+const Dump dumps[] = {
+    {"HeaderAndFooterAreTextAndTheContentBetweenIsHexadecimal", "HDR:", "\x01\x41\xFF", "END\n", 0, none,
+     "HDR:0141FFEND\n", 11, 11},
+    {"AnEmptyFileIsALineFeed", "", "", "", 0, none, "\n", 1, 0},
+    {"ADumpAtTheEndOfAFileIsALineFeed", "", "abc", "", 3, none, "\n", 1, 3},
+    {"AfterAByteInHexadecimalTheContentStaysSo", "", {"ab\0c", 4}, "", 0, none, "ab0063\n", 5, 4},
+    {"NoLineFeedIsAddedAfterALineFeedInText", "", "a b\tc\n", "", 0, none, "a b\tc\n", 6, 6},
+    {"ALineFeedIsAddedAfterOneInHexadecimal", "", "\x07\n", "", 0, none, "070A\n", 3, 2},
+    // The mode for the next byte counts, and after a header that is hexadecimal.
+    {"ALineFeedIsAddedAfterAHeaderThatEndsWithOne", "HDR\n", "", "", 0, none, "HDR\n\n", 5, 4},
+    {"EveryByteHasTwoUpperCaseDigits", "", everyByte(false), "", 0, none, everyByte(true) + "\n", 257, 256},
+    {"BytesAboveAsciiAreShownInHexadecimal", "", "a\xE9z", "", 0, none, "aE97A\n", 4, 3},
+    {"AHeaderStaysInHexadecimalAfterItsFirstSuchByte", "H\x01R", "A", "", 0, none, "H015241\n", 5, 4},
+    {"AFooterGoesBackToTextAfterEachByteInHexadecimal", "", "\x01", "a\x02z", 0, none, "01a02z\n", 5, 4},
+    {"AFooterAloneIsText", "", "", "\x01ok\n", 0, none, "01ok\n", 4, 4},
+    // Four bytes are shown as the header, though only two of them are, and the footer begins after eleven.
+    {"RegionsAreCountedFromTheStartOfTheCall", "HDR:", "ABCDEFG", "END", 2, none, "R:AB4344454647454ED\n", 13, 14},
+    {"ADumpOfTheFooterAloneIsText", "HDR:", "ABCDEFG", "END", 11, none, "END\n", 4, 14},
+    {"ALimitOfSixStopsAfterFourCharacters", "HDR:", "\x01\x41\xFF", "END\n", 0, 6, "HDR:", cut, 4},
+    {"AnEmptyFileWithALimitIsNothing", "", "", "", 0, 10, "", 0, 0},
+    {"AnEmptyFileIsNothingEvenWithTheSmallestLimit", "", "", "", 0, 2, "", 0, 0},
+    {"ALimitOfZeroIsNeverReached", "", "abc\x01", "", 0, 0, "abc01", 5, 4},
+    {"ALimitOfOneIsNeverReached", "", "abc\x01", "", 0, 1, "abc01", 5, 4},
+    {"ALimitOfTwoStopsAfterTheFirstByte", "", "abc", "", 0, 2, "a", cut, 1},
+    {"ALimitOfThreeStopsAfterTheFirstByte", "", "abc", "", 0, 3, "a", cut, 1},
+    {"ALimitOfFourStopsAfterTheSecondByte", "", "abc", "", 0, 4, "ab", cut, 2},
+    {"TheLastByteOfAFileMayReachTheLimit", "", "abc", "", 0, 5, "abc", cut, 3},
+    {"AFileThatEndsBeforeTheLimitIsNotCut", "", "abc", "", 0, 6, "abc", 3, 3},
+    {"AByteInHexadecimalMayPassTheLimitByOne", "", "\x01\x02\x03", "", 0, 5, "0102", cut, 2},
+    {"ALimitedDumpGoesOnAtThePosition", "", "abcdef", "", 2, 100, "cdef", 4, 6},
+};
+
+class FileDumpStreamTest : public testing::Test
 {
 protected:
     void makeFile(const std::string& header, const std::string& content, const std::string& footer)
@@ -22,185 +88,28 @@ protected:
         handle.appendFooter(bytes(footer.data()), static_cast<unsigned int>(footer.size()));
         handle.setPos(0);
     }
-    std::string dump()
-    {
-        std::ostringstream out;
-        result = handle.dump(out);
-        return out.str();
-    }
-    std::string readReadable(unsigned int maxLength)
-    {
-        std::ostringstream out;
-        handle.setPos(0);
-        result = handle.readReadable(out, maxLength);
-        return out.str();
-    }
     unsigned int pos() const { return FileHandleTestAccess::pos(handle); }
 
     FileHandleImpl handle{"log", FileEntry::create(3, 0)};
-    unsigned int result = 0;
 };
 
-TEST_F(FileDumpTest, HeaderAndFooterAreTextAndTheContentBetweenIsHexadecimal)
+class FileDumpTest : public FileDumpStreamTest, public testing::WithParamInterface<Dump>
 {
-    makeFile("HDR:", "\x01\x41\xFF", "END\n");
-    EXPECT_EQ(dump(), "HDR:0141FFEND\n");
-    EXPECT_EQ(result, 11U);
-    EXPECT_EQ(pos(), 11U);
-}
+};
 
-TEST_F(FileDumpTest, ALimitOfSixStopsAfterFourCharacters)
+TEST_P(FileDumpTest, HasItsTextAndResult)
 {
-    makeFile("HDR:", "\x01\x41\xFF", "END\n");
-    EXPECT_EQ(readReadable(6), "HDR:");
-    EXPECT_EQ(result, cut);
-    EXPECT_EQ(pos(), 4U);
-}
-
-TEST_F(FileDumpTest, AnEmptyFileIsOneLineFeedAndNothingWithALimit)
-{
-    EXPECT_EQ(dump(), "\n");
-    EXPECT_EQ(result, 1U);
-    EXPECT_EQ(readReadable(10), "");
-    EXPECT_EQ(result, 0U);
-    EXPECT_EQ(readReadable(2), "");
-    EXPECT_EQ(result, 0U);
-}
-
-TEST_F(FileDumpTest, HexadecimalModeSticks)
-{
-    makeFile("", std::string("ab\0c", 4), "");
-    EXPECT_EQ(dump(), "ab0063\n");
-    EXPECT_EQ(result, 5U);
-}
-
-TEST_F(FileDumpTest, NoLineFeedIsAddedAfterALineFeedInText)
-{
-    makeFile("", "a b\tc\n", "");
-    EXPECT_EQ(dump(), "a b\tc\n");
-    EXPECT_EQ(result, 6U);
-}
-
-TEST_F(FileDumpTest, ALineFeedInHexadecimalDoesNotCount)
-{
-    makeFile("", "\x07\n", "");
-    EXPECT_EQ(dump(), "070A\n");
-    EXPECT_EQ(result, 3U);
-}
-
-TEST_F(FileDumpTest, AFileOfALastLineFeedWithAHeaderGetsAnother)
-{
-    // The mode for the next byte is what counts, and after the header it is hexadecimal.
-    makeFile("HDR\n", "", "");
-    EXPECT_EQ(dump(), "HDR\n\n");
-    EXPECT_EQ(result, 5U);
-}
-
-TEST_F(FileDumpTest, TwoUpperCaseDigitsAreWrittenForEachByte)
-{
-    std::string all;
-    std::string expected;
-    for (unsigned int byte = 0; byte < 256; ++byte) {
-        all += static_cast<char>(byte);
-        char digits[3];
-        std::snprintf(digits, sizeof digits, "%02X", byte);
-        expected += digits;
-    }
-    makeFile("", all, "");
-    EXPECT_EQ(dump(), expected + "\n");
-    EXPECT_EQ(result, 257U);
-}
-
-TEST_F(FileDumpTest, BytesAboveAsciiAreNoText)
-{
-    makeFile("", "a\xE9z", "");
-    EXPECT_EQ(dump(), "aE97A\n");
-}
-
-TEST_F(FileDumpTest, ABinaryHeaderStaysHexadecimalToItsEnd)
-{
-    makeFile("H\x01R", "A", "");
-    EXPECT_EQ(dump(), "H015241\n");
-}
-
-TEST_F(FileDumpTest, EveryFooterByteStartsInTextMode)
-{
-    makeFile("", "\x01", "a\x02z");
-    EXPECT_EQ(dump(), "01a02z\n");
-    EXPECT_EQ(result, 5U);
-}
-
-TEST_F(FileDumpTest, AFileOfAFooterAloneIsText)
-{
-    makeFile("", "", "\x01ok\n");
-    EXPECT_EQ(dump(), "01ok\n");
-    EXPECT_EQ(result, 4U);
-}
-
-TEST_F(FileDumpTest, BordersAreCountedFromTheStartOfTheCall)
-{
-    makeFile("HDR:", "ABCDEFG", "END");
-    handle.setPos(2);
-    // Four bytes are shown as the header, though only two of them are, and the footer begins after eleven.
-    EXPECT_EQ(dump(), "R:AB4344454647454ED\n");
-    EXPECT_EQ(result, 13U);
-    handle.setPos(11);
-    EXPECT_EQ(dump(), "END\n");
-}
-
-TEST_F(FileDumpTest, ADumpAtTheEndIsALineFeed)
-{
-    makeFile("", "abc", "");
-    handle.setPos(3);
-    EXPECT_EQ(dump(), "\n");
-    EXPECT_EQ(result, 1U);
-}
-
-TEST_F(FileDumpTest, LimitsBelowTwoAreNone)
-{
-    makeFile("", "abc\x01", "");
-    EXPECT_EQ(readReadable(0), "abc01");
-    EXPECT_EQ(result, 5U);
-    EXPECT_EQ(readReadable(1), "abc01");
-    EXPECT_EQ(result, 5U);
-}
-
-TEST_F(FileDumpTest, ALimitOfTwoOrThreeStopsAfterTheFirstByte)
-{
-    makeFile("", "abc", "");
-    EXPECT_EQ(readReadable(2), "a");
-    EXPECT_EQ(result, cut);
-    EXPECT_EQ(readReadable(3), "a");
-    EXPECT_EQ(result, cut);
-    EXPECT_EQ(readReadable(4), "ab");
-    EXPECT_EQ(result, cut);
-}
-
-TEST_F(FileDumpTest, ALimitIsReachedByTheLastByteToo)
-{
-    makeFile("", "abc", "");
-    EXPECT_EQ(readReadable(5), "abc");
-    EXPECT_EQ(result, cut);
-    EXPECT_EQ(readReadable(6), "abc");
-    EXPECT_EQ(result, 3U);
-}
-
-TEST_F(FileDumpTest, AByteInHexadecimalMayPassTheLimitByOne)
-{
-    makeFile("", "\x01\x02\x03", "");
-    EXPECT_EQ(readReadable(5), "0102");
-    EXPECT_EQ(result, cut);
-    EXPECT_EQ(pos(), 2U);
-}
-
-TEST_F(FileDumpTest, AnotherReadableGoesOnWhereTheLimitStoppedTheFirst)
-{
-    makeFile("", "abcdef", "");
-    EXPECT_EQ(readReadable(4), "ab");
+    const Dump& dump = GetParam();
+    makeFile(dump.header, dump.content, dump.footer);
+    handle.setPos(dump.from);
     std::ostringstream out;
-    EXPECT_EQ(handle.readReadable(out, 100), 4U);
-    EXPECT_EQ(out.str(), "cdef");
+    EXPECT_EQ(dump.limit ? handle.readReadable(out, *dump.limit) : handle.dump(out), dump.result);
+    EXPECT_EQ(out.str(), dump.text);
+    EXPECT_EQ(pos(), dump.endPosition);
 }
+
+INSTANTIATE_TEST_SUITE_P(EachDump, FileDumpTest, testing::ValuesIn(dumps),
+                         [](const auto& dump) { return std::string(dump.param.title); });
 
 /// Takes `room` characters.
 class FullBuffer : public std::streambuf
@@ -221,7 +130,7 @@ private:
     int m_room;
 };
 
-TEST_F(FileDumpTest, AStreamThatThrowsLeavesThePositionPastTheLastByteRead)
+TEST_F(FileDumpStreamTest, AStreamThatThrowsLeavesThePositionPastTheLastByteRead)
 {
     makeFile("", "abcdef", "");
     FullBuffer buffer(2);
@@ -230,11 +139,10 @@ TEST_F(FileDumpTest, AStreamThatThrowsLeavesThePositionPastTheLastByteRead)
     EXPECT_THROW(handle.dump(out), std::runtime_error);
     EXPECT_EQ(pos(), 3U);
     EXPECT_EQ(handle.append("g"), 1U) << "the file isn't locked";
-    handle.setPos(3);
-    EXPECT_EQ(dump(), "defg\n");
+    EXPECT_EQ(wholeFile(handle), "abcdefg");
 }
 
-TEST_F(FileDumpTest, AStreamThatFailsIsReadToTheEndAllTheSame)
+TEST_F(FileDumpStreamTest, AStreamThatFailsDoesNotEndTheDump)
 {
     makeFile("", "abcdef", "");
     FullBuffer buffer(2);
@@ -244,7 +152,7 @@ TEST_F(FileDumpTest, AStreamThatFailsIsReadToTheEndAllTheSame)
     EXPECT_EQ(pos(), 6U);
 }
 
-TEST_F(FileDumpTest, TheFormatOfTheStreamDoesNotMatter)
+TEST_F(FileDumpStreamTest, TheFormatOfTheStreamDoesNotMatter)
 {
     makeFile("", "a\x01", "");
     std::ostringstream out;

@@ -92,9 +92,9 @@ struct FileManagerTestAccess
 
 struct FileStreamBufTestAccess
 {
-    static const std::shared_ptr<FileHandleIf>& handle(const FileStreamBufIf& buffer)
+    static std::shared_ptr<FileHandleIf>& handle(FileStreamBufIf& buffer)
     {
-        return dynamic_cast<const FileStreamBufImpl&>(buffer).m_fileHandle;
+        return dynamic_cast<FileStreamBufImpl&>(buffer).m_fileHandle;
     }
     static std::string& pendingText(FileStreamBufIf& buffer) { return dynamic_cast<FileStreamBufImpl&>(buffer).m_text; }
     static std::vector<const void*> members(const FileStreamBufImpl& buffer)
