@@ -38,7 +38,7 @@ protected:
     FileManagerImpl manager;
 };
 
-TEST_F(FileDateTest, StandsInTheNameWithYearMonthDayAndTime)
+TEST_F(FileDateTest, TheDateIsYearMonthDayAndTime)
 {
     EXPECT_EQ(nameOfNew("log_<date>"), "log_2024Mar05-14_03_59");
     EXPECT_EQ(nameOfNew("log_<date>.txt"), "log_2024Mar05-14_03_59.txt");
@@ -49,13 +49,13 @@ TEST_F(FileDateTest, StandsInTheNameWithYearMonthDayAndTime)
     EXPECT_EQ(nameOfNew("<date>"), "1970Jan01-00_00_00");
 }
 
-TEST_F(FileDateTest, ReplacesTheFirstPlaceholderOnly)
+TEST_F(FileDateTest, TheDateReplacesTheFirstPlaceholderOnly)
 {
     EXPECT_EQ(nameOfNew("<date><date>"), "2024Mar05-14_03_59<date>");
     EXPECT_EQ(nameOfNew("a<<date>><date>"), "a<2024Mar05-14_03_59><date>");
 }
 
-TEST_F(FileDateTest, IsLocalTime)
+TEST_F(FileDateTest, TheDateIsLocalTime)
 {
     setTimeZone("EST5");
     EXPECT_EQ(nameOfNew("<date>"), "2024Mar05-09_03_59");
@@ -63,7 +63,7 @@ TEST_F(FileDateTest, IsLocalTime)
     EXPECT_EQ(nameOfNew("<date>"), "2024Mar06-00_03_59");
 }
 
-TEST_F(FileDateTest, IsTheCreationTime)
+TEST_F(FileDateTest, TheDateIsTheCreationTime)
 {
     const Handle handle = manager.create("<date>", 0, 0);
     Testing::setClock(afternoon + 100);
@@ -71,7 +71,7 @@ TEST_F(FileDateTest, IsTheCreationTime)
     EXPECT_EQ(handle->getFileName(), "2024Mar05-14_03_59");
 }
 
-TEST_F(FileDateTest, OfTheSameSecondReplacesTheFile)
+TEST_F(FileDateTest, ACreateInTheSameSecondReplacesTheFile)
 {
     const Handle first = manager.create("log_<date>", 0, 0);
     const Handle second = manager.create("log_<date>", 0, 0);
@@ -84,13 +84,13 @@ TEST_F(FileDateTest, OfTheSameSecondReplacesTheFile)
     EXPECT_EQ(FileManagerTestAccess::fileCount(manager), 2U);
 }
 
-TEST_F(FileDateTest, MayHaveNinetyNineCharactersInSomeLocales)
+TEST_F(FileDateTest, ADateMayHaveNinetyNineCharacters)
 {
     Testing::setDate(std::string(99, 'm'));
-    EXPECT_EQ(nameOfNew("log_<date>.txt"), "log_" + std::string(99, 'm') + ".txt");
+    EXPECT_EQ(nameOfNew("log_<date>.txt"), "log_" + std::string(99, 'm') + ".txt"); // month names differ by locale
 }
 
-TEST_F(FileDateTest, ThatIsLongerLeavesThePlaceholder)
+TEST_F(FileDateTest, ALongerDateLeavesThePlaceholder)
 {
     Testing::setDate(std::string(100, 'm'));
     EXPECT_EQ(nameOfNew("log_<date>.txt"), "log_<date>.txt");
@@ -102,7 +102,7 @@ TEST_F(FileDateTest, ThatIsLongerLeavesThePlaceholder)
     EXPECT_EQ(nameOfNew("log_<date>.txt"), "log_2024Mar05-14_03_59.txt");
 }
 
-TEST_F(FileDateTest, OfATimeThatNoCalendarHoldsLeavesThePlaceholder)
+TEST_F(FileDateTest, ATimeBeyondTheCalendarLeavesThePlaceholder)
 {
     Testing::setClock(std::numeric_limits<std::time_t>::max());
     EXPECT_EQ(nameOfNew("log_<date>"), "log_<date>");

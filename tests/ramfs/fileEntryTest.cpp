@@ -1,6 +1,8 @@
 /// File entries: where writing lands, how storage grows, and what the diagnostic texts say.
 #include <ctime>
 
+#include <sys/resource.h>
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -99,6 +101,30 @@ TEST_F(FileEntryTest, StorageBeyondTheContentStaysZero)
 {
     write(0, std::string(100, 'x'));
     EXPECT_EQ(Access::content(*entry), std::string(100, 'x') + std::string(10, 0));
+}
+
+/// Appends 64 MiB. Returns  how many times as much memory the process came to need at most.
+double peakOfGrowth(FileEntry& entry)
+{
+    const std::string block(64 * 1024, 'x');
+    const auto peak = [] {
+        rusage usage{};
+        ::getrusage(RUSAGE_SELF, &usage);
+        return static_cast<double>(usage.ru_maxrss) * 1024;
+    };
+    const double before = peak();
+    for (int count = 0; count < 1024; ++count) {
+        entry.append(bytes(block.data()), static_cast<unsigned int>(block.size()));
+    }
+    return (peak() - before) / static_cast<double>(entry.getFileSize());
+}
+
+TEST_F(FileEntryTest, AContentThatGrowsIsNotCopied)
+{
+#ifdef CORVANE_TEST_SANITIZED
+    GTEST_SKIP() << "a sanitizer takes memory of its own";
+#endif
+    EXPECT_LE(peakOfGrowth(*entry), 1.25);
 }
 
 TEST_F(FileEntryTest, AnOverwriteInsideTheContentKeepsItsLength)

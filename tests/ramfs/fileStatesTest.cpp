@@ -9,7 +9,7 @@
 namespace Corvane::RamFs::V1 {
 namespace {
 
-/// A file named `name` with the number 5 and what a state has made of it.
+/// A file with the number 5 in one of its states, and what is expected of it.
 struct Situation
 {
     std::string name = "f";
@@ -19,7 +19,8 @@ struct Situation
     std::size_t filesWithNumber = 1;
     std::size_t files = 1;
     bool marked = false;
-    bool handlesShareListed = true; // the handles and the listed file are one file
+    unsigned int userCount = 0;       // as the open handles tell it: owners plus one
+    unsigned int listedUserCount = 3; // as a new handle on the listed file tells it
 };
 
 struct State
@@ -56,7 +57,7 @@ void makeReplaced(FileManagerIf& manager, Situation& it)
     }
     it.listedContent = "new";
     it.filesWithNumber = 0;
-    it.handlesShareListed = false;
+    it.userCount = 2;
 }
 
 const State states[] = {
@@ -67,10 +68,17 @@ const State states[] = {
          it.files = 0;
      }},
     {"Present", [](FileManagerIf& manager, Situation& it) { createOld(manager, it.name); }},
-    {"OpenByOne", [](FileManagerIf& manager, Situation& it) { it.handles = {createOld(manager, it.name)}; }},
+    {"OpenByOne",
+     [](FileManagerIf& manager, Situation& it) {
+         it.handles = {createOld(manager, it.name)};
+         it.userCount = 3;
+         it.listedUserCount = 4;
+     }},
     {"OpenByTwo",
      [](FileManagerIf& manager, Situation& it) {
          it.handles = {createOld(manager, it.name), manager.open(it.name)};
+         it.userCount = 4;
+         it.listedUserCount = 5;
      }},
     {"RemovedWhileOpen",
      [](FileManagerIf& manager, Situation& it) {
@@ -79,7 +87,7 @@ const State states[] = {
          it.nameListed = false;
          it.filesWithNumber = 0;
          it.files = 0;
-         it.handlesShareListed = false;
+         it.userCount = 2;
      }},
     {"ReplacedWhileOpen", makeReplaced},
     {"Marked",
@@ -93,6 +101,8 @@ const State states[] = {
          it.handles = {createOld(manager, it.name)};
          manager.setDelayedDelete(5);
          it.marked = true;
+         it.userCount = 3;
+         it.listedUserCount = 4;
      }},
     {"TakenOutByItsLastOpen",
      [](FileManagerIf& manager, Situation& it) {
@@ -102,7 +112,7 @@ const State states[] = {
          it.nameListed = false;
          it.filesWithNumber = 0;
          it.files = 0;
-         it.handlesShareListed = false;
+         it.userCount = 3;
      }},
     {"NumberShared",
      [](FileManagerIf& manager, Situation& it) {
@@ -110,6 +120,8 @@ const State states[] = {
          createOld(manager, "g");
          it.filesWithNumber = 2;
          it.files = 2;
+         it.userCount = 3;
+         it.listedUserCount = 4;
      }},
 };
 
@@ -158,12 +170,12 @@ protected:
     Situation it;
 };
 
-TEST_P(FileStatesTest, Exists)
+TEST_P(FileStatesTest, ExistsTellsWhetherTheDirectoryListsIt)
 {
     expectUnchanged();
 }
 
-TEST_P(FileStatesTest, CreateOfTheName)
+TEST_P(FileStatesTest, CreateOfItsNameSucceedsIfNoFileHasTheName)
 {
     const Handle handle = manager.create(it.name, 10, 77);
     if (it.nameListed) {
@@ -178,7 +190,7 @@ TEST_P(FileStatesTest, CreateOfTheName)
     }
 }
 
-TEST_P(FileStatesTest, CreateOfTheNumber)
+TEST_P(FileStatesTest, CreateOfItsNumberAlwaysSucceeds)
 {
     const Handle handle = manager.create("another", 0, 5);
     ASSERT_NE(handle, nullptr);
@@ -186,7 +198,7 @@ TEST_P(FileStatesTest, CreateOfTheNumber)
     EXPECT_EQ(manager.openAll().size(), it.files + 1);
 }
 
-TEST_P(FileStatesTest, OpenByName)
+TEST_P(FileStatesTest, OpenByNameFindsAListedFileAndTakesAMarkedOneOut)
 {
     const Handle handle = manager.open(it.name);
     ASSERT_EQ(handle != nullptr, it.nameListed);
@@ -197,7 +209,7 @@ TEST_P(FileStatesTest, OpenByName)
     EXPECT_EQ(manager.exists(it.name), it.nameListed && !it.marked);
 }
 
-TEST_P(FileStatesTest, OpenByNumber)
+TEST_P(FileStatesTest, OpenByNumberFindsAListedFileAndTakesAMarkedOneOut)
 {
     const Handle handle = manager.open(5);
     ASSERT_EQ(handle != nullptr, it.filesWithNumber > 0);
@@ -208,13 +220,13 @@ TEST_P(FileStatesTest, OpenByNumber)
     EXPECT_EQ(manager.exists(5), it.filesWithNumber > 0 && !it.marked);
 }
 
-TEST_P(FileStatesTest, OpenAll)
+TEST_P(FileStatesTest, OpenAllOpensEveryListedFileAndChangesNothing)
 {
     EXPECT_EQ(manager.openAll().size(), it.files);
     expectUnchanged();
 }
 
-TEST_P(FileStatesTest, Close)
+TEST_P(FileStatesTest, CloseEmptiesTheHandleAndChangesNoFile)
 {
     for (Handle& handle : it.handles) {
         manager.close(handle);
@@ -224,7 +236,7 @@ TEST_P(FileStatesTest, Close)
     expectUnchanged();
 }
 
-TEST_P(FileStatesTest, RemoveByName)
+TEST_P(FileStatesTest, RemoveByNameTakesAListedFileOut)
 {
     std::ostringstream out;
     EXPECT_EQ(manager.remove(it.name, out, true), it.nameListed);
@@ -233,7 +245,7 @@ TEST_P(FileStatesTest, RemoveByName)
     EXPECT_FALSE(manager.remove(it.name, false));
 }
 
-TEST_P(FileStatesTest, RemoveByNumber)
+TEST_P(FileStatesTest, RemoveByNumberTakesAllFilesWithTheNumberOut)
 {
     std::ostringstream out;
     EXPECT_EQ(manager.remove(5, out, true), it.filesWithNumber > 0);
@@ -242,7 +254,7 @@ TEST_P(FileStatesTest, RemoveByNumber)
     EXPECT_EQ(manager.openAll().size(), it.files - it.filesWithNumber);
 }
 
-TEST_P(FileStatesTest, RemoveAll)
+TEST_P(FileStatesTest, RemoveAllTakesEveryFileOut)
 {
     manager.removeAll();
     EXPECT_FALSE(manager.exists(it.name));
@@ -250,7 +262,7 @@ TEST_P(FileStatesTest, RemoveAll)
     EXPECT_TRUE(manager.openAll().empty());
 }
 
-TEST_P(FileStatesTest, SetDelayedDelete)
+TEST_P(FileStatesTest, SetDelayedDeleteMarksAListedFile)
 {
     EXPECT_EQ(manager.setDelayedDelete(5), it.filesWithNumber > 0);
     expectUnchanged();
@@ -261,20 +273,19 @@ TEST_P(FileStatesTest, SetDelayedDelete)
     }
 }
 
-TEST_P(FileStatesTest, UserCount)
+TEST_P(FileStatesTest, UserCountIsTheOwnersPlusOne)
 {
-    // The directory if it lists the file, the handles, the call.
     for (const Handle& handle : it.handles) {
-        EXPECT_EQ(handle->getUserCount(), it.handles.size() + (it.handlesShareListed ? 2 : 1));
+        EXPECT_EQ(handle->getUserCount(), it.userCount);
     }
     const Handle listed = listedFile();
     ASSERT_EQ(listed != nullptr, it.nameListed);
     if (listed) {
-        EXPECT_EQ(listed->getUserCount(), 3 + (it.handlesShareListed ? it.handles.size() : 0));
+        EXPECT_EQ(listed->getUserCount(), it.listedUserCount);
     }
 }
 
-TEST_P(FileStatesTest, WriteAndRead)
+TEST_P(FileStatesTest, EveryHandleWritesAndReads)
 {
     std::vector<Handle> handles = it.handles;
     if (const Handle listed = listedFile()) {
@@ -305,7 +316,7 @@ TEST_P(FileStatesTest, WriteAndRead)
     }
 }
 
-TEST_P(FileStatesTest, AStreamBufferOpens)
+TEST_P(FileStatesTest, AStreamBufferOpensAListedFile)
 {
     const auto buffer = manager.getFileStreamBuf();
     EXPECT_EQ(buffer->open(5), it.filesWithNumber > 0);
@@ -323,7 +334,7 @@ TEST_P(FileStatesTest, AStreamBufferOpens)
     }
 }
 
-TEST_P(FileStatesTest, AStreamBufferCreates)
+TEST_P(FileStatesTest, AStreamBufferCreatesAFileIfNoneHasTheName)
 {
     const auto buffer = manager.getFileStreamBuf();
     EXPECT_EQ(buffer->create(it.name, 0, 77), !it.nameListed);

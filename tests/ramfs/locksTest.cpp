@@ -1,4 +1,4 @@
-/// Which operation takes which lock, shared or exclusively, in which order, and what happens when it can't be had.
+/// Which operation takes which lock, shared or exclusively, in which order, and what happens when a lock fails.
 #include <cerrno>
 #include <functional>
 #include <ostream>
@@ -41,7 +41,7 @@ protected:
     LockRecorder recorder;
 };
 
-TEST_F(EntryLocks, AreExclusiveForWhatChangesTheFile)
+TEST_F(EntryLocks, AreExclusiveForOperationsThatChangeTheFile)
 {
     entry->write(pos, bytes("abc"), 3);
     EXPECT_THAT(take(), ElementsAre(LockMode::Exclusive));
@@ -57,7 +57,7 @@ TEST_F(EntryLocks, AreExclusiveForWhatChangesTheFile)
     EXPECT_THAT(take(), ElementsAre(LockMode::Exclusive));
 }
 
-TEST_F(EntryLocks, AreSharedForWhatLooksAtTheFile)
+TEST_F(EntryLocks, AreSharedForOperationsThatReadTheFile)
 {
     entry->read(pos, buffer, 4);
     EXPECT_THAT(take(), ElementsAre(LockMode::Shared));
@@ -73,7 +73,7 @@ TEST_F(EntryLocks, AreSharedForWhatLooksAtTheFile)
     EXPECT_THAT(take(), ElementsAre(LockMode::Shared));
 }
 
-TEST_F(EntryLocks, AreNotTakenForWhatNeverChanges)
+TEST_F(EntryLocks, AreNotTakenToReadMembersThatNeverChange)
 {
     static_cast<void>(entry->getFileRef());
     static_cast<void>(entry->getCreationTime());
@@ -82,7 +82,7 @@ TEST_F(EntryLocks, AreNotTakenForWhatNeverChanges)
     EXPECT_THAT(take(), IsEmpty());
 }
 
-TEST_F(EntryLocks, AreNotTakenToReadIntoNothing)
+TEST_F(EntryLocks, AreNotTakenToReadIntoNull)
 {
     entry->read(pos, nullptr, 4);
     EXPECT_THAT(take(), IsEmpty());
@@ -97,7 +97,7 @@ TEST_F(EntryLocks, AreAskedForAgainWhenThereAreTooManyReaders)
     EXPECT_THAT(take(), ElementsAre(LockMode::Shared));
 }
 
-TEST_F(EntryLocks, ThatCannotBeHadLeaveTheFileAlone)
+TEST_F(EntryLocks, ThatFailLeaveTheFileAsItWas)
 {
     entry->write(pos, bytes("abc"), 3);
     const std::vector<std::function<void()>> operations = {
@@ -157,7 +157,7 @@ protected:
     LockRecorder recorder;
 };
 
-TEST_F(DirectoryLocks, AreExclusiveForWhatMayChangeTheDirectory)
+TEST_F(DirectoryLocks, AreExclusiveForOperationsThatMayChangeTheDirectory)
 {
     manager.create("c", 0, 0);
     EXPECT_EQ(take(), "exclusive");
@@ -187,7 +187,7 @@ TEST_F(DirectoryLocks, AreExclusiveForWhatMayChangeTheDirectory)
     EXPECT_EQ(take(), "exclusive");
 }
 
-TEST_F(DirectoryLocks, AreSharedForWhatLooksAtTheDirectory)
+TEST_F(DirectoryLocks, AreSharedForOperationsThatReadTheDirectory)
 {
     manager.exists("a");
     EXPECT_EQ(take(), "shared");
@@ -239,7 +239,7 @@ TEST_F(DirectoryLocks, AreAskedForAgainWhenThereAreTooManyReaders)
     EXPECT_EQ(take(), "shared");
 }
 
-TEST_F(DirectoryLocks, ThatCannotBeHadLeaveTheDirectoryAlone)
+TEST_F(DirectoryLocks, ThatFailLeaveTheDirectoryAsItWas)
 {
     const std::vector<std::function<void()>> operations = {
         [&] { manager.create("c", 0, 0); },
@@ -265,7 +265,7 @@ TEST_F(DirectoryLocks, ThatCannotBeHadLeaveTheDirectoryAlone)
     EXPECT_TRUE(manager.exists("a")) << "it wasn't marked";
 }
 
-TEST_F(DirectoryLocks, AreReleasedWhenThatOfAnEntryCannotBeHad)
+TEST_F(DirectoryLocks, AreReleasedWhenAnEntrysLockFails)
 {
     manager.setDelayedDelete(5);
     take();

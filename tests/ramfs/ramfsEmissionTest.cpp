@@ -73,7 +73,7 @@ protected:
     ProbeRecorder recorder;
 };
 
-TEST_F(FileHandleEmission, OfConstructionButNotOfDestruction)
+TEST_F(FileHandleEmission, AHandleTracesItsConstructionButNotItsDestruction)
 {
     {
         const FileHandleImpl other("another", FileEntry::create(-7, 0));
@@ -82,7 +82,7 @@ TEST_F(FileHandleEmission, OfConstructionButNotOfDestruction)
                                              byHandle(29, "FileHandleImpl: another fileRef(-7)")));
 }
 
-TEST_F(FileHandleEmission, OfSetPosWithTheRequestedOffset)
+TEST_F(FileHandleEmission, SetPosTracesTheRequestedOffset)
 {
     handle.setPos(1000);
     handle.setPos(0x100000000UL);
@@ -90,7 +90,7 @@ TEST_F(FileHandleEmission, OfSetPosWithTheRequestedOffset)
                                              byHandle(34, "setPos: log fileRef(3), offset(4294967296)")));
 }
 
-TEST_F(FileHandleEmission, OfBothLinesOfAWriteInEveryForm)
+TEST_F(FileHandleEmission, EveryFormOfWriteTracesItsCallAndItsResult)
 {
     handle.write(bytes("0123456789"), 10);
     handle.write("ab", 2);
@@ -106,7 +106,7 @@ TEST_F(FileHandleEmission, OfBothLinesOfAWriteInEveryForm)
                             byHandle(159, "write: FileEntry::write() returns <3>")));
 }
 
-TEST_F(FileHandleEmission, OfCorrectionsAndNullData)
+TEST_F(FileHandleEmission, AWriteTracesCorrectionsAndNullData)
 {
     handle.contentResize(100);
     handle.insertHeader("HDR:");
@@ -131,7 +131,7 @@ TEST_F(FileHandleEmission, OfCorrectionsAndNullData)
                             byHandle(159, "write: FileEntry::write() returns <3 p_buffer is empty>")));
 }
 
-TEST_F(FileHandleEmission, OfAppendByBytesAndByStringWithTheirOwnLines)
+TEST_F(FileHandleEmission, AppendByStringTracesLinesOfItsOwn)
 {
     handle.contentResize(100);
     recorder.take();
@@ -146,7 +146,7 @@ TEST_F(FileHandleEmission, OfAppendByBytesAndByStringWithTheirOwnLines)
                                              byHandle(198, "append: FileEntry::write() returns <3>")));
 }
 
-TEST_F(FileHandleEmission, OfWhatIsRefusedAtTheSizeLimitInEveryForm)
+TEST_F(FileHandleEmission, EveryFormOfWriteAndAppendTracesItsRefusal)
 {
     FileEntryTestAccess::setContentSize(*entry, UINT32_MAX);
     handle.setPos(UINT32_MAX);
@@ -170,7 +170,7 @@ TEST_F(FileHandleEmission, OfWhatIsRefusedAtTheSizeLimitInEveryForm)
             byHandle(198, "append: FileEntry::write() " + refused)));
 }
 
-TEST_F(FileHandleEmission, OfHeaderAndFooterWithTheirUnevenTexts)
+TEST_F(FileHandleEmission, HeaderAndFooterOperationsTraceTheirUnevenTexts)
 {
     handle.insertHeader(bytes("HDR:"), 4);
     handle.insertHeader(std::string("HDR"));
@@ -184,7 +184,7 @@ TEST_F(FileHandleEmission, OfHeaderAndFooterWithTheirUnevenTexts)
                             byHandle(223, "readHeader: log fileRef(3)"), byHandle(229, "readFooter: log(fileRef=3)")));
 }
 
-TEST_F(FileHandleEmission, OfResizingOnceItIsDone)
+TEST_F(FileHandleEmission, ContentResizeTracesItsOutcome)
 {
     handle.contentResize(200);
     handle.contentResize(50);
@@ -192,7 +192,7 @@ TEST_F(FileHandleEmission, OfResizingOnceItIsDone)
     EXPECT_THAT(recorder.take(), ElementsAre(byHandle(268, text + "200 succeeds"), byHandle(264, text + "50 failed")));
 }
 
-TEST_F(FileHandleEmission, OfTheCreationTimeAndNoOtherFact)
+TEST_F(FileHandleEmission, AskingForTheCreationTimeIsTracedAndOtherQuestionsAreNot)
 {
     static_cast<void>(handle.getCreationTime());
     static_cast<void>(handle.getFileName());
@@ -206,7 +206,7 @@ TEST_F(FileHandleEmission, OfTheCreationTimeAndNoOtherFact)
         ElementsAre(byHandle(251, "getCreationTime: calling m_fileEntry->getCreationTime() with m_fileRef = 3")));
 }
 
-TEST_F(FileHandleEmission, OfTheTwoReadingsInsideADump)
+TEST_F(FileHandleEmission, ADumpTracesThatItReadsHeaderAndFooter)
 {
     std::ostringstream out;
     handle.dump(out);
@@ -223,7 +223,7 @@ protected:
     ProbeRecorder recorder;
 };
 
-TEST_F(FileManagerEmission, OfACreateThatSucceeds)
+TEST_F(FileManagerEmission, ACreateThatSucceedsTracesItsBeginningAndItsEnd)
 {
     manager.create("a", 10, 0);
     manager.create("b", 0, -7);
@@ -236,7 +236,7 @@ TEST_F(FileManagerEmission, OfACreateThatSucceeds)
             byManager(91, "create: -7,fileName=b,fileReference=-7"), byHandle(29, "FileHandleImpl: b fileRef(-7)")));
 }
 
-TEST_F(FileManagerEmission, OfACreateWithADateInTheName)
+TEST_F(FileManagerEmission, ACreateTracesTheGivenNameAndItsHandleTheFinalOne)
 {
     const Handle handle = manager.create("log_<date>", 0, 0);
     EXPECT_THAT(recorder.take(), ElementsAre(byManager(47, "create: fileName=log_<date>,initialSize=0,fileRef=0)"),
@@ -245,7 +245,7 @@ TEST_F(FileManagerEmission, OfACreateWithADateInTheName)
                                              byHandle(29, "FileHandleImpl: " + handle->getFileName() + " fileRef(1)")));
 }
 
-TEST_F(FileManagerEmission, OfACreateThatFails)
+TEST_F(FileManagerEmission, ACreateThatFailsTracesAnErrorToo)
 {
     manager.create("a", 0, 0);
     recorder.take();
@@ -259,7 +259,7 @@ TEST_F(FileManagerEmission, OfACreateThatFails)
                                              errorOfManager(95, "file (a) already exists")));
 }
 
-TEST_F(FileManagerEmission, OfOpening)
+TEST_F(FileManagerEmission, OpenTracesTheNameOrTheNumber)
 {
     manager.create("a", 0, 5);
     recorder.take();
@@ -273,7 +273,7 @@ TEST_F(FileManagerEmission, OfOpening)
                             byHandle(29, "FileHandleImpl: a fileRef(5)"), byManager(126, "open: fileRef(-6)")));
 }
 
-TEST_F(FileManagerEmission, OfRemovingAndMarkingWithTheirUnevenTexts)
+TEST_F(FileManagerEmission, RemovalsAndMarksTraceTheirUnevenTexts)
 {
     std::ostringstream out;
     manager.remove("a", out, true);
@@ -288,7 +288,7 @@ TEST_F(FileManagerEmission, OfRemovingAndMarkingWithTheirUnevenTexts)
                             byManager(303, "removeAll"), byManager(310, "setDelayedDelete fileRef(7)")));
 }
 
-TEST_F(FileManagerEmission, OfTheHandlesOfOpenAllAndNothingForAskingAndClosing)
+TEST_F(FileManagerEmission, OpenAllTracesItsHandlesAndExistsAndCloseTraceNothing)
 {
     manager.create("a", 0, 5);
     recorder.take();
@@ -301,7 +301,7 @@ TEST_F(FileManagerEmission, OfTheHandlesOfOpenAllAndNothingForAskingAndClosing)
     EXPECT_THAT(recorder.take(), IsEmpty());
 }
 
-TEST(FileStreamBufEmission, IsThatOfTheManagerAndTheHandleItUses)
+TEST(FileStreamBufEmission, ABufferTracesOnlyWhatItsManagerAndHandleTrace)
 {
     FileManagerIf& manager = FileManagerIf::getInstance();
     const auto buffer = manager.getFileStreamBuf();
@@ -320,7 +320,7 @@ TEST(FileStreamBufEmission, IsThatOfTheManagerAndTheHandleItUses)
     manager.removeAll();
 }
 
-TEST(FileStreamBufEmission, OfADestructorIsThatOfItsWrite)
+TEST(FileStreamBufEmission, ADestructorTracesTheWriteOfItsText)
 {
     FileManagerIf& manager = FileManagerIf::getInstance();
     auto buffer = manager.getFileStreamBuf();
@@ -333,7 +333,7 @@ TEST(FileStreamBufEmission, OfADestructorIsThatOfItsWrite)
     manager.removeAll();
 }
 
-TEST(FileStreamBufEmission, OfADestructorWithoutTextIsThatOfAWriteOfNothing)
+TEST(FileStreamBufEmission, ADestructorOfAnOpenBufferTracesAWriteEvenWithoutText)
 {
     FileManagerIf& manager = FileManagerIf::getInstance();
     auto buffer = manager.getFileStreamBuf();
