@@ -74,27 +74,12 @@ TEST_F(FileEntryTest, TheFirstWriteGrowsTheStorageByTenPercentBeyondNeed)
     EXPECT_EQ(pos, 10U);
 }
 
-TEST_F(FileEntryTest, AWriteThatFitsTheStorageSaysTheBareNumber)
-{
-    write(0, "0123456789");
-    EXPECT_EQ(write(10, "a").text, "3");
-    EXPECT_EQ(Access::storage(*entry), 11U);
-    EXPECT_EQ(write(11, "b").text, "3 FileEntry::lockFreeWrite() extending file vector to 13 bytes");
-    EXPECT_EQ(wholeFile(*entry), "0123456789ab");
-}
-
 TEST_F(FileEntryTest, OneByteAtTheEndOfAHundredGrowsToAHundredAndEleven)
 {
     entry = FileEntry::create(3, 100);
     EXPECT_EQ(write(0, std::string(100, 'x')).text, "3");
     EXPECT_EQ(write(100, "y").text, "3 FileEntry::lockFreeWrite() extending file vector to 111 bytes");
     EXPECT_EQ(Access::storage(*entry), 111U);
-}
-
-TEST_F(FileEntryTest, TheTextBeginsWithANegativeNumberToo)
-{
-    entry = FileEntry::create(-12, 1);
-    EXPECT_EQ(write(0, "a").text, "-12");
 }
 
 TEST_F(FileEntryTest, StorageBeyondTheContentStaysZero)
@@ -125,23 +110,6 @@ TEST_F(FileEntryTest, AContentThatGrowsIsNotCopied)
     GTEST_SKIP() << "a sanitizer takes memory of its own";
 #endif
     EXPECT_LE(peakOfGrowth(*entry), 1.25);
-}
-
-TEST_F(FileEntryTest, AnOverwriteInsideTheContentKeepsItsLength)
-{
-    write(0, "abcdef");
-    const auto result = write(2, "XY");
-    EXPECT_EQ(result.bytesWritten, 2U);
-    EXPECT_EQ(result.text, "3");
-    EXPECT_EQ(pos, 4U);
-    EXPECT_EQ(wholeFile(*entry), "abXYef");
-}
-
-TEST_F(FileEntryTest, AnOverwriteMayRunPastTheEnd)
-{
-    write(0, "abcdef");
-    EXPECT_EQ(write(4, "1234").text, "3 FileEntry::lockFreeWrite() extending file vector to 8 bytes");
-    EXPECT_EQ(wholeFile(*entry), "abcd1234");
 }
 
 TEST_F(FileEntryTest, AWriteOfNothingInsideTheContentChangesNothing)
@@ -175,13 +143,6 @@ TEST_F(FileEntryTest, AWriteInTheFooterMovesToTheEndOfTheContent)
     EXPECT_EQ(wholeFile(*entry), "abcdeEND");
 }
 
-TEST_F(FileEntryTest, AWriteBeyondTheFileLeavesNoGap)
-{
-    write(0, "abc");
-    EXPECT_EQ(write(1000000, "d").text, "3" + toEnd + " FileEntry::lockFreeWrite() extending file vector to 4 bytes");
-    EXPECT_EQ(wholeFile(*entry), "abcd");
-}
-
 TEST_F(FileEntryTest, AWriteOfNothingStillCorrectsThePosition)
 {
     setHeader("HDR:");
@@ -200,16 +161,6 @@ TEST_F(FileEntryTest, NullDataWriteNothingAndLeaveThePosition)
     EXPECT_EQ(result.text, "3 p_buffer is empty");
     EXPECT_EQ(pos, 1U);
     EXPECT_EQ(entry->write(pos, nullptr, 0).text, "3 p_buffer is empty");
-}
-
-TEST_F(FileEntryTest, AnAppendLandsAtTheEndOfTheContent)
-{
-    append("abc");
-    const auto result = append("de");
-    EXPECT_EQ(result.position, 5U);
-    EXPECT_EQ(result.bytesWritten, 2U);
-    EXPECT_EQ(result.text, "3 FileEntry::lockFreeWrite() extending file vector to 5 bytes");
-    EXPECT_EQ(wholeFile(*entry), "abcde");
 }
 
 TEST_F(FileEntryTest, AnAppendBeforeAFooterAlwaysCarriesTheNote)
@@ -253,44 +204,6 @@ TEST_F(FileEntryTest, AReadCrossesAllThreeRegions)
     }
 }
 
-TEST_F(FileEntryTest, AReadAtOrPastTheEndCopiesNothing)
-{
-    write(0, "abc");
-    EXPECT_EQ(read(3, 5), "");
-    EXPECT_EQ(pos, 3U);
-    EXPECT_EQ(read(77, 5), "");
-    EXPECT_EQ(pos, 77U);
-}
-
-TEST_F(FileEntryTest, AReadIntoNullCopiesNothingAndTakesNoLock)
-{
-    write(0, "abc");
-    pos = 1;
-    EXPECT_EQ(entry->read(pos, nullptr, 2), 0U);
-    EXPECT_EQ(pos, 1U);
-}
-
-TEST_F(FileEntryTest, AReadNeverShowsTheReserve)
-{
-    entry = FileEntry::create(3, 100);
-    write(0, "abc");
-    setFooter("END");
-    EXPECT_EQ(read(0, 1000), "abcEND");
-}
-
-TEST_F(FileEntryTest, HeaderAndFooterAreReplacedAsAWhole)
-{
-    setHeader("long header");
-    setHeader("short");
-    EXPECT_EQ(textOf(entry->readHeader()), "short");
-    setHeader("longer again");
-    EXPECT_EQ(textOf(entry->readHeader()), "longer again");
-    setFooter("long footer");
-    setFooter("f");
-    EXPECT_EQ(textOf(entry->readFooter()), "f");
-    EXPECT_EQ(wholeFile(*entry), "longer againf");
-}
-
 TEST_F(FileEntryTest, LengthZeroRemovesHeaderAndFooter)
 {
     setHeader("HDR:");
@@ -300,15 +213,6 @@ TEST_F(FileEntryTest, LengthZeroRemovesHeaderAndFooter)
     EXPECT_EQ(read(0, 100), "abcEND");
     entry->appendFooter(nullptr, 0);
     EXPECT_EQ(read(0, 100), "abc");
-}
-
-TEST_F(FileEntryTest, NullWithALengthLeavesHeaderAndFooter)
-{
-    setHeader("HDR:");
-    setFooter("END");
-    entry->insertHeader(nullptr, 3);
-    entry->appendFooter(nullptr, 9);
-    EXPECT_EQ(wholeFile(*entry), "HDR:END");
 }
 
 TEST_F(FileEntryTest, ResizingReservesAndNeverShrinks)
@@ -330,14 +234,6 @@ TEST_F(FileEntryTest, TheOwnerCountCountsItself)
     const auto second = entry->getPtr();
     EXPECT_EQ(second, entry);
     EXPECT_EQ(entry->getUserCount(), 3U);
-}
-
-TEST_F(FileEntryTest, DelayedDeleteIsSetForGood)
-{
-    entry->setDelayedDelete();
-    EXPECT_TRUE(entry->getDelayedDelete());
-    entry->setDelayedDelete();
-    EXPECT_TRUE(entry->getDelayedDelete());
 }
 
 TEST(FileEntryDeathTest, AnEntryWithoutAnOwnerHasNoneToShare)

@@ -29,15 +29,6 @@ TEST_F(FileHandleTest, ANewHandleTellsTheFactsOfItsFile)
     EXPECT_EQ(pos(), 0U);
 }
 
-TEST_F(FileHandleTest, TheOwnerCountIsOwnersPlusOne)
-{
-    EXPECT_EQ(handle.getUserCount(), 3U);
-    const FileHandleImpl second("log", entry);
-    EXPECT_EQ(handle.getUserCount(), 4U);
-    entry.reset();
-    EXPECT_EQ(handle.getUserCount(), 3U);
-}
-
 TEST_F(FileHandleTest, SetPosStopsAtTheFileSize)
 {
     handle.write("0123456789");
@@ -49,28 +40,6 @@ TEST_F(FileHandleTest, SetPosStopsAtTheFileSize)
     EXPECT_EQ(handle.read(&byte, 1), 0U);
     handle.setPos(0x100000002UL);
     EXPECT_EQ(pos(), 10U);
-}
-
-TEST_F(FileHandleTest, SetPosCountsHeaderAndFooter)
-{
-    handle.insertHeader("HDR:");
-    handle.append("abc");
-    handle.appendFooter(bytes("END"), 3);
-    handle.setPos(99);
-    EXPECT_EQ(pos(), 10U);
-    handle.setPos(7);
-    EXPECT_EQ(readText(handle, 10), "END");
-}
-
-TEST_F(FileHandleTest, AReadMovesThePosition)
-{
-    handle.write("abcdef");
-    handle.setPos(1);
-    EXPECT_EQ(readText(handle, 3), "bcd");
-    EXPECT_EQ(pos(), 4U);
-    EXPECT_EQ(readText(handle, 10), "ef");
-    EXPECT_EQ(handle.read(nullptr, 10), 0U);
-    EXPECT_EQ(pos(), 6U);
 }
 
 TEST_F(FileHandleTest, EveryFormOfWriteWritesAtThePosition)
@@ -95,16 +64,6 @@ TEST_F(FileHandleTest, EveryFormOfAppendIgnoresThePositionAndMovesIt)
     EXPECT_EQ(handle.append(std::string("g")), 1U);
     EXPECT_EQ(pos(), 7U);
     EXPECT_EQ(wholeFile(handle), "abcdefg");
-}
-
-TEST_F(FileHandleTest, AWriteInTheFooterWritesAtTheEndOfTheContent)
-{
-    handle.write("abc");
-    handle.appendFooter(bytes("END"), 3);
-    handle.setPos(5);
-    EXPECT_EQ(handle.write("de"), 2U);
-    EXPECT_EQ(pos(), 5U);
-    EXPECT_EQ(wholeFile(handle), "abcdeEND");
 }
 
 TEST_F(FileHandleTest, NullIsWrittenAsNothing)
@@ -137,25 +96,6 @@ TEST_F(FileHandleTest, HeaderAndFooterLeaveThePosition)
     EXPECT_EQ(textOf(handle.readFooter()), "END");
     EXPECT_EQ(pos(), 4U);
     EXPECT_EQ(handle.getFileSize(), 12U);
-}
-
-TEST_F(FileHandleTest, ResizingTellsWhetherTheStorageGrew)
-{
-    EXPECT_TRUE(handle.contentResize(100));
-    EXPECT_FALSE(handle.contentResize(100));
-    EXPECT_FALSE(handle.contentResize(0));
-    EXPECT_EQ(handle.getFileSize(), 0U);
-}
-
-TEST_F(FileHandleTest, TwoHandlesHaveTheirOwnPositionsOnTheSameBytes)
-{
-    FileHandleImpl other("log", entry);
-    handle.write("abc");
-    EXPECT_EQ(readText(other, 2), "ab");
-    other.write("X");
-    handle.setPos(0);
-    EXPECT_EQ(readText(handle, 10), "abX");
-    EXPECT_EQ(Access::pos(other), 3U);
 }
 
 /// Counts the calls that reach the operations with bytes, and those that dump makes.

@@ -1,6 +1,5 @@
 /// The directory: names, numbers, dates, opening and delayed deletion.
 #include <climits>
-#include <ctime>
 #include <set>
 
 #include <gmock/gmock.h>
@@ -12,14 +11,6 @@ namespace Corvane::RamFs::V1 {
 namespace {
 
 using testing::ElementsAre;
-
-/// Returns  a time as it stands in file names.
-std::string dateText(std::time_t time)
-{
-    char text[100];
-    const std::tm* const local = std::localtime(&time);
-    return {text, std::strftime(text, sizeof text, "%Y%h%d-%H_%M_%S", local)};
-}
 
 class FileManagerTest : public testing::Test
 {
@@ -79,57 +70,11 @@ TEST_F(FileManagerTest, ANewFileIsEmptyAndHasItsStorage)
     EXPECT_EQ(handle->getUserCount(), 3U);
 }
 
-TEST_F(FileManagerTest, AFailedCreateChangesNothing)
-{
-    manager.create("a", 0, 0)->write("abc");
-    EXPECT_EQ(manager.create("a", 50, 9), nullptr);
-    EXPECT_FALSE(manager.exists(9));
-    EXPECT_EQ(wholeFile(*manager.open("a")), "abc");
-}
-
-TEST_F(FileManagerTest, ADateInTheNameIsTheCreationTime)
-{
-    const Handle handle = manager.create("log_<date>.txt", 0, 0);
-    const std::string name = "log_" + dateText(handle->getCreationTime()) + ".txt";
-    EXPECT_EQ(handle->getFileName(), name);
-    EXPECT_TRUE(manager.exists(name));
-    EXPECT_FALSE(manager.exists("log_<date>.txt"));
-}
-
-TEST_F(FileManagerTest, OnlyTheFirstDateIsReplaced)
-{
-    const Handle handle = manager.create("<date>_<date>", 0, 0);
-    EXPECT_EQ(handle->getFileName(), dateText(handle->getCreationTime()) + "_<date>");
-}
-
 TEST_F(FileManagerTest, WhatOnlyLooksLikeADateIsAName)
 {
     EXPECT_EQ(manager.create("log_<Date>", 0, 0)->getFileName(), "log_<Date>");
     EXPECT_EQ(manager.create("log_<date", 0, 0)->getFileName(), "log_<date");
     EXPECT_EQ(manager.create("", 0, 0)->getFileName(), "");
-}
-
-TEST_F(FileManagerTest, TwoFilesOfOneSecondReplaceEachOther)
-{
-    // Until two creations fall into one second: not the clock but the replacement is looked at.
-    for (;;) {
-        const Handle first = manager.create("log_<date>", 0, 0);
-        const Handle second = manager.create("log_<date>", 0, 0);
-        if (first->getFileName() != second->getFileName()) {
-            manager.removeAll();
-            continue;
-        }
-        EXPECT_NE(first->getFileRef(), second->getFileRef());
-        EXPECT_EQ(count(), 1U);
-        EXPECT_FALSE(manager.exists(first->getFileRef()));
-        EXPECT_TRUE(manager.exists(second->getFileRef()));
-        first->write("first");
-        second->write("second");
-        EXPECT_EQ(wholeFile(*first), "first");
-        EXPECT_EQ(wholeFile(*manager.open(second->getFileName())), "second");
-        EXPECT_EQ(first->getUserCount(), 2U);
-        break;
-    }
 }
 
 TEST_F(FileManagerTest, OpeningFindsTheExactNameOrTheNumber)
@@ -142,40 +87,6 @@ TEST_F(FileManagerTest, OpeningFindsTheExactNameOrTheNumber)
     EXPECT_EQ(manager.open(""), nullptr);
     EXPECT_EQ(manager.open("A"), nullptr);
     EXPECT_EQ(manager.open(6), nullptr);
-}
-
-TEST_F(FileManagerTest, EachOpenHasAPositionOfItsOwn)
-{
-    const Handle first = manager.create("a", 0, 0);
-    first->write("abc");
-    const Handle second = manager.open("a");
-    EXPECT_NE(first, second);
-    EXPECT_EQ(readText(*second, 2), "ab");
-    EXPECT_EQ(FileHandleTestAccess::pos(*first), 3U);
-    EXPECT_EQ(first->getUserCount(), 4U);
-}
-
-TEST_F(FileManagerTest, CloseEmptiesTheCallersPointerOnly)
-{
-    Handle handle = manager.create("a", 0, 0);
-    const Handle other = handle;
-    manager.close(handle);
-    EXPECT_EQ(handle, nullptr);
-    EXPECT_EQ(other->getUserCount(), 3U);
-    EXPECT_TRUE(manager.exists("a"));
-    manager.close(handle);
-    EXPECT_EQ(handle, nullptr);
-}
-
-TEST_F(FileManagerTest, OneNumberMayBeSharedByFiles)
-{
-    manager.create("x", 0, 1);
-    EXPECT_EQ(manager.create("y", 0, 0)->getFileRef(), 1);
-    EXPECT_THAT(manager.open(1)->getFileName(), testing::AnyOf("x", "y"));
-    std::ostringstream out;
-    EXPECT_TRUE(manager.remove(1, out, true));
-    EXPECT_EQ(out.str(), "File with reference number 1 was deleted\n");
-    EXPECT_EQ(count(), 0U);
 }
 
 TEST_F(FileManagerTest, ADelayedDeleteTakesTheFileAwayAtItsNextOpen)
@@ -195,14 +106,6 @@ TEST_F(FileManagerTest, ADelayedDeleteTakesTheFileAwayAtItsNextOpen)
     last->append("e");
     EXPECT_EQ(wholeFile(*before), "abcde");
     EXPECT_EQ(last->getUserCount(), 3U); // two handles and the call
-}
-
-TEST_F(FileManagerTest, ADelayedDeleteHoldsForOpeningByNumberToo)
-{
-    manager.create("a", 0, 5);
-    EXPECT_TRUE(manager.setDelayedDelete(5));
-    EXPECT_EQ(manager.open(5)->getFileName(), "a");
-    EXPECT_FALSE(manager.exists("a"));
 }
 
 TEST_F(FileManagerTest, OpenAllLeavesMarksAlone)

@@ -45,17 +45,6 @@ TEST_F(FileStreamBufTest, AFlushMovesTheTextIntoTheFile)
     EXPECT_EQ(manager.open("a")->getUserCount(), 3U);
 }
 
-TEST_F(FileStreamBufTest, EndlAndPubsyncAreFlushes)
-{
-    ASSERT_TRUE(buffer->create("a", 0, 0));
-    std::ostream out(buffer.get());
-    out << "abc" << std::endl;
-    EXPECT_EQ(contentOf("a"), "abc\n");
-    out << "de";
-    EXPECT_EQ(buffer->pubsync(), 0);
-    EXPECT_EQ(contentOf("a"), "abc\nde");
-}
-
 TEST_F(FileStreamBufTest, ManipulatorsWork)
 {
     ASSERT_TRUE(buffer->create("a", 0, 0));
@@ -159,18 +148,6 @@ TEST_F(FileStreamBufTest, AFailedOpenEndsClosed)
     EXPECT_EQ(contentOf("a"), "abc");
 }
 
-TEST_F(FileStreamBufTest, TheManagersRulesHoldForBuffers)
-{
-    ASSERT_TRUE(buffer->create("log_<date>", 0, 0));
-    EXPECT_NE(buffer->getFileName(), "log_<date>");
-    EXPECT_TRUE(manager.exists(buffer->getFileName()));
-    manager.create("b", 0, -8);
-    manager.setDelayedDelete(-8);
-    ASSERT_TRUE(buffer->open(-8));
-    EXPECT_FALSE(manager.exists("b"));
-    EXPECT_EQ(buffer->getFileName(), "b");
-}
-
 TEST_F(FileStreamBufTest, ARemovedFileStillTakesText)
 {
     const Handle handle = manager.create("a", 0, 7);
@@ -180,28 +157,6 @@ TEST_F(FileStreamBufTest, ARemovedFileStillTakesText)
     manager.remove(7, false);
     out << "de" << std::flush;
     EXPECT_EQ(wholeFile(*handle), "abcde");
-}
-
-TEST_F(FileStreamBufTest, TextLandsBetweenHeaderAndFooter)
-{
-    const Handle handle = manager.create("a", 0, 7);
-    handle->insertHeader("HDR:");
-    handle->appendFooter(bytes("END"), 3);
-    ASSERT_TRUE(buffer->open(7));
-    std::ostream out(buffer.get());
-    out << "ab" << std::flush << "cd" << std::flush;
-    EXPECT_EQ(contentOf("a"), "HDR:abcdEND");
-}
-
-TEST_F(FileStreamBufTest, SeveralBuffersWriteAtTheirOwnPositions)
-{
-    ASSERT_TRUE(buffer->create("a", 0, 7));
-    const auto second = manager.getFileStreamBuf();
-    ASSERT_TRUE(second->open(7));
-    std::ostream(buffer.get()) << "abcdef" << std::flush;
-    std::ostream(second.get()) << "XY" << std::flush;
-    std::ostream(buffer.get()) << "g" << std::flush;
-    EXPECT_EQ(contentOf("a"), "XYcdefg");
 }
 
 TEST_F(FileStreamBufTest, ReadingMeetsTheEndOfFileAtOnce)
