@@ -5,19 +5,20 @@
 /// the content grows by writing; header and footer are each replaced as a whole. A new file has an empty header, an
 /// empty content and an empty footer.
 ///
-/// Handles come from FileManagerIf and are passed as std::shared_ptr. A handle keeps its file alive: after the file was
-/// removed or replaced in the directory, and after the open that took a file marked for delayed deletion out of it,
-/// every operation here works as before, on the same bytes, until the last handle of the file is released.
+/// Handles come from FileManagerIf and are passed as std::shared_ptr. A handle keeps its file alive: when the directory
+/// no longer lists the file, because it was removed, replaced or marked for delayed deletion and then opened, every
+/// operation here works as before, on the same bytes, until the last handle of the file is released.
 ///
 /// Content and positions end at 4294967295 bytes (4 GiB - 1). A write or an append that would pass that position writes
-/// nothing, returns 0 and leaves position and content as they were. Header and footer have no limit but the type of
-/// their length; bytes that they push past the last position can't be read or written until the header shrinks again.
+/// nothing, returns 0 and leaves position and content as they were. Header and footer are limited by the type of their
+/// length only. Where they make a file longer than that, bytes past the last position can be neither written nor read
+/// by position; readFooter() still returns the whole footer.
 ///
 /// Threads  a handle belongs to one thread at a time, because of its position. Several handles of one file may be used
 ///          by several threads at once: reads run side by side, and each operation that changes bytes excludes every
 ///          other one on the file while it runs.
-/// Errors   std::bad_alloc, which leaves bytes and position as they were, unless the event TRACE1 is on and it was the
-///          text of the result that found no memory. std::system_error if the file's lock can't be had.
+/// Errors   std::bad_alloc, with bytes and position as they were. std::system_error if the file's lock can't be taken.
+///          A trace event that tells of a finished write is lost if its text finds no memory.
 /// Units    positions, lengths and sizes are bytes.
 /// Since    0.1.0
 #ifndef CORVANE_RAMFS_FILEHANDLEIF_H
@@ -34,7 +35,7 @@ namespace Corvane::RamFs::V1 {
 class [[gnu::visibility("default")]] FileHandleIf
 {
 public:
-    /// Closes this open of the file. A file that nothing else holds is gone with it.
+    /// Closes this open of the file. The file's memory is freed if this was its last owner.
     virtual ~FileHandleIf();
 
     /// Moves the position, to the end of the file at most.
@@ -43,18 +44,23 @@ public:
     /// Copies bytes from the position on, across header, content and footer, and moves the position past them.
     ///
     /// Requires  `buffer` has room for `length` bytes; null reads nothing.
-    /// Returns   the number of bytes copied: less than `length` where the file ends, 0 at its end.
+    /// Returns   the number of bytes copied: fewer than `length` if the file ends before, 0 at its end.
     virtual unsigned int read(unsigned char* buffer, unsigned int length) = 0;
 
     /// Writes the file from the position to the end in readable form, and moves the position to the end.
     ///
-    /// The header and the footer are shown as text. The content is shown in hexadecimal, two upper-case digits a byte,
-    /// if there is a header; without one it is shown as text up to its first byte that is neither printable nor white
-    /// space, and in hexadecimal from there on. A byte of the header or footer that is no text is shown in hexadecimal,
-    /// and so is the rest of that region, except that a footer goes back to text after each such byte. A line feed is
-    /// added unless the last byte was a line feed and a further byte would be shown as text. So a file that is a header
-    /// and nothing else always gets one. Where the regions begin is counted from the start of the call: for the whole
-    /// file, call setPos(0) first.
+    /// A byte is shown as text (itself) or as two upper-case hexadecimal digits. Bytes that are neither printable nor
+    /// white space are always shown in hexadecimal.
+    ///   - The header is shown as text up to its first such byte, and in hexadecimal from there on.
+    ///   - The content is shown in hexadecimal if there is a header, and otherwise as a header is.
+    ///   - The footer is shown as text, with the exception of such bytes themselves.
+    /// At the end a line feed is added, unless the last byte was a line feed and a further byte would be shown as text.
+    /// So a file that has a header and nothing else always gets one.
+    ///
+    /// The header "HDR:", the content bytes 01 41 FF and the footer "END\n" give "HDR:0141FFEND\n" and return 11.
+    /// The content "ab\0c" alone gives "ab0063\n" and returns 5.
+    ///
+    /// The sizes of the regions are counted from the start of the call: for the whole file, call setPos(0) first.
     ///
     /// Requires  `os` doesn't write into this very file.
     /// Returns   the number of bytes shown, plus 1 if a line feed was added.
@@ -64,13 +70,13 @@ public:
     /// Like dump(), but with a limit on the characters written, and without the added line feed.
     ///
     /// Requires  `os` doesn't write into this very file.
-    /// Returns   the number of characters written; 0xFFFFFFFF if the output was cut, which happens after the byte with
-    ///           which `maxLength` - 2 characters are reached, be it the last one of the file. A `maxLength` of 0 or 1
-    ///           sets no limit.
+    /// Returns   the number of characters written; 0xFFFFFFFF if the output was cut. It is cut after the byte with
+    ///           which `maxLength` - 2 characters are reached, even if that is the last byte of the file. A `maxLength`
+    ///           of 0 stands for 4294967296, one of 1 for 4294967297.
     /// Errors    what `os` throws; the position is then past the last byte read.
     virtual unsigned int readReadable(std::ostream & os, unsigned int maxLength) = 0;
 
-    /// Writes bytes into the content at the position, over those that are there and past its end, and moves the
+    /// Writes bytes into the content at the position, over existing bytes and past the content's end, and moves the
     /// position past them.
     ///
     /// A position in the header is first moved to the start of the content, one in the footer or beyond to the end of
@@ -78,7 +84,7 @@ public:
     /// When the content's storage must grow, it grows by 10 % beyond need. All three forms do the same.
     ///
     /// Requires  `data` has `length` bytes; null writes nothing.
-    /// Returns   the number of bytes written: `length`, or 0 where the write was refused.
+    /// Returns   the number of bytes written: `length`, or 0 if the write was refused.
     /// Owns      copies the bytes.
     virtual unsigned int write(const unsigned char* data, unsigned int length) = 0;
     virtual unsigned int write(const char* data, unsigned int length) = 0;
@@ -88,14 +94,15 @@ public:
     /// the call doesn't matter. All three forms do the same.
     ///
     /// Requires  `data` has `length` bytes; null writes nothing and moves the position to the end of the file.
-    /// Returns   the number of bytes written: `length`, or 0 where the write was refused.
+    /// Returns   the number of bytes written: `length`, or 0 if the write was refused.
     /// Threads   appends through several handles of a file keep each record whole.
     /// Owns      copies the bytes.
     virtual unsigned int append(const unsigned char* data, unsigned int length) = 0;
     virtual unsigned int append(const char* data, unsigned int length) = 0;
     virtual unsigned int append(const std::string& data) = 0;
 
-    /// Replaces the whole header. Positions stay as they are, so what they designate shifts with the header's size.
+    /// Replaces the whole header. Positions stay as they are, so each designates another byte if the header's size
+    /// changes.
     /// Both forms do the same.
     ///
     /// Requires  `data` has `length` bytes. Length 0, null or not, removes the header; null with another length, and a
@@ -117,8 +124,8 @@ public:
     /// Returns  a copy of the footer. The position doesn't move.
     virtual std::vector<unsigned char> readFooter() = 0;
 
-    /// Returns  the name under which this handle was opened, a "<date>" in it replaced. It stays the same when the file
-    ///          is removed.
+    /// Returns  the name under which this handle was opened, with "<date>" replaced by the creation time. It stays the
+    ///          same when the file is removed.
     virtual std::string getFileName() const = 0;
 
     /// Returns  the file's reference number, which never changes.
@@ -130,8 +137,8 @@ public:
     /// Returns  when the file was created, in seconds since the epoch.
     virtual std::time_t getCreationTime() const = 0;
 
-    /// Reserves storage for a content of `newSize` bytes, so that writes up to there need no growth. The content itself
-    /// doesn't change, and storage never shrinks.
+    /// Reserves storage for a content of `newSize` bytes, so that writes up to that size take no memory. The content
+    /// itself doesn't change, and storage never shrinks.
     ///
     /// Returns  true if the storage grew; false if it was large enough.
     virtual bool contentResize(unsigned int newSize) = 0;

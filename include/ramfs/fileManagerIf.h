@@ -9,11 +9,12 @@
 /// do: where several files have one number, open() and setDelayedDelete() take any one of them and remove() takes all.
 /// Numbers are found by a walk through all files, names by a hash.
 ///
-/// Threads  every operation may be called by any thread at any time. exists() and openAll() run side by side; every
-///          other operation on files excludes all others while it runs. Reports are written to streams afterwards, so a
-///          slow stream holds up nobody else.
+/// Threads  every operation may be called by any thread at any time, even while the process ends. exists() and
+///          openAll() run side by side; every other operation on files excludes all others while it runs. Reports are
+///          written, and the memory of removed files is freed, after that: a slow stream or a large file holds up
+///          nobody else.
 /// Errors   the service throws nothing of its own: std::bad_alloc, what an output stream throws, and std::system_error
-///          if a lock can't be had. Failures are empty handles and false.
+///          if a lock can't be taken. Failures are empty handles and false.
 /// Since    0.1.0
 #ifndef CORVANE_RAMFS_FILEMANAGERIF_H
 #define CORVANE_RAMFS_FILEMANAGERIF_H
@@ -31,8 +32,9 @@ namespace Corvane::RamFs::V1 {
 class [[gnu::visibility("default")]] FileManagerIf
 {
 public:
-    /// Returns  the one directory of this process, made empty on the first call. It is destroyed when static objects
-    ///          are; a handle that lives longer keeps working, and a stream buffer that does can only be released.
+    /// Returns  the one directory of this process, made empty on the first call. When static objects are destroyed it
+    ///          releases its files, as removeAll() does. It is never destroyed itself: from then on it is empty and
+    ///          takes files, and handles and stream buffers that exist keep working.
     static FileManagerIf& getInstance();
 
     /// Creates a file and opens it.
@@ -41,11 +43,11 @@ public:
     /// "log_<date>". Only the name as it is given must be free: a file that already has the name with the time in it is
     /// replaced, as if it had been removed.
     ///
-    /// Requires  `fileRef` is the reference number, or 0 for the next automatic one: 1, 2, 3, ... A given number isn't
-    ///           checked against those in use, and automatic numbers don't skip it.
+    /// Requires  `fileRef` is the reference number, or 0 for the next automatic one: 1, 2, 3, ..., and 1 again after
+    ///           2147483647. Neither a given number nor an automatic one is checked against those in use.
     /// Returns   a handle at position 0, with the file's final name; empty if a file with the given name exists.
-    /// Errors    std::bad_alloc, also where `initialSize` can't be had. The file is then not listed, unless only its
-    ///           handle could not be made; an automatic number may be used up.
+    /// Errors    std::bad_alloc, also if there is no memory for `initialSize`. The file is then not listed, unless only
+    ///           its handle or the text of the last trace event found no memory. An automatic number may be used up.
     /// Units     `initialSize` is the storage, in bytes, that is reserved for the content; the file is empty.
     virtual std::shared_ptr<FileHandleIf> create(const std::string& fileName, unsigned int initialSize,
                                                  int fileRef) = 0;
@@ -62,15 +64,17 @@ public:
     /// Releases a handle: `handle` becomes empty. The file stays in the directory. An empty handle is ignored.
     virtual void close(std::shared_ptr<FileHandleIf> & handle) = 0;
 
-    /// Takes a file out of the directory by its exact name. If there is no such file, takes every file whose name fits
-    /// the pattern: with "<date>" in `fileName`, names that begin with what stands before it and contain, anywhere,
-    /// what stands after the first ">" of `fileName`; without it, names that begin with `fileName`, so that an empty
-    /// one takes all.
+    /// Takes a file out of the directory by its exact name. If there is no such file, takes out every file whose name
+    /// fits `fileName` as a pattern:
+    ///   - With "<date>" in it: names that begin with the characters before the first "<date>" and contain, anywhere,
+    ///     the characters after the first ">" (up to a NUL, if there is one).
+    ///   - Without: names that begin with `fileName`. An empty one takes out all files.
     ///
-    /// If `verbose` is true, reports on `out` as "File '", then for each removed file its name and why it was taken,
-    /// one after the other in no particular order, without a line end and without a flush. The form without a stream
+    /// If `verbose` is true, reports on `out` as "File '", then for each removed file its name and the reason, one
+    /// after the other in no particular order, without a line end and without a flush. The form without a stream
     /// reports on std::cout.
     ///
+    /// Errors   a removal needs no memory, but a report does: std::bad_alloc, and some of the files may be removed.
     /// Returns  true if at least one file was removed.
     virtual bool remove(const std::string& fileName, std::ostream& out, bool verbose) = 0;
     virtual bool remove(const std::string& fileName, bool verbose) = 0;
@@ -84,15 +88,15 @@ public:
     virtual bool remove(int fileRef, std::ostream& out, bool verbose) = 0;
     virtual bool remove(int fileRef, bool verbose) = 0;
 
-    /// Takes all files out of the directory. Automatic numbers go on where they were.
+    /// Takes all files out of the directory. Automatic numbers continue.
     virtual void removeAll() = 0;
 
     /// Returns  true if the directory lists a file with this reference number, or with exactly this name.
     virtual bool exists(int fileRef) const = 0;
     virtual bool exists(const std::string& fileName) const = 0;
 
-    /// Marks a file for delayed deletion: the next open() of it, by name or by number, still gets a handle and takes it
-    /// out of the directory. Until then it is listed and works as before. The mark can't be taken back.
+    /// Marks a file for delayed deletion: the next open() of it, by name or by number, still returns a handle and takes
+    /// the file out of the directory. Until then it is listed and works as before. The mark can't be removed.
     ///
     /// Returns  true if a file with this reference number was found and marked.
     virtual bool setDelayedDelete(int fileRef) = 0;

@@ -2,20 +2,21 @@
 ///
 /// FileManagerIf::getFileStreamBuf() makes one, closed. What is streamed while it is open is collected in memory and
 /// moved into the file at each flush (std::flush, std::endl, pubsync()), when the buffer is closed, and when it is
-/// destroyed. Each transfer goes on where the one before it ended, as FileHandleIf::write() does; the first one starts
-/// at position 0 of the file. The buffer is for output only: reading from it meets the end of file at once, and seeking
-/// fails.
+/// destroyed. The first transfer starts at position 0 of the file, each further one where the one before it ended. The
+/// buffer is for output only: reading from it meets the end of file at once, and seeking fails.
 ///
 ///     const auto buffer = Corvane::RamFs::V1::FileManagerIf::getInstance().getFileStreamBuf();
 ///     buffer->create("log_<date>", 0, 0);
 ///     std::ostream(buffer.get()) << "started" << std::endl;
 ///
-/// A transfer that would take the file past 4294967295 bytes writes nothing, and its text is lost without a sign.
+/// A transfer that would take the file past 4294967295 bytes writes nothing and drops its text; no error is reported.
+/// A flush keeps little memory for the next text and gives the rest back; a closed buffer keeps none.
 ///
 /// Threads  a buffer belongs to one thread at a time. Several buffers may be open on one file, each with a position of
 ///          its own.
-/// Errors   std::bad_alloc, and std::system_error if a lock can't be had, which a stream turns into its bad state; the
-///          text that waits stays for the next flush. The destructor throws nothing and drops what it can't transfer.
+/// Errors   std::bad_alloc, and std::system_error if a lock can't be taken. A stream catches them and becomes bad. The
+///          file is then as it was, and the text waits for the next flush. The destructor throws nothing and drops text
+///          that it can't transfer.
 /// Owns     the buffer holds a handle on its file while it is open; it must outlive the streams that use it.
 /// Since    0.1.0
 #ifndef CORVANE_RAMFS_FILESTREAMBUFIF_H

@@ -16,8 +16,9 @@ namespace Corvane::RamFs::V1 {
 
 /// The operations are those of FileManagerIf, with the same contracts.
 ///
-/// The directory's lock is taken before an entry's, never the other way round. The directory emits its own trace events
-/// and writes its reports without the lock. It also frees the memory of files without it, since that may take long.
+/// The directory's lock is taken before an entry's, never the other way round. The directory writes its reports, frees
+/// the memory of files and emits its own trace events without the lock. Entries and handles that it makes while it
+/// holds the lock trace their construction then.
 class FileManagerImpl : public FileManagerIf
 {
 public:
