@@ -110,8 +110,13 @@ int unloadAgainAndAgain(const char* path)
             pagesBefore = dataPages();
         }
     }
-    std::cout << dataPages() - pagesBefore << " pages more" << std::endl;
-    return dataPages() - pagesBefore < 100 ? 0 : 1;
+    const long more = dataPages() - pagesBefore;
+    std::cout << more << " pages more" << std::endl;
+#ifdef CORVANE_TEST_SANITIZED
+    return 0; // its runtime keeps what is freed; AddressSanitizer reports a leak itself
+#else
+    return more < 100 ? 0 : 1;
+#endif
 }
 
 } // namespace
