@@ -170,7 +170,7 @@ std::shared_ptr<FileHandleIf> FileManagerImpl::openFound(Files::const_iterator f
     const auto& [name, entry] = *file;
     auto handle = std::make_shared<FileHandleImpl>(name, entry->getPtr());
     if (entry->getDelayedDelete()) {
-        m_files.erase(file);
+        m_files.erase(file); // the handle keeps the entry
     }
     return handle;
 }
@@ -264,7 +264,7 @@ bool FileManagerImpl::remove(int fileRef, bool verbose)
 void FileManagerImpl::removeAll()
 {
     Trace::trace1(__FILE__, TraceLine::removeAll, [](std::ostream& msg) { msg << "removeAll"; });
-    Nodes taken; // not a swapped map: the directory keeps its array of buckets for later files
+    Nodes taken; // a swapped map would take the array of buckets with it, which later files need again
     const WriteLock lock(m_mutex);
     takeOut(taken, [](const Files::value_type&) { return true; });
 }
