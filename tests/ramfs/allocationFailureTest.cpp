@@ -27,7 +27,7 @@ void expectNoAllocation(const Operation& operation)
     EXPECT_EQ(failEachAllocation(operation), 0);
 }
 
-/// Turns TRACE1 on. Its texts are made, and nothing else is done with them.
+/// Turns TRACE1 on without a receiver: its texts are made and dropped.
 class TracingTexts
 {
 public:
@@ -72,7 +72,7 @@ TEST_F(AllocationFailureTest, AnAppendThatCannotGrowLeavesContentAndPosition)
     EXPECT_EQ(wholeFile(handle), "HDR:content" + large + "END");
 }
 
-TEST_F(AllocationFailureTest, HeaderAndFooterThatCannotGrowStay)
+TEST_F(AllocationFailureTest, AFailedReplacementKeepsHeaderAndFooter)
 {
     EXPECT_GE(failEachAllocation([&] { handle.insertHeader(large); }, [&] { expectIntact(); }), 1);
     handle.insertHeader("HDR:");
@@ -81,7 +81,7 @@ TEST_F(AllocationFailureTest, HeaderAndFooterThatCannotGrowStay)
     EXPECT_EQ(wholeFile(handle), "HDR:content" + large);
 }
 
-TEST_F(AllocationFailureTest, StorageThatCannotBeReservedStays)
+TEST_F(AllocationFailureTest, AFailedReservationKeepsTheStorage)
 {
     const std::size_t storage = FileEntryTestAccess::storage(*entry);
     EXPECT_EQ(failEachAllocation([&] { handle.contentResize(100'000); },
@@ -92,7 +92,7 @@ TEST_F(AllocationFailureTest, StorageThatCannotBeReservedStays)
               1);
 }
 
-TEST_F(AllocationFailureTest, LookingAtAFileLeavesItAlone)
+TEST_F(AllocationFailureTest, ReadingAFileLeavesItAsItWas)
 {
     EXPECT_EQ(failEachAllocation([&] { handle.readHeader(); }, [&] { expectIntact(); }), 1);
     EXPECT_EQ(failEachAllocation([&] { handle.readFooter(); }, [&] { expectIntact(); }), 1);
@@ -136,7 +136,7 @@ TEST_F(AllocationFailureTest, AWriteWhoseResultCannotBeTracedIsDoneOnce)
     EXPECT_GE(failed, 4);
 }
 
-/// Lets the process have no further pages.
+/// Denies the process further pages.
 class NoMorePages
 {
 public:
@@ -216,7 +216,7 @@ TEST_F(DirectoryAllocationFailureTest, ACreateThatFailsTakesANumberAndListsNoFil
     }
 }
 
-TEST_F(DirectoryAllocationFailureTest, AnInitialSizeThatCannotBeHadMakesNoFile)
+TEST_F(DirectoryAllocationFailureTest, ACreateWithoutMemoryForItsInitialSizeMakesNoFile)
 {
     {
         const FailingAllocation failing(1); // the storage comes after the entry

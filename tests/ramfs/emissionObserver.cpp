@@ -1,4 +1,4 @@
-/// A tpx_short_fname that tells of each call and returns the whole path.
+/// A tpx_short_fname that reports each call to the observer and returns the whole path.
 #include "tests/ramfs/emissionObserver.h"
 
 #include <utility>

@@ -1,5 +1,5 @@
-/// Lets a test look at the library's locks in the middle of each emission: it takes the place of libtpx, which every
-/// emission of an event that is on calls with the path of its source file.
+/// Lets a test look at the library's locks in the middle of each emission: it replaces libtpx. Every emission of an
+/// event that is on calls that library with the path of its source file.
 ///
 /// Threads  any may emit; one sets the observer, while nobody emits.
 #ifndef CORVANE_TESTS_RAMFS_EMISSIONOBSERVER_H
@@ -10,7 +10,7 @@
 
 namespace Corvane::Testing {
 
-/// Has `observer` called, on the emitting thread, by every emission from now on; an empty one ends that.
+/// From now on every emission calls `observer` on the emitting thread. An empty observer ends that.
 void observeEmissions(std::function<void(const std::string& path)> observer);
 
 } // namespace Corvane::Testing

@@ -1,4 +1,5 @@
-/// Replaces time() and strftime(), apart from the code that calls them, so that the compiler can't see through it.
+/// Replaces time() and strftime(). It is compiled apart from the code that calls them, so that the calls are not
+/// inlined.
 #include "tests/ramfs/fakeClock.h"
 
 #include <cstdlib>

@@ -74,7 +74,7 @@ TEST_F(FileEntryTest, TheFirstWriteGrowsTheStorageByTenPercentBeyondNeed)
     EXPECT_EQ(pos, 10U);
 }
 
-TEST_F(FileEntryTest, OneByteAtTheEndOfAHundredGrowsToAHundredAndEleven)
+TEST_F(FileEntryTest, OneByteMoreThanAHundredGrowsTheStorageToAHundredAndEleven)
 {
     entry = FileEntry::create(3, 100);
     EXPECT_EQ(write(0, std::string(100, 'x')).text, "3");
@@ -88,7 +88,9 @@ TEST_F(FileEntryTest, StorageBeyondTheContentStaysZero)
     EXPECT_EQ(Access::content(*entry), std::string(100, 'x') + std::string(10, 0));
 }
 
-/// Appends 64 MiB. Returns  how many times as much memory the process came to need at most.
+/// Appends 64 MiB.
+///
+/// Returns  the largest memory that the process needed for it, divided by the size of the file.
 double peakOfGrowth(FileEntry& entry)
 {
     const std::string block(64 * 1024, 'x');
@@ -152,7 +154,7 @@ TEST_F(FileEntryTest, AWriteOfNothingStillCorrectsThePosition)
     EXPECT_EQ(pos, 4U);
 }
 
-TEST_F(FileEntryTest, NullDataWriteNothingAndLeaveThePosition)
+TEST_F(FileEntryTest, NullDataIsNotWrittenAndKeepsThePosition)
 {
     setHeader("HDR:");
     pos = 1;
@@ -175,7 +177,7 @@ TEST_F(FileEntryTest, AnAppendBeforeAFooterAlwaysCarriesTheNote)
     EXPECT_EQ(wholeFile(*entry), "HabcdEND");
 }
 
-TEST_F(FileEntryTest, AnAppendOfNullTellsTheEndOfTheFile)
+TEST_F(FileEntryTest, AnAppendOfNullReturnsTheEndOfTheFile)
 {
     append("abc");
     setFooter("END");
@@ -228,7 +230,7 @@ TEST_F(FileEntryTest, ResizingReservesAndNeverShrinks)
     EXPECT_EQ(write(3, std::string(197, 'x')).text, "3");
 }
 
-TEST_F(FileEntryTest, TheOwnerCountCountsItself)
+TEST_F(FileEntryTest, TheUserCountIncludesTheCallItself)
 {
     EXPECT_EQ(entry->getUserCount(), 2U);
     const auto second = entry->getPtr();

@@ -20,7 +20,7 @@ protected:
     FileHandleImpl handle{"log", entry};
 };
 
-TEST_F(FileHandleTest, ANewHandleTellsTheFactsOfItsFile)
+TEST_F(FileHandleTest, ANewHandleKnowsItsFile)
 {
     EXPECT_EQ(handle.getFileName(), "log");
     EXPECT_EQ(handle.getFileRef(), 3);
@@ -66,7 +66,7 @@ TEST_F(FileHandleTest, EveryFormOfAppendIgnoresThePositionAndMovesIt)
     EXPECT_EQ(wholeFile(handle), "abcdefg");
 }
 
-TEST_F(FileHandleTest, NullIsWrittenAsNothing)
+TEST_F(FileHandleTest, NullDataIsNotWritten)
 {
     handle.write("abc");
     handle.appendFooter(bytes("END"), 3);
@@ -82,7 +82,7 @@ TEST_F(FileHandleTest, NullIsWrittenAsNothing)
     EXPECT_EQ(wholeFile(handle), "abcEND");
 }
 
-TEST_F(FileHandleTest, HeaderAndFooterLeaveThePosition)
+TEST_F(FileHandleTest, ReplacingHeaderAndFooterKeepsThePosition)
 {
     handle.write("abcdef");
     handle.setPos(2);
@@ -98,7 +98,7 @@ TEST_F(FileHandleTest, HeaderAndFooterLeaveThePosition)
     EXPECT_EQ(handle.getFileSize(), 12U);
 }
 
-/// Counts the calls that reach the operations with bytes, and those that dump makes.
+/// Records the calls of the operations with bytes, and those that a dump makes.
 class CountingHandle : public FileHandleImpl
 {
 public:
@@ -135,7 +135,7 @@ public:
     std::vector<std::string> calls;
 };
 
-TEST_F(FileHandleTest, TextFormsGoThroughTheFormWithBytesButForAppendByString)
+TEST_F(FileHandleTest, TextFormsCallTheFormWithBytesExceptAppendByString)
 {
     CountingHandle counting("log", entry);
     counting.write("ab", 2);
@@ -146,7 +146,7 @@ TEST_F(FileHandleTest, TextFormsGoThroughTheFormWithBytesButForAppendByString)
     EXPECT_EQ(wholeFile(counting), "abcdefghijklmn");
 }
 
-TEST_F(FileHandleTest, ADumpReadsBothRegionsAndThenByteByByte)
+TEST_F(FileHandleTest, ADumpReadsHeaderAndFooterAndThenByteByByte)
 {
     handle.write("ab");
     CountingHandle counting("log", entry);

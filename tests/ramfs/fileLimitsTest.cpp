@@ -46,14 +46,14 @@ TEST_F(FileLimitsTest, AFullContentTakesNoMore)
     expectRefused(limit - 1, 2);
 }
 
-TEST_F(FileLimitsTest, AWriteThatWouldPassTheLimitWritesNothingOfIt)
+TEST_F(FileLimitsTest, AWriteThatWouldPassTheLimitWritesNothing)
 {
     pretend(limit - 5);
     expectRefused(limit - 5, 6);
     expectRefused(100, limit - 99);
 }
 
-TEST_F(FileLimitsTest, AnEmptyContentRefusesWhatAHeaderPushesPastTheLastPosition)
+TEST_F(FileLimitsTest, AHeaderLeavesLessRoomForTheContent)
 {
     entry->insertHeader(bytes("HDR:"), 4);
     expectRefused(4, limit - 3);
@@ -61,7 +61,7 @@ TEST_F(FileLimitsTest, AnEmptyContentRefusesWhatAHeaderPushesPastTheLastPosition
     expectRefused(1000, limit);
 }
 
-TEST_F(FileLimitsTest, APositionFarBeyondASmallFileIsItsEnd)
+TEST_F(FileLimitsTest, APositionFarBeyondASmallFileMeansItsEnd)
 {
     pretend(3);
     unsigned int pos = limit;
@@ -101,7 +101,7 @@ TEST_F(FileLimitsTest, AnAppendPastTheLastPositionIsRefused)
     EXPECT_EQ(entry->append(nullptr, 1).position, limit);
 }
 
-TEST(FileReserve, IsATenthAndEndsAtTheLimit)
+TEST(FileLimits, TheReserveIsATenthAndEndsAtTheLimit)
 {
     EXPECT_EQ(Access::storageFor(0), 0U);
     EXPECT_EQ(Access::storageFor(9), 9U);
@@ -139,7 +139,7 @@ TEST_F(FileLimitsTest, SetPosStopsAtTheLastPosition)
     EXPECT_EQ(handle.getFileSize(), std::uint64_t{limit} + 10);
 }
 
-TEST_F(FileLimitsTest, NothingIsReadPastTheLastPosition)
+TEST_F(FileLimitsTest, ReadingEndsAtTheLastPosition)
 {
     entry->insertHeader(bytes("0123456789"), 10);
     entry->appendFooter(bytes("END"), 3);
@@ -229,7 +229,7 @@ TEST_F(SparseFileTest, AFooterPastTheLastPositionIsReadAsAWholeOnly)
     handle.setPos(limit - 1);
     handle.dump(out);
     EXPECT_EQ(out.str(), "x\n");
-    // The end of the file has no position of its own; the note about the move is made all the same.
+    // No position designates the end of the file, but the note about the move is made.
     const auto empty = entry->append(bytes(""), 0);
     EXPECT_EQ(empty.text, "3 can't update header, Move the offset to the end of the content \n");
     EXPECT_EQ(empty.position, limit);
@@ -237,7 +237,7 @@ TEST_F(SparseFileTest, AFooterPastTheLastPositionIsReadAsAWholeOnly)
     handle.setPos(limit - 4);
     EXPECT_EQ(readText(handle, 10), "xxxx");
     EXPECT_EQ(handle.write("y"), 0U);
-    // Now the end of the content has no position either.
+    // Now no position designates the end of the content either.
     const auto pastTheLast = entry->append(bytes(""), 0);
     EXPECT_EQ(pastTheLast.text, "3 can't update header, Move the offset to the end of the content \n");
     EXPECT_EQ(pastTheLast.position, limit);
@@ -266,7 +266,7 @@ private:
     }
 };
 
-TEST(FourGibibytesTest, AStringThatIsTooLongForALengthIsRefusedAndALongestOneIsNot)
+TEST(FourGibibytesTest, AStringOfMoreThanTheLargestLengthIsRefused)
 {
     if (std::getenv("CORVANE_TEST_4GIB") == nullptr) {
         GTEST_SKIP() << "needs 5 GB of memory; set CORVANE_TEST_4GIB=1 to run it";

@@ -38,7 +38,7 @@ TEST_F(FileManagerTest, AutomaticNumbersAreNotDisturbedByGivenOnes)
     EXPECT_EQ(manager.create("d", 0, 0)->getFileRef(), 3);
 }
 
-TEST_F(FileManagerTest, NegativeNumbersAreTakenAsTheyAre)
+TEST_F(FileManagerTest, NegativeNumbersAreValid)
 {
     EXPECT_EQ(manager.create("a", 0, -5)->getFileRef(), -5);
     EXPECT_EQ(manager.create("b", 0, INT_MIN)->getFileRef(), INT_MIN);
@@ -46,7 +46,7 @@ TEST_F(FileManagerTest, NegativeNumbersAreTakenAsTheyAre)
     EXPECT_EQ(manager.open(INT_MIN)->getFileName(), "b");
 }
 
-TEST_F(FileManagerTest, NumberingGoesOnAfterRemoveAll)
+TEST_F(FileManagerTest, NumberingContinuesAfterRemoveAll)
 {
     manager.create("a", 0, 0);
     manager.removeAll();
@@ -70,14 +70,14 @@ TEST_F(FileManagerTest, ANewFileIsEmptyAndHasItsStorage)
     EXPECT_EQ(handle->getUserCount(), 3U);
 }
 
-TEST_F(FileManagerTest, WhatOnlyLooksLikeADateIsAName)
+TEST_F(FileManagerTest, ANameThatOnlyResemblesADateStays)
 {
     EXPECT_EQ(manager.create("log_<Date>", 0, 0)->getFileName(), "log_<Date>");
     EXPECT_EQ(manager.create("log_<date", 0, 0)->getFileName(), "log_<date");
     EXPECT_EQ(manager.create("", 0, 0)->getFileName(), "");
 }
 
-TEST_F(FileManagerTest, OpeningFindsTheExactNameOrTheNumber)
+TEST_F(FileManagerTest, OpenFindsTheExactNameOrTheNumber)
 {
     manager.create("a", 0, 5)->write("abc");
     EXPECT_EQ(wholeFile(*manager.open("a")), "abc");
@@ -89,7 +89,7 @@ TEST_F(FileManagerTest, OpeningFindsTheExactNameOrTheNumber)
     EXPECT_EQ(manager.open(6), nullptr);
 }
 
-TEST_F(FileManagerTest, ADelayedDeleteTakesTheFileAwayAtItsNextOpen)
+TEST_F(FileManagerTest, AMarkedFileLeavesTheDirectoryAtItsNextOpen)
 {
     const Handle before = manager.create("a", 0, 5);
     before->write("abc");
@@ -108,7 +108,7 @@ TEST_F(FileManagerTest, ADelayedDeleteTakesTheFileAwayAtItsNextOpen)
     EXPECT_EQ(last->getUserCount(), 3U); // two handles and the call
 }
 
-TEST_F(FileManagerTest, OpenAllLeavesMarksAlone)
+TEST_F(FileManagerTest, OpenAllKeepsMarks)
 {
     manager.create("a", 0, 1);
     manager.create("b", 0, 2);

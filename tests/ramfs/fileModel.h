@@ -26,7 +26,7 @@ struct ModelFile
 
 using Emissions = std::vector<std::string>;
 
-/// A handle. Data that are none are null.
+/// A handle. An empty optional stands for null data.
 class ModelHandle
 {
 public:
@@ -58,7 +58,7 @@ private:
     Emissions* m_emissions;
 };
 
-/// The directory. Where the outcome depends on the order in which files are visited, the caller tells the order.
+/// The directory. If a result depends on the order in which files are visited, the caller passes that order.
 class ModelDirectory
 {
 public:

@@ -121,7 +121,7 @@ protected:
     void compareBytes(const HandlePair& pair);
     void compareEmissions();
 
-    /// Counts the cases that a run must have met to be worth something.
+    /// Counts cases. A run in which one of them is rare tests too little.
     struct
     {
         int created = 0;

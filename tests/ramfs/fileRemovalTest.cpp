@@ -50,7 +50,7 @@ TEST_F(FileRemovalTest, APrefixTakesAllFilesAndReportsWithoutSeparators)
     EXPECT_EQ(count(), 2U);
 }
 
-TEST_F(FileRemovalTest, WithoutAMatchTheReportIsItsBareBeginning)
+TEST_F(FileRemovalTest, AReportWithoutAMatchIsItsBeginningAlone)
 {
     create({"abc"});
     EXPECT_EQ(reportOf(std::string("zzz"), false), "File '");
@@ -75,7 +75,7 @@ TEST_F(FileRemovalTest, AnEmptyNameThatIsAFileTakesThatFileAlone)
     EXPECT_TRUE(manager.exists("b"));
 }
 
-TEST_F(FileRemovalTest, ADatePatternTakesWhatWasCreatedWithIt)
+TEST_F(FileRemovalTest, ADatePatternTakesFilesThatWereCreatedWithIt)
 {
     const std::string name = manager.create("log_<date>.txt", 0, 0)->getFileName();
     create({"log_", "log.txt"});
@@ -84,7 +84,7 @@ TEST_F(FileRemovalTest, ADatePatternTakesWhatWasCreatedWithIt)
     EXPECT_EQ(count(), 2U);
 }
 
-TEST_F(FileRemovalTest, TheSuffixMayBeAnywhereAndNoDateIsNeeded)
+TEST_F(FileRemovalTest, TheSuffixMayBeAnywhereInANameWithoutADate)
 {
     create({"log_2024Mar05-14_03_59.txt", "log_.txt.old", "log_.tx"});
     EXPECT_TRUE(manager.remove("log_<date>.txt", false));
@@ -109,7 +109,7 @@ TEST_F(FileRemovalTest, AnEmptySuffixAlwaysMatches)
 
 TEST_F(FileRemovalTest, TheSuffixBeginsAfterTheFirstBracketEvenBeforeTheDate)
 {
-    // The suffix of "a>b<date>c" is "b<date>c". A name has it when its second "<date>" was left as it is.
+    // The suffix of "a>b<date>c" is "b<date>c". Only a name with a "<date>" that was not replaced contains it.
     create({"a>b1c", "a>b<date>b<date>c"});
     EXPECT_TRUE(manager.remove("a>b<date>c", false));
     EXPECT_EQ(count(), 1U);
@@ -142,7 +142,7 @@ TEST_F(FileRemovalTest, ANumberTakesEveryFileThatHasItAndReportsOneLine)
     EXPECT_EQ(reportOf(-5, false), "");
 }
 
-TEST_F(FileRemovalTest, NothingIsWrittenUnlessAsked)
+TEST_F(FileRemovalTest, OnlyAVerboseRemovalWritesAReport)
 {
     manager.create("a", 0, 5);
     manager.create("b", 0, 6);
@@ -217,7 +217,7 @@ TEST_F(FileRemovalTest, WithoutAStreamTheReportGoesToStandardOutput)
     EXPECT_EQ(cout.text(), "File 'b' deletedFile with reference number 5 was deleted\n");
 }
 
-/// Overrides the forms with a stream only.
+/// Overrides only the forms with a stream.
 class OverridingManager : public FileManagerImpl
 {
 public:
@@ -251,7 +251,7 @@ protected:
     int_type overflow(int_type /*c*/) override { throw std::runtime_error("full"); }
 };
 
-TEST_F(FileRemovalTest, AStreamThatThrowsLeavesTheFilesRemovedAndTheDirectoryFree)
+TEST_F(FileRemovalTest, AStreamThatThrowsLeavesTheFilesRemovedAndTheDirectoryUnlocked)
 {
     manager.create("a", 0, 5);
     manager.create("b", 0, 6);

@@ -41,7 +41,7 @@ Handle createOld(FileManagerIf& manager, const std::string& name)
     return handle;
 }
 
-/// Makes two files of one final name, which takes two creations in the same second.
+/// Makes two files with one final name: it tries until both are created in the same second.
 void makeReplaced(FileManagerIf& manager, Situation& it)
 {
     for (;;) {
@@ -136,7 +136,7 @@ protected:
 
     ~FileStatesTest() override
     {
-        // Whatever was done, the handles work on.
+        // The handles still work, whatever the test did.
         for (const Handle& handle : it.handles) {
             const std::string before = wholeFile(*handle);
             handle->append("!");
@@ -155,7 +155,7 @@ protected:
         }
     }
 
-    /// Returns  a handle on the file that the directory lists by the name, opened in a way that takes nothing out.
+    /// Returns  a handle on the file that is listed under the name. Opening it so doesn't take a marked file out.
     Handle listedFile() const
     {
         for (const Handle& handle : manager.openAll()) {
@@ -267,7 +267,7 @@ TEST_P(FileStatesTest, SetDelayedDeleteMarksAListedFile)
     EXPECT_EQ(manager.setDelayedDelete(5), it.filesWithNumber > 0);
     expectUnchanged();
     if (it.filesWithNumber > 0) {
-        // The same file is met first again; another one with its number stays.
+        // open() finds the file that was marked; another one with its number stays.
         EXPECT_NE(manager.open(5), nullptr);
         EXPECT_EQ(manager.openAll().size(), it.files - 1);
     }

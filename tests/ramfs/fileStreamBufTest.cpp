@@ -25,7 +25,7 @@ protected:
     std::shared_ptr<FileStreamBufIf> buffer = manager.getFileStreamBuf();
 };
 
-TEST_F(FileStreamBufTest, EveryBufferIsANewClosedOne)
+TEST_F(FileStreamBufTest, EveryBufferIsNewAndClosed)
 {
     EXPECT_FALSE(buffer->isOpen());
     EXPECT_NE(buffer, manager.getFileStreamBuf());
@@ -182,7 +182,7 @@ TEST_F(FileStreamBufTest, SeekingFails)
     EXPECT_TRUE(out.fail());
 }
 
-/// Opens the protected operations and counts those that others must go through.
+/// Makes the protected operations public and records the calls of virtual ones.
 class OpenedBuffer : public FileStreamBufImpl
 {
 public:
@@ -262,10 +262,10 @@ TEST_F(FileStreamBufTest, AHundredMebibytesFitInOneStream)
     }
 }
 
-// Destroyed after the end of the directory: it is made before the directory.
+// Lives longer than the files of the directory.
 std::shared_ptr<FileStreamBufIf> outliving;
 
-/// Runs after the end of the directory, and exits with 42 if everything goes on from there.
+/// Runs after the end of the directory. Exits with 42 if everything still works.
 void useFilesAfterTheEnd()
 {
     FileManagerIf& manager = FileManagerIf::getInstance();

@@ -38,7 +38,7 @@ TEST(RamFsSlots, TheHandlesOperationsFollowTheTwoDestructorSlots)
     EXPECT_EQ(slotOf<unsigned int() const>(&FileHandleIf::getUserCount), 22U);
 }
 
-/// Its one operation takes the first slot that the base leaves free.
+/// Its operation gets the first slot after those of the base.
 template <typename Base>
 class OneMore : public Base
 {
@@ -67,11 +67,11 @@ TEST(RamFsSlots, TheManagersDestructorComesAfterItsOperations)
     EXPECT_EQ(slotOf<bool(int)>(&FileManagerIf::setDelayedDelete), 11U);
     EXPECT_EQ(slotOf<std::vector<Handle>()>(&FileManagerIf::openAll), 12U);
     EXPECT_EQ(slotOf<std::shared_ptr<FileStreamBufIf>()>(&FileManagerIf::getFileStreamBuf), 13U);
-    // Two more slots: the destructor's.
+    // The destructor has two slots.
     EXPECT_EQ(slotOf<void()>(&OneMore<FileManagerIf>::next), 16U);
 }
 
-/// Opens the standard operations, which are protected, to slotOf().
+/// Has access to the standard operations, which are protected.
 class StreamBufSlots : public FileStreamBufIf
 {
 public:

@@ -1,4 +1,4 @@
-/// Records live what an application's use of the file system emits, and compares every field of every event.
+/// Records the events of an application that uses the file system with LTTng, and compares every field.
 #include <string>
 #include <vector>
 

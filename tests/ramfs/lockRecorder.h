@@ -1,10 +1,10 @@
-/// Records which read-write locks this thread takes, and how, and makes some fail: it takes the place of the calls
-/// behind std::shared_mutex. It also records how many locks are held when memory of a chosen size is freed: it takes
-/// the place of operator new and operator delete.
+/// Records which read-write locks this thread takes, and how, and makes some fail: it replaces the calls behind
+/// std::shared_mutex. It also records how many locks are held when memory of a chosen size is freed: it replaces
+/// operator new and operator delete.
 ///
 ///     LockRecorder recorder;
 ///     manager.exists("a");
-///     EXPECT_THAT(recorder.taken(), ElementsAre(TakenLock{&lock, LockMode::Shared}));
+///     EXPECT_THAT(recorder.take(), ElementsAre(TakenLock{&lock, LockMode::Shared}));
 ///
 /// Threads  one recorder at a time, on the thread that made it; other threads' locks are not recorded.
 #ifndef CORVANE_TESTS_RAMFS_LOCKRECORDER_H
@@ -43,7 +43,7 @@ public:
     /// Returns  how many locks are held now.
     int held() const { return m_held; }
 
-    /// Gives the next calls that take a lock these results instead of the lock. 0 stands for a call that may take it.
+    /// The next calls that take a lock fail with these errors. 0 stands for a call that succeeds.
     void failNext(std::vector<int> errors) { m_errors = std::move(errors); }
 
     /// Returns  for each block of `watchedSize` that was freed since the last call, how many locks were held then.

@@ -88,7 +88,7 @@ TEST_F(EntryLocks, AreNotTakenToReadIntoNull)
     EXPECT_THAT(take(), IsEmpty());
 }
 
-TEST_F(EntryLocks, AreAskedForAgainWhenThereAreTooManyReaders)
+TEST_F(EntryLocks, AreRetriedWhenThereAreTooManyReaders)
 {
     entry->write(pos, bytes("abc"), 3);
     take();
@@ -137,8 +137,8 @@ protected:
         recorder.take();
     }
 
-    /// Returns  the locks that were taken since the last call: the directory's as "exclusive" or "shared", those of
-    /// entries as " entry-exclusive" or " entry-shared" behind it, if it was held then.
+    /// Returns  the locks that were taken since the last call: "exclusive" or "shared" for the directory's,
+    /// " entry-exclusive" or " entry-shared" for an entry's, which must be taken inside the directory's.
     std::string take()
     {
         EXPECT_EQ(recorder.held(), 0);
@@ -232,7 +232,7 @@ TEST_F(DirectoryLocks, AreReleasedBeforeTheMemoryOfAFileIsFreed)
     EXPECT_THAT(held, ElementsAre(0));
 }
 
-TEST_F(DirectoryLocks, AreAskedForAgainWhenThereAreTooManyReaders)
+TEST_F(DirectoryLocks, AreRetriedWhenThereAreTooManyReaders)
 {
     recorder.failNext({EAGAIN, EAGAIN, EAGAIN});
     EXPECT_TRUE(manager.exists(6));

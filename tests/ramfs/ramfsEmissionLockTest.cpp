@@ -26,7 +26,7 @@ protected:
     {
         file->appendFooter(bytes("END"), 3);
         Testing::observeEmissions([this](const std::string& path) {
-            // Another thread tries: what a thread holds itself it may not try to take.
+            // Another thread tries, because a thread must not try a lock that it holds.
             const auto isUnlocked = [this] {
                 return std::make_pair(FileManagerTestAccess::isUnlocked(manager),
                                       FileEntryTestAccess::isUnlocked(FileHandleTestAccess::entry(*file)));
@@ -95,7 +95,7 @@ TEST_F(EmissionLockTest, AHandleEmitsWithoutAnyLock)
     EXPECT_THAT(take(), AllOf(SizeIs(15), Each(std::string("fileHandleImpl.cpp"))));
 }
 
-TEST(OffEventsTest, ShortenNoPath)
+TEST(OffEventsTest, NoPathIsShortenedForThem)
 {
     int emissions = 0;
     Testing::observeEmissions([&](const std::string&) { ++emissions; });

@@ -1,4 +1,4 @@
-/// What the tests of the in-memory file system share: short forms, and access to what the classes keep to themselves.
+/// What the tests of the in-memory file system share: short forms, and access to private members.
 #ifndef CORVANE_TESTS_RAMFS_RAMFSTESTSUPPORT_H
 #define CORVANE_TESTS_RAMFS_RAMFSTESTSUPPORT_H
 
@@ -18,7 +18,7 @@
 
 namespace Corvane::RamFs::V1 {
 
-// The accesses need no lock: a test has the objects that it looks into to itself.
+// For tests that read guarded members without the lock: no other thread uses their objects.
 #define CORVANE_TEST_UNLOCKED CORVANE_THREAD_SAFETY(no_thread_safety_analysis)
 
 /// Returns  whether nobody holds the lock, shared or exclusively.

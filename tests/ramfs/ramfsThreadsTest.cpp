@@ -17,14 +17,14 @@ using Testing::startTogether;
 constexpr int appenders = 3;
 constexpr int records = 1500;
 
-/// Records differ in length, so that a torn one can't pass for another.
+/// Records differ in length, so that a torn one can't look like another.
 std::string record(int appender, int number)
 {
     return "<" + std::to_string(appender) + ":" + std::to_string(number) + ":" +
            std::string(static_cast<std::size_t>((number * 7 + appender) % 40), static_cast<char>('a' + appender)) + ">";
 }
 
-/// Takes whole records off `content`, each the next one of its appender.
+/// Reads `content` record by record: each must be the next one of its appender.
 void expectEveryRecordOnceAndInOrder(const std::string& content)
 {
     std::vector<int> next(appenders, 0);
@@ -98,7 +98,7 @@ protected:
         };
     }
 
-    /// Creates, finds and takes away files of its own.
+    /// Creates, finds and removes files of its own.
     std::function<void()> churning(const std::string& prefix, int ref)
     {
         return [this, prefix, ref] {
@@ -124,7 +124,7 @@ protected:
     FileManagerImpl manager;
 };
 
-TEST_F(RamFsThreadsTest, EveryAppendedRecordIsThereOnceWholeAndInItsWritersOrder)
+TEST_F(RamFsThreadsTest, EveryAppendedRecordIsInTheFileOnceAndWholeAndInOrder)
 {
     manager.create("one", 0, 1);
     manager.create("two", 0, 2);
@@ -136,7 +136,7 @@ TEST_F(RamFsThreadsTest, EveryAppendedRecordIsThereOnceWholeAndInItsWritersOrder
     EXPECT_EQ(FileManagerTestAccess::fileCount(manager), 2U);
 }
 
-TEST_F(RamFsThreadsTest, OneOfManyCreatorsOfANameSucceeds)
+TEST_F(RamFsThreadsTest, OnlyOneCreatorOfANameSucceeds)
 {
     std::atomic<int> created{0};
     const auto creating = [&] {
@@ -153,7 +153,7 @@ TEST_F(RamFsThreadsTest, OneOfManyCreatorsOfANameSucceeds)
     }
 }
 
-TEST_F(RamFsThreadsTest, OneOfManyOpenersGetsAFileMarkedForDelayedDeletion)
+TEST_F(RamFsThreadsTest, OnlyOneOpenerGetsAFileMarkedForDelayedDeletion)
 {
     for (int round = 0; round < 50; ++round) {
         manager.create("a", 0, 5);
@@ -218,7 +218,7 @@ TEST(RamFsStreamThreads, EveryThreadStreamsIntoItsOwnFile)
     manager.removeAll();
 }
 
-/// Takes its first character only when somebody says so.
+/// Waits with its first character until mayGoOn is set.
 class SlowBuffer : public std::stringbuf
 {
 public:
@@ -259,7 +259,7 @@ protected:
         manager.create("other", 0, 6)->write("abc");
     }
 
-    /// Has one thread write to a slow stream, which waits until another thread has used the whole directory.
+    /// One thread writes to a slow stream. The stream waits until another thread has used the whole directory.
     std::string writeSlowly(const std::function<void(std::ostream&)>& write)
     {
         SlowBuffer buffer;

@@ -1,5 +1,5 @@
-/// An application that uses the file system through its exported headers, each operation that emits once or more. It
-/// checks what the operations return, and exits with 0 only if that is right.
+/// An application that calls every operation that emits an event through the exported headers. Exits with 0 if all of
+/// them return what they should.
 #include <iostream>
 #include <ostream>
 #include <sstream>
