@@ -78,7 +78,7 @@ TEST_F(EntryLocks, AreNotTakenToReadMembersThatNeverChange)
     static_cast<void>(entry->getFileRef());
     static_cast<void>(entry->getCreationTime());
     entry->getPtr();
-    entry->lockFreeWrite(pos, bytes("abc"), 3); // its caller holds the lock
+    FileEntryTestAccess::writeWithoutLock(*entry, pos, "abc"); // its caller holds the lock
     EXPECT_THAT(take(), IsEmpty());
 }
 

@@ -53,6 +53,12 @@ struct FileEntryTestAccess
     }
 
     static bool isUnlocked(FileEntry& entry) { return V1::isUnlocked(entry.m_mutex); }
+
+    static void writeWithoutLock(FileEntry& entry, unsigned int& pos, const std::string& text) CORVANE_TEST_UNLOCKED
+    {
+        entry.lockFreeWrite(pos, reinterpret_cast<const unsigned char*>(text.data()),
+                            static_cast<unsigned int>(text.size()));
+    }
 };
 
 struct FileHandleTestAccess
