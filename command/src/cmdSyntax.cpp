@@ -76,20 +76,24 @@ SyntaxGraph::SyntaxGraph() : root(std::make_shared<Node>(" ")) {}
 
 SyntaxGraph::~SyntaxGraph()
 {
-    clear();
+    end();
 }
 
-void SyntaxGraph::clear()
+void SyntaxGraph::end()
 {
-    // One by one: nodes that release each other would need as much stack as the graph is deep, and those of a cyclic
-    // graph would never be released.
-    std::vector<std::shared_ptr<Node>> doomed{std::make_shared<Node>(" ")};
+    std::shared_ptr<Node> first;
     {
         const std::lock_guard<std::mutex> lock(mutex);
-        doomed.front().swap(root);
+        first.swap(root);
         pendingCommandNames.clear();
         commandNodes.clear();
     }
+    if (!first) {
+        return;
+    }
+    // One by one: nodes that release each other would need as much stack as the graph is deep, and those of a cyclic
+    // graph would never be released.
+    std::vector<std::shared_ptr<Node>> doomed{std::move(first)};
     while (!doomed.empty()) {
         const std::shared_ptr<Node> node = std::move(doomed.back());
         doomed.pop_back();
@@ -235,6 +239,9 @@ void SyntaxGraph::addCommand(const std::string& commandName, const Synopses& syn
     // Released after the mutex: the destructor of an application's handler may use the service.
     std::vector<ShellCommandFunction> replaced;
     const std::lock_guard<std::mutex> lock(mutex);
+    if (!root) {
+        return;
+    }
     for (const auto& [synopsis, function] : synopses) {
         addSynopsis(root, synopsis, function, replaced);
     }

@@ -76,8 +76,10 @@ public:
     using Frontier = std::vector<std::shared_ptr<Node>>;
     using Synopses = std::vector<std::pair<std::string, ShellCommandFunction>>;
 
-    /// Takes the graph back to its beginning. The ends of its handlers may use it meanwhile.
-    void clear();
+    /// Ends the graph: its nodes and handlers are released, it is empty from now on, and addCommand() adds nothing.
+    ///
+    /// Threads  any; what a handler owns may use the graph while it is destroyed.
+    void end();
 
     /// Takes the next token from `cursor`: one of the characters "[{|}]", or a word.
     ///
@@ -117,9 +119,14 @@ public:
 
     /// Finds the handler that a line leads to, or writes the usage to `out`.
     ///
-    /// Returns  the handler, valid while the graph lives (a later registration may replace the function in it), or
-    /// null.
+    /// Returns  the handler, valid until the graph ends (a later registration may replace the function in it), or null.
     const ShellCommandFunction* dispatchCommand(unsigned long argc, const char* const* argv, std::ostream& out) const;
+
+    /// The same for a caller that calls the handler while another thread may end the graph.
+    ///
+    /// Owns  the result keeps the handler alive.
+    std::shared_ptr<const ShellCommandFunction> findHandler(unsigned long argc, const char* const* argv,
+                                                            std::ostream& out) const;
 
     /// Writes what may follow `node`, up to the first set of alternatives.
     static void printSyntax(std::shared_ptr<Node> node, std::ostream& out);
@@ -140,7 +147,7 @@ public:
 
     /// Guards everything below, and every node.
     mutable std::mutex mutex;
-    /// The parent of the first words of all synopses.
+    /// The parent of the first words of all synopses; null once the graph has ended.
     std::shared_ptr<Node> root;
     /// Names of commands for which no first word of that very name was found yet.
     std::set<std::string> pendingCommandNames;

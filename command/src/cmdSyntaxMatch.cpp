@@ -235,11 +235,17 @@ std::shared_ptr<Node> SyntaxGraph::findCommandArguments(std::shared_ptr<Node> no
 const ShellCommandFunction* SyntaxGraph::dispatchCommand(unsigned long argc, const char* const* argv,
                                                          std::ostream& out) const
 {
+    return findHandler(argc, argv, out).get();
+}
+
+std::shared_ptr<const ShellCommandFunction> SyntaxGraph::findHandler(unsigned long argc, const char* const* argv,
+                                                                     std::ostream& out) const
+{
     const std::lock_guard<std::mutex> lock(mutex);
     std::string usedWords;
     const NodePtr found = findCommandArguments(root, &usedWords, argc, argv);
     if (found && found->handler.hasFunction()) {
-        return &found->handler;
+        return {found, &found->handler};
     }
     out << "Usage: " << usedWords;
     if (argc != 0 && textOf(argv[0]) == "pelm") {

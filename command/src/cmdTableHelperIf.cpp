@@ -1,17 +1,31 @@
 /// The exported facade of the command-table service: it owns the implementation and forwards every call.
 #include <command/cmdTableHelperIf.h>
 
+#include <cstddef>
+#include <new>
+
 #include "command/src/cmdTableHelperImplV2.h"
 
 namespace Corvane::CmdTableHelper::V2 {
 
 CmdTableHelperIf& CmdTableHelperIf::getInstance()
 {
-    static CmdTableHelperIf instance;
+    // Other threads may use the service while static objects are destroyed, and after. So the facade and what it owns
+    // are never destroyed; only their state ends. Both lie in the library's own data: where the library is unloaded,
+    // nothing stays on the heap.
+    alignas(CmdTableHelperImpl) static std::byte impl[sizeof(CmdTableHelperImpl)];
+    alignas(CmdTableHelperIf) static std::byte facade[sizeof(CmdTableHelperIf)];
+    static CmdTableHelperIf& instance = *new (&facade) CmdTableHelperIf(new (&impl) CmdTableHelperImpl);
+    static const struct Ending
+    {
+        ~Ending() { instance.m_impl->end(); }
+    } ending;
     return instance;
 }
 
-CmdTableHelperIf::CmdTableHelperIf() : m_impl(new CmdTableHelperImpl) {}
+CmdTableHelperIf::CmdTableHelperIf() : CmdTableHelperIf(new CmdTableHelperImpl) {}
+
+CmdTableHelperIf::CmdTableHelperIf(CmdTableHelperImpl* impl) : m_impl(impl) {}
 
 CmdTableHelperIf::~CmdTableHelperIf()
 {

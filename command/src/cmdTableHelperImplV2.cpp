@@ -69,14 +69,17 @@ int writeHelp(const std::vector<std::string>& words, std::ostream& out, const st
 
 } // namespace
 
-CmdTableHelperImpl::~CmdTableHelperImpl()
+void CmdTableHelperImpl::end()
 {
-    // Here, while all members are there: what handlers and hooks own may use the service when it goes with them, to
-    // deregister a hook, say.
-    m_syntaxGraph.clear();
+    // Handlers and hooks may own objects whose destructors call the service, to deregister a hook for example. So they
+    // are released while all members still exist, and without a lock.
     decltype(m_hooks) doomed;
-    const std::lock_guard<std::mutex> lock(m_hookMutex);
-    doomed.swap(m_hooks);
+    {
+        const std::lock_guard<std::mutex> lock(m_hookMutex);
+        m_hasEnded = true;
+        doomed.swap(m_hooks);
+    }
+    m_syntaxGraph.end();
 }
 
 void CmdTableHelperImpl::registerCmdTable(const std::string& commandName, const std::vector<CommandDefinitions>& table)
@@ -101,8 +104,8 @@ int CmdTableHelperImpl::executeCmd(const std::vector<std::string>& words, std::o
     for (const std::string& word : words) {
         argv.push_back(word.c_str());
     }
-    const ShellCommandFunction* const function = m_syntaxGraph.dispatchCommand(argv.size(), argv.data(), out);
-    if (function == nullptr) {
+    const auto function = m_syntaxGraph.findHandler(argv.size(), argv.data(), out);
+    if (!function) {
         return noSuchCommand;
     }
     Trace::trace1(__FILE__, 150, [&](std::ostream& msg) {
@@ -145,10 +148,13 @@ int CmdTableHelperImpl::cmdHelp(const std::vector<std::string>& words, std::ostr
 unsigned int CmdTableHelperImpl::registerPostExecutionHook(const Hook& hook)
 {
     const std::lock_guard<std::mutex> lock(m_hookMutex);
-    // The counter may come round; a hook that is still registered then keeps its id.
+    // The counter may come round. A hook that is still registered then keeps its id.
     do {
         ++m_hookCounter;
-    } while (!m_hooks.emplace(m_hookCounter, hook).second);
+    } while (m_hooks.count(m_hookCounter) != 0);
+    if (!m_hasEnded) {
+        m_hooks.emplace(m_hookCounter, hook);
+    }
     return m_hookCounter;
 }
 

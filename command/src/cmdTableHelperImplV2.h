@@ -22,9 +22,14 @@ public:
     using Hook = std::function<void(int, int, const char* const*)>;
 
     CmdTableHelperImpl() = default;
-    ~CmdTableHelperImpl();
+    ~CmdTableHelperImpl() { end(); }
     CmdTableHelperImpl(const CmdTableHelperImpl&) = delete;
     CmdTableHelperImpl& operator=(const CmdTableHelperImpl&) = delete;
+
+    /// Ends the service: handlers and hooks are released, it is empty from now on, and what is registered is dropped.
+    ///
+    /// Threads  any; what handlers and hooks own may use the service while it is destroyed.
+    void end();
 
     void registerCmdTable(const std::string& commandName, const std::vector<CommandDefinitions>& table);
     void registerCmdTable(const std::string& commandName, const std::vector<CmdDefinition>& table);
@@ -54,6 +59,7 @@ private:
     SyntaxGraph m_syntaxGraph;
 
     unsigned int m_hookCounter = 0;       // the id given last; guarded by m_hookMutex
+    bool m_hasEnded = false;              // guarded by m_hookMutex
     std::map<unsigned int, Hook> m_hooks; // guarded by m_hookMutex
     std::mutex m_hookMutex;
 };

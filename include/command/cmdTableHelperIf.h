@@ -2,7 +2,7 @@
 ///
 /// There is one service in a process, reached through getInstance(). An application registers tables of commands,
 /// hands over lines as vectors of words, and may have hooks called after every command that ran. All registered
-/// synopses share one syntax graph; commands and handlers stay registered as long as the service lives.
+/// synopses share one syntax graph; commands and handlers stay registered until the end of the process.
 ///
 /// Threads  every operation may be called by any thread at any time, from inside handlers and hooks as well.
 ///          Registration and matching exclude each other. Handlers and hooks run on the calling thread, without a lock.
@@ -26,8 +26,13 @@ class CmdTableHelperImpl;
 class [[gnu::visibility("default")]] CmdTableHelperIf
 {
 public:
-    /// Returns  the one service of this process, made on the first call. It is destroyed when static objects are, and
-    ///          the handlers and hooks with it. What these own may still use the service as it goes; nothing may later.
+    /// The service is made on the first call. It may be used as long as the process lives, also by threads that run on
+    /// while the process ends. Among the static objects that are destroyed at the end of the process, or when the
+    /// library is unloaded, its state ends: all handlers and hooks are released, except those that run, which live
+    /// until they return. What handlers and hooks own may still use the service when it is destroyed. From then on no
+    /// line leads to a handler, and commands and hooks that are registered are dropped.
+    ///
+    /// Returns  the one service of this process, always the same.
     static CmdTableHelperIf& getInstance();
 
     /// Adds the synopses of a table to the syntax graph and makes `commandName` a command.
@@ -104,6 +109,7 @@ public:
 
 private:
     CmdTableHelperIf();
+    [[gnu::visibility("hidden")]] explicit CmdTableHelperIf(CmdTableHelperImpl * impl);
     ~CmdTableHelperIf();
 
     CmdTableHelperImpl* m_impl;

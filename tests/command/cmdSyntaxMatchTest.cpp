@@ -105,6 +105,23 @@ TEST(Dispatch, OfAnEmptyGraphShowsNothing)
     EXPECT_EQ(dispatch(graph, {}), (Dispatched{-1, "Usage: \n\n"}));
 }
 
+TEST(Dispatch, OfAGraphThatHasEndedFindsNothing)
+{
+    SyntaxGraph graph;
+    add(graph, "x", {"x"});
+    std::ostringstream out;
+    const char* const argv[] = {"x"};
+    const auto handler = graph.findHandler(1, argv, out);
+    graph.end();
+    graph.end();
+    EXPECT_EQ(resultOf(*handler), 1) << "a handler that was found lives on";
+    add(graph, "x", {"x", "<a>"});
+    add(graph, "pelm", {});
+    EXPECT_EQ(dispatch(graph, {"x"}), (Dispatched{-1, "Usage: \n\n"}));
+    EXPECT_EQ(dispatch(graph, {"pelm"}), (Dispatched{-1, "Usage: \n\n"}));
+    EXPECT_EQ(dispatch(graph, {}), (Dispatched{-1, "Usage: \n\n"}));
+}
+
 TEST(Dispatch, OfNoWordsFindsTheHandlerOfTheRoot)
 {
     SyntaxGraph graph;

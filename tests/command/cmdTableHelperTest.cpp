@@ -315,7 +315,24 @@ TEST(CommandService, MayBeUsedByTheEndsOfItsHandlersAndHooks)
             "x", std::vector<CommandDefinitions>{{"x", HandlerThatLeavesAMark{userOf(service, out)}, nullptr}});
         service.registerPostExecutionHook([mark = userOf(service, out)](int, int, const char* const*) {});
     }
-    EXPECT_EQ(out.str(), "Usage: \n\n20\n5\nUsage: late \n\n20\n5\n");
+    EXPECT_EQ(out.str(), "Usage: \n\n20\nUsage: \n\n20\nUsage: \n\n20\nUsage: \n\n20\n") << "nothing is found any more";
+}
+
+TEST(CommandService, ReleasesWhatTheDestructorOfAHandlerRegistersAndWhatThatRegisters)
+{
+    const auto hookToken = std::make_shared<int>();
+    {
+        CmdTableHelperImpl service;
+        const auto atEnd = [](auto action) { return std::shared_ptr<void>(nullptr, [action](void*) { action(); }); };
+        const auto addHook = [&] { service.registerPostExecutionHook([hookToken](int, int, const char* const*) {}); };
+        const auto addCommand = [&] {
+            service.registerCmdTable(
+                "y", std::vector<CommandDefinitions>{{"y", HandlerThatLeavesAMark{atEnd(addHook)}, nullptr}});
+        };
+        service.registerCmdTable(
+            "x", std::vector<CommandDefinitions>{{"x", HandlerThatLeavesAMark{atEnd(addCommand)}, nullptr}});
+    }
+    EXPECT_EQ(hookToken.use_count(), 1);
 }
 
 } // namespace
