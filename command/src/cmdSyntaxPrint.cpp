@@ -1,18 +1,25 @@
 /// Writes the syntax that may follow a node, rebuilt from the graph's shape alone.
 ///
-/// The printers move along one path. A synopsis such as "x [w p] w" makes the graph cyclic, so no node is followed
-/// twice in one call: printing ends where it would be, and brackets that are open then are closed.
+/// A synopsis such as "x [w p] w" makes the graph cyclic. Printing ends where a loop comes to a node for the second
+/// time, since it would go on in the same way for ever, and after maxWords words. Brackets that are open then are
+/// closed.
 #include "command/src/cmdSyntax.h"
 
+#include <cstddef>
 #include <ostream>
-#include <unordered_set>
+#include <set>
+#include <tuple>
 #include <utility>
+#include <vector>
 
 namespace Corvane::CmdTableHelper {
 
 namespace {
 
 using NodePtr = std::shared_ptr<Node>;
+
+/// Nobody reads a longer usage. Without a limit, that of a cyclic graph could double with each word before it ends.
+constexpr std::size_t maxWords = 65536;
 
 bool isLeaf(const Node& node)
 {
@@ -24,207 +31,287 @@ bool beginsLikePlaceholder(const Node& node)
     return !node.name.empty() && node.name.front() == '<';
 }
 
-void writeAlternatives(const Node& node, std::ostream& out)
-{
-    const char* separator = "";
-    for (const auto& subnode : node.subnodes) {
-        out << separator << subnode->name << " ";
-        separator = "| ";
-    }
-}
-
-/// A position on the path that is printed.
-class Path
+/// A loop that moves from word to word: the printer's own, or that of a group in compact form.
+class Level
 {
 public:
-    explicit Path(const NodePtr& start) : m_node(&start), m_followed{start.get()} {}
+    /// The printer's own loop.
+    static Level outermost() { return {Kind::outermost, nullptr}; }
 
-    const Node& node() const { return **m_node; }
-    const NodePtr& nodePtr() const { return *m_node; }
+    /// A group that goes on as long as there are words.
+    static Level toTheEnd() { return {Kind::toTheEnd, nullptr}; }
 
-    /// Whether the path has come back to a node that it had followed already.
-    bool closed() const { return m_closed; }
+    /// A group that ends before `stop`.
+    static Level upTo(const Node* stop) { return {Kind::upTo, stop}; }
 
-    /// Moves on to a subnode of the current node.
-    void follow(const NodePtr& subnode)
+    bool isToTheEnd() const { return m_kind == Kind::toTheEnd; }
+
+    /// Returns  whether the loop ends at `node` although words follow it.
+    bool endsAt(const Node& node) const
     {
-        m_node = &subnode;
-        m_closed = m_closed || !m_followed.insert(subnode.get()).second;
+        const NodePtr& next = node.subnodes.front();
+        return m_kind == Kind::upTo && (next.get() == m_stop || isLeaf(*next));
     }
+
+    bool operator<(const Level& other) const { return std::tie(m_kind, m_stop) < std::tie(other.m_kind, other.m_stop); }
 
 private:
-    const NodePtr* m_node;
-    std::unordered_set<const Node*> m_followed;
-    bool m_closed = false;
-};
-
-/// Prints nested optional parts in compact form. What would be recursive calls are levels on the heap.
-class CompactPrinter
-{
-public:
-    CompactPrinter(Path& path, std::ostream& out) : m_path(path), m_out(out) {}
-
-    /// Prints from the current node onward to the end.
-    void printToEnd()
+    enum class Kind
     {
-        m_levels.push_back({nullptr, false});
-        run();
-    }
-
-    /// Prints from the current node up to, not including, `stop`.
-    void printUpTo(const Node* stop)
-    {
-        m_levels.push_back({stop, true});
-        run();
-    }
-
-private:
-    struct Level
-    {
-        const Node* stop; // of a level with an end
-        bool hasEnd;
+        outermost,
+        toTheEnd,
+        upTo
     };
 
-    void run()
+    Level(Kind kind, const Node* stop) : m_kind(kind), m_stop(stop) {}
+
+    Kind m_kind;
+    const Node* m_stop;
+};
+
+/// Moves through the graph and writes. A group inside a group is a level on the heap, not a recursive call.
+class Printer
+{
+public:
+    explicit Printer(std::ostream& out) : m_out(out) {}
+
+    void printSyntax(const NodePtr& start)
     {
-        m_out << m_path.node().name;
-        while (!m_levels.empty()) {
-            const Level level = m_levels.back();
-            const Node& node = m_path.node();
-            if (m_path.closed() || isLeaf(node) || (level.hasEnd && isAtEnd(node, level.stop))) {
-                m_levels.pop_back();
-                m_out << (m_levels.empty() ? "" : "]");
-            } else if (node.subnodes.size() > 1) {
-                enter({node.subnodes[1].get(), true});
-            } else if (!level.hasEnd && node.handler.hasFunction()) {
-                enter({nullptr, false});
+        begin(Level::outermost(), start);
+        while (!isAtEnd()) {
+            const Node& first = *node().subnodes.front();
+            if (node().subnodes.size() == 1) {
+                writeOnlySubnode();
+            } else if (node().subnodes.size() == 2 && !isLeaf(first) &&
+                       first.subnodes.front() == node().subnodes.back()) {
+                writeOptionalAndSharedWord();
+            } else {
+                writeChoice();
+                return;
+            }
+        }
+    }
+
+    void printPelmSyntax(const NodePtr& start)
+    {
+        begin(Level::outermost(), start);
+        for (bool isFirstPass = true; !isAtEnd(); isFirstPass = false) {
+            if (node().subnodes.size() == 1) {
+                writeOnlySubnodeOfPelm();
+            } else if (!isFollowed(isFirstPass)) {
+                writeChoice();
+                return;
+            } else if (isLeaf(*node().subnodes.front())) {
+                writeOptionalChoice();
+                return;
+            } else {
+                writeOptionalGroup();
+            }
+        }
+    }
+
+    /// Prints the group that begins with `first` in compact form.
+    ///
+    /// Returns  the node at which the group ends.
+    NodePtr printGroup(const Level& group, const NodePtr& first)
+    {
+        const std::size_t outside = m_levels.size();
+        begin(group, first);
+        writeWord(node());
+        while (m_levels.size() > outside) {
+            const Level level = m_levels.back().first;
+            if (isAtEnd() || level.endsAt(node())) {
+                end();
+                m_out << (m_levels.size() > outside ? "]" : "");
+            } else if (node().subnodes.size() > 1) {
+                beginInside(Level::upTo(node().subnodes[1].get()));
+            } else if (level.isToTheEnd() && node().handler.hasFunction()) {
+                beginInside(Level::toTheEnd());
             } else {
                 m_out << " ";
                 step();
             }
         }
+        return *m_node;
     }
 
-    static bool isAtEnd(const Node& node, const Node* stop)
+private:
+    /// A node, and the loop that has come to it.
+    using Step = std::pair<Level, const Node*>;
+
+    const Node& node() const { return **m_node; }
+
+    bool isAtEnd() const { return m_isBack || m_wordsLeft == 0 || isLeaf(node()); }
+
+    /// Begins a loop at `first`.
+    void begin(const Level& level, const NodePtr& first)
     {
-        const NodePtr& next = node.subnodes.front();
-        return next.get() == stop || isLeaf(*next);
+        m_levels.emplace_back(level, m_steps.size());
+        moveTo(first);
     }
 
-    void enter(Level level)
+    void beginInside(const Level& level)
     {
-        m_levels.push_back(level);
         m_out << " [";
-        step();
+        begin(level, node().subnodes.front());
+        writeWord(node());
     }
 
+    /// Ends the innermost loop. The one around it goes on where that has ended.
+    void end()
+    {
+        for (std::size_t count = m_levels.back().second; m_steps.size() > count; m_steps.pop_back()) {
+            m_taken.erase(m_steps.back());
+        }
+        m_levels.pop_back();
+        if (!m_levels.empty()) {
+            moveTo(*m_node);
+        }
+    }
+
+    void moveTo(const NodePtr& next)
+    {
+        m_node = &next;
+        const auto [taken, isNew] = m_taken.insert({m_levels.back().first, next.get()});
+        if (isNew) {
+            m_steps.push_back(taken);
+        } else {
+            m_isBack = true;
+        }
+    }
+
+    /// Moves to the first subnode and writes its name.
     void step()
     {
-        m_path.follow(m_path.node().subnodes.front());
-        m_out << m_path.node().name;
+        moveTo(node().subnodes.front());
+        writeWord(node());
     }
 
-    Path& m_path;
+    void writeWord(const Node& word)
+    {
+        m_out << word.name;
+        --m_wordsLeft;
+    }
+
+    void writeAlternatives()
+    {
+        const char* separator = "";
+        for (const NodePtr& subnode : node().subnodes) {
+            if (m_wordsLeft == 0) {
+                return;
+            }
+            m_out << separator;
+            writeWord(*subnode);
+            m_out << " ";
+            separator = "| ";
+        }
+    }
+
+    void writeChoice()
+    {
+        m_out << "{ ";
+        writeAlternatives();
+        m_out << "} ";
+    }
+
+    void writeOnlySubnode()
+    {
+        const Node& only = *node().subnodes.front();
+        const bool isOptional = node().handler.hasFunction() && only.handler.hasFunction() && isLeaf(only);
+        m_out << (isOptional ? "[ " : "");
+        step();
+        m_out << (isOptional ? " ] " : " ");
+    }
+
+    /// "[ a ] b": the first subnode leads to the second, so it may be left out.
+    void writeOptionalAndSharedWord()
+    {
+        m_out << "[ ";
+        writeWord(*node().subnodes.front());
+        m_out << " ] ";
+        if (m_wordsLeft != 0) {
+            moveTo(node().subnodes.back());
+            writeWord(node());
+            m_out << " ";
+        }
+    }
+
+    void writeOnlySubnodeOfPelm()
+    {
+        if (node().handler.hasFunction()) { // so what follows may be left out
+            m_out << "[";
+            printGroup(Level::toTheEnd(), node().subnodes.front());
+            m_out << "] ";
+        } else {
+            step();
+            m_out << " ";
+        }
+    }
+
+    /// Returns  whether the printer goes into the first of several subnodes as a group that may be left out.
+    bool isFollowed(bool isFirstPass) const
+    {
+        const auto& subnodes = node().subnodes;
+        const bool looksAtSecond = subnodes.size() == 2 || isFirstPass;
+        return (beginsLikePlaceholder(*subnodes[0]) || node().handler.hasFunction()) &&
+               (!looksAtSecond || beginsLikePlaceholder(*subnodes[1]));
+    }
+
+    void writeOptionalChoice()
+    {
+        const bool inBraces = !beginsLikePlaceholder(*node().subnodes.front());
+        m_out << "[ " << (inBraces ? "{ " : "");
+        writeAlternatives();
+        m_out << (inBraces ? "}" : "") << " ] ";
+    }
+
+    void writeOptionalGroup()
+    {
+        const NodePtr& first = node().subnodes[0];
+        const NodePtr& second = node().subnodes[1];
+        m_out << "[";
+        if (first->subnodes.front() == second) {
+            step();
+        } else {
+            printGroup(Level::upTo(second.get()), first);
+        }
+        m_out << "] ";
+    }
+
     std::ostream& m_out;
-    std::vector<Level> m_levels;
+    const NodePtr* m_node = nullptr; // in the list of subnodes of a node that is printed
+    std::size_t m_wordsLeft = maxWords;
+    std::vector<std::pair<Level, std::size_t>> m_levels; // each with the number of steps before it
+    std::set<Step> m_taken;                              // by the loops that go on
+    std::vector<std::set<Step>::iterator> m_steps;       // the same in their order
+    bool m_isBack = false;                               // a loop has come to a node for the second time
 };
 
 } // namespace
 
 void SyntaxGraph::printSyntax(std::shared_ptr<Node> node, std::ostream& out)
 {
-    if (!node) {
-        return;
-    }
-    Path path(node);
-    while (!path.closed() && !isLeaf(path.node())) {
-        const Node& current = path.node();
-        const NodePtr& first = current.subnodes.front();
-        if (current.subnodes.size() == 1) {
-            const bool isOptional = current.handler.hasFunction() && first->handler.hasFunction() && isLeaf(*first);
-            out << (isOptional ? "[ " : "") << first->name << (isOptional ? " ] " : " ");
-            path.follow(first);
-        } else if (current.subnodes.size() == 2 && !isLeaf(*first) &&
-                   first->subnodes.front() == current.subnodes.back()) {
-            const NodePtr& second = current.subnodes.back();
-            out << "[ " << first->name << " ] " << second->name << " ";
-            path.follow(second);
-        } else {
-            out << "{ ";
-            writeAlternatives(current, out);
-            out << "} ";
-            return;
-        }
+    if (node) {
+        Printer(out).printSyntax(node);
     }
 }
 
 void SyntaxGraph::printPelmSyntax(std::shared_ptr<Node> node, std::ostream& out)
 {
-    if (!node) {
-        return;
-    }
-    Path path(node);
-    for (bool firstPass = true; !path.closed() && !isLeaf(path.node()); firstPass = false) {
-        const Node& current = path.node();
-        const NodePtr& first = current.subnodes.front();
-        const std::size_t count = current.subnodes.size();
-        const bool hasHandler = current.handler.hasFunction();
-        if (count == 1) {
-            path.follow(first);
-            if (hasHandler) {
-                out << "[";
-                CompactPrinter(path, out).printToEnd();
-                out << "] ";
-            } else {
-                out << path.node().name << " ";
-            }
-            continue;
-        }
-        const bool firstIsPlaceholder = beginsLikePlaceholder(*first);
-        const bool secondIsLookedAt = count == 2 || firstPass;
-        const bool secondIsPlaceholder = !secondIsLookedAt || beginsLikePlaceholder(*current.subnodes[1]);
-        if ((!firstIsPlaceholder && !hasHandler) || !secondIsPlaceholder) {
-            out << "{ ";
-            writeAlternatives(current, out);
-            out << "} ";
-            return;
-        }
-        if (isLeaf(*first)) {
-            out << "[ " << (firstIsPlaceholder ? "" : "{ ");
-            writeAlternatives(current, out);
-            out << (firstIsPlaceholder ? "" : "}") << " ] ";
-            return;
-        }
-        out << "[";
-        path.follow(first);
-        if (first->subnodes.front() == current.subnodes[1]) {
-            out << first->name;
-        } else {
-            CompactPrinter(path, out).printUpTo(current.subnodes[1].get());
-        }
-        out << "] ";
+    if (node) {
+        Printer(out).printPelmSyntax(node);
     }
 }
 
 std::shared_ptr<Node> SyntaxGraph::printSimpleSubNodes(std::shared_ptr<Node> node, std::ostream& out)
 {
-    if (!node) {
-        return nullptr;
-    }
-    Path path(node);
-    CompactPrinter(path, out).printToEnd();
-    return path.nodePtr();
+    return node ? Printer(out).printGroup(Level::toTheEnd(), node) : nullptr;
 }
 
 std::shared_ptr<Node> SyntaxGraph::printSubNodes(std::shared_ptr<Node> from, std::shared_ptr<Node> stop,
                                                  std::ostream& out)
 {
-    if (!from) {
-        return nullptr;
-    }
-    Path path(from);
-    CompactPrinter(path, out).printUpTo(stop.get());
-    return path.nodePtr();
+    return from ? Printer(out).printGroup(Level::upTo(stop.get()), from) : nullptr;
 }
 
 } // namespace Corvane::CmdTableHelper

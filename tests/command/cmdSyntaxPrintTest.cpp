@@ -168,7 +168,7 @@ TEST(UsagePrinters, EndWhereACyclicSynopsisComesBack)
     const NodePtr x = at(graph.root, {"x"});
     ASSERT_EQ(at(x, {"w", "p", "w"}), at(x, {"w"}));
     EXPECT_EQ(syntaxFrom(graph.root), "x w p w ");
-    EXPECT_EQ(pelmSyntaxFrom(graph.root), "x w [p w] ");
+    EXPECT_EQ(pelmSyntaxFrom(graph.root), "x w [p w [p]] ");
     EXPECT_EQ(syntaxFrom(at(x, {"w"})), "p w ");
     EXPECT_EQ(dispatch(graph, {"x", "w", "p"}), (Dispatched{-1, "Usage: x w p w p \n\n"}));
     EXPECT_EQ(dispatch(graph, {"x", "w", "p", "w", "p", "w"}).result, 1);
@@ -177,13 +177,34 @@ TEST(UsagePrinters, EndWhereACyclicSynopsisComesBack)
 TEST(PrintPelmSyntax, ClosesEveryBracketWhereACyclicSynopsisComesBack)
 {
     // Words that may be left out, each inside the one before.
-    EXPECT_EQ(printed({"x [w p] w"}).second, "x w [p w] ");
-    EXPECT_EQ(printed({"x [w p] w", "x w p"}).second, "x w [p [w]] ");
-    EXPECT_EQ(printed({"x [w p q] w", "x w p", "x w p q"}).second, "x w [p [q [w]]] ");
+    EXPECT_EQ(printed({"x [w p] w"}).second, "x w [p w [p]] ");
+    EXPECT_EQ(printed({"x [w p] w", "x w p"}).second, "x w [p [w [p]]] ");
+    EXPECT_EQ(printed({"x [w p q] w", "x w p", "x w p q"}).second, "x w [p [q [w [p]]]] ");
     // "w" comes back inside a group that would end before "z".
-    EXPECT_EQ(printed({"x [w p] w", "x w p z y"}).second, "x w [p [w]] ");
+    EXPECT_EQ(printed({"x [w p] w", "x w p z y"}).second, "x w [p [w p [w]]] ");
     // It comes back behind a group that has ended.
-    EXPECT_EQ(printed({"x [w p [a]] w"}).second, "x w [p [a] w] ");
+    EXPECT_EQ(printed({"x [w p [a]] w"}).second, "x w [p [a] w [p]] ");
+}
+
+TEST(PrintPelmSyntax, WritesTheWholeUsageOfACyclicSynopsisIfItEndsByItself)
+{
+    SyntaxGraph graph;
+    add(graph, "pelm", {"pelm [<u> [x [s] t]] <b>", "pelm <u> [x s t <b> [e] <f> p] x"});
+    EXPECT_EQ(dispatch(graph, {"pelm"}).text, "Usage: pelm [<u> [x [s] t]] <b> [e] <f> p x { s | t } \n\n");
+}
+
+TEST(UsagePrinters, EndAfter65536Words)
+{
+    std::string words;
+    for (int i = 0; i < 65534; ++i) {
+        words += "w ";
+    }
+    EXPECT_EQ(printed({words + "w w w"}), Texts(words + "w w ", words + "w w "));
+    EXPECT_EQ(printed({words + "w [a] b c"}).first, words + "w [ a ] ");
+    EXPECT_EQ(printed({words + "[a] b c"}).first, words + "[ a ] b ");
+    EXPECT_EQ(printed({words + "{ a | b | c }"}), Texts(words + "{ a | b } ", words + "{ a | b } "));
+    EXPECT_EQ(printed({words + "[ a | <b> | <c> ]"}, {"w"}).second, words.substr(2) + "[ { a | <b> | <c> } ] ");
+    EXPECT_EQ(printed({words + "[ a [ b [ c ] ] ]"}).second, words + "[a [b]] ");
 }
 
 } // namespace

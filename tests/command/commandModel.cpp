@@ -16,7 +16,7 @@ struct CommandModel::Node
     bool isArgument;
 };
 
-CommandModel::CommandModel() : m_root(std::make_shared<Node>(" ")) {}
+CommandModel::CommandModel() : m_root(std::make_shared<Node>(" ")), m_simple(std::make_shared<Node>("")) {}
 
 CommandModel::~CommandModel()
 {
@@ -202,7 +202,7 @@ CommandModel::Answer CommandModel::dispatch(const std::vector<std::string>& word
         return {found->handler, ""};
     }
     m_out = "Usage: " + usedWords;
-    m_followed = {found};
+    m_followed = {{found, nullptr}};
     m_openBrackets = 0;
     if (!words.empty() && words[0] == "pelm") {
         printPelmSyntax(found);
@@ -212,24 +212,25 @@ CommandModel::Answer CommandModel::dispatch(const std::vector<std::string>& word
     return {std::nullopt, m_out + "\n\n"};
 }
 
-void CommandModel::follow(const NodePtr& node)
+void CommandModel::follow(const NodePtr& node, const NodePtr& way)
 {
-    if (!m_followed.insert(node).second) {
+    if (!m_followed.insert({node, way}).second) {
         const std::string closed = std::string(m_openBrackets, ']') + (m_openBrackets != 0 ? " " : "");
         throw ComesBack{m_out + closed + "\n\n"};
     }
 }
 
-void CommandModel::openBracket(const std::string& text)
+CommandModel::NodePtr CommandModel::group(const std::string& open, const NodePtr& from, const NodePtr& stop,
+                                          const std::string& close)
 {
-    m_out += text;
+    m_out += open;
     ++m_openBrackets;
-}
-
-void CommandModel::closeBracket(const std::string& text)
-{
-    m_out += text;
+    const auto followedOutside = m_followed;
+    NodePtr end = stop == m_simple ? printSimpleSubNodes(from) : printSubNodes(from, stop);
+    m_followed = followedOutside;
     --m_openBrackets;
+    m_out += close;
+    return end;
 }
 
 void CommandModel::writeAlternatives(const NodePtr& node)
@@ -254,11 +255,11 @@ void CommandModel::printSyntax(NodePtr node)
                 m_out += c->name + " ";
             }
             node = c;
-            follow(node);
+            follow(node, nullptr);
         } else if (subnodes.size() == 2 && !subnodes[0]->subnodes.empty() && subnodes[0]->subnodes[0] == subnodes[1]) {
             m_out += "[ " + subnodes[0]->name + " ] " + subnodes[1]->name + " ";
             node = subnodes[1];
-            follow(node);
+            follow(node, nullptr);
         } else {
             m_out += "{ ";
             writeAlternatives(node);
@@ -272,7 +273,7 @@ CommandModel::NodePtr CommandModel::printSubNodes(const NodePtr& from, const Nod
 {
     NodePtr cur = from;
     m_out += cur->name;
-    follow(cur);
+    follow(cur, stop);
     if (cur->subnodes.empty()) {
         return from;
     }
@@ -287,12 +288,11 @@ CommandModel::NodePtr CommandModel::printSubNodes(const NodePtr& from, const Nod
         if (cur->subnodes.size() == 1) {
             m_out += " " + child->name;
             cur = child;
-            follow(cur);
+            follow(cur, stop);
             child = child->subnodes[0];
         } else {
-            openBracket(" [");
-            cur = printSubNodes(cur->subnodes[0], cur->subnodes[1]);
-            closeBracket("]");
+            cur = group(" [", cur->subnodes[0], cur->subnodes[1], "]");
+            follow(cur, stop);
             if (cur->subnodes.empty()) {
                 return cur;
             }
@@ -308,21 +308,17 @@ CommandModel::NodePtr CommandModel::printSimpleSubNodes(NodePtr node)
 {
     NodePtr cur = std::move(node);
     m_out += cur->name;
-    follow(cur);
+    follow(cur, m_simple);
     while (!cur->subnodes.empty()) {
         if (cur->subnodes.size() > 1) {
-            openBracket(" [");
-            cur = printSubNodes(cur->subnodes[0], cur->subnodes[1]);
-            closeBracket("]");
+            cur = group(" [", cur->subnodes[0], cur->subnodes[1], "]");
         } else if (cur->handler) {
-            openBracket(" [");
-            cur = printSimpleSubNodes(cur->subnodes[0]);
-            closeBracket("]");
+            cur = group(" [", cur->subnodes[0], m_simple, "]");
         } else {
             m_out += " " + cur->subnodes[0]->name;
             cur = NodePtr(cur->subnodes[0]);
-            follow(cur);
         }
+        follow(cur, m_simple);
     }
     return cur;
 }
@@ -340,14 +336,12 @@ void CommandModel::printPelmSyntax(NodePtr node)
         const bool s = n == 2 || (n > 2 && pass == 1) ? subnodes[1]->name.rfind('<', 0) == 0 : true;
         if (n == 1) {
             if (h) {
-                openBracket("[");
-                node = printSimpleSubNodes(subnodes[0]);
-                closeBracket("] ");
+                node = group("[", subnodes[0], m_simple, "] ");
             } else {
                 node = subnodes[0];
                 m_out += node->name + " ";
-                follow(node);
             }
+            follow(node, nullptr);
             continue;
         }
         if ((!f && !h) || !s) {
@@ -365,12 +359,10 @@ void CommandModel::printPelmSyntax(NodePtr node)
         if (first->subnodes[0] == subnodes[1]) {
             m_out += "[" + first->name + "] ";
             node = first;
-            follow(node);
         } else {
-            openBracket("[");
-            node = printSubNodes(first, subnodes[1]);
-            closeBracket("] ");
+            node = group("[", first, subnodes[1], "] ");
         }
+        follow(node, nullptr);
     }
     m_out += "{ ";
     writeAlternatives(node);

@@ -9,11 +9,13 @@
 #include <optional>
 #include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace Corvane::CmdTableHelper::Testing {
 
-/// Thrown where a usage comes back to a node that it has followed: there the rules alone may not end.
+/// Thrown where a usage comes back to a node in the same loop, or in the same helper with the same stop: the rules
+/// alone would go on for ever there.
 struct ComesBack
 {
     std::string text; ///< what is written if printing ends there and the open brackets are closed
@@ -51,20 +53,20 @@ private:
     Nodes matchingRoot(const std::string& word) const;
     NodePtr walk(NodePtr node, std::string* usedWords, const std::vector<std::string>& words);
 
-    void follow(const NodePtr& node);
-    void openBracket(const std::string& text);
-    void closeBracket(const std::string& text);
+    void follow(const NodePtr& node, const NodePtr& way);
     void printSyntax(NodePtr node);
     void printPelmSyntax(NodePtr node);
     NodePtr printSimpleSubNodes(NodePtr node);
     NodePtr printSubNodes(const NodePtr& from, const NodePtr& stop);
+    NodePtr group(const std::string& open, const NodePtr& from, const NodePtr& stop, const std::string& close);
     void writeAlternatives(const NodePtr& node);
 
     NodePtr m_root;
     std::set<std::string> m_pending;
     std::map<std::string, NodePtr> m_commandNodes;
     std::string m_out;
-    std::set<NodePtr> m_followed;
+    std::set<std::pair<NodePtr, NodePtr>> m_followed; // nodes, each with how it was followed
+    const NodePtr m_simple; // stands for printSimpleSubNodes, as a stop does for printSubNodes
     std::size_t m_openBrackets = 0;
 };
 
