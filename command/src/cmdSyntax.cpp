@@ -1,7 +1,9 @@
 /// Builds the syntax graph from synopses.
 #include "command/src/cmdSyntax.h"
 
+#include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <utility>
 
 #include "command/src/syntaxGroup.h"
@@ -11,10 +13,11 @@ namespace Corvane::CmdTableHelper {
 
 namespace {
 
-bool isPlaceholder(const std::string& name)
-{
-    return (name.find('<') != std::string::npos && name.find('>') != std::string::npos) || name == "...";
-}
+/// The lines that events carry. Readers filter on them, so they don't follow the code.
+namespace TraceLine {
+constexpr unsigned int unbalancedBrackets = 192;
+constexpr unsigned int registeredSynopsis = 209;
+} // namespace TraceLine
 
 bool isBracket(char c)
 {
@@ -26,51 +29,24 @@ bool isBlank(char c)
     return c == ' ' || c == '\t';
 }
 
+/// Attaches one word after each of `nodes`, of which there is at least one.
+///
+/// Returns  the node of that word.
+template <typename Nodes>
+NodePtr join(const std::string& word, const Nodes& nodes)
+{
+    NodePtr joined;
+    for (const NodePtr& node : nodes) {
+        if (joined && joined != node) {
+            node->addExistingSubnode(joined);
+        } else {
+            joined = node->addNewSubnode(word);
+        }
+    }
+    return joined;
+}
+
 } // namespace
-
-Node::Node(const std::string& word) : isArgument(isPlaceholder(word)), name(word) {}
-
-const std::shared_ptr<Node>* Node::subnodeNamed(std::string_view subnodeName) const
-{
-    if (m_index) {
-        return m_index->find(subnodes, subnodeName);
-    }
-    for (const auto& subnode : subnodes) {
-        if (subnode->name == subnodeName) {
-            return &subnode;
-        }
-    }
-    return nullptr;
-}
-
-std::shared_ptr<Node> Node::findExactSubnode(const std::string& subnodeName) const
-{
-    const auto* const found = subnodeNamed(subnodeName);
-    return found != nullptr ? *found : nullptr;
-}
-
-std::shared_ptr<Node> Node::addNewSubnode(const std::string& subnodeName)
-{
-    if (auto subnode = findExactSubnode(subnodeName)) {
-        return subnode;
-    }
-    return addExistingSubnode(std::make_shared<Node>(subnodeName));
-}
-
-std::shared_ptr<Node> Node::addExistingSubnode(std::shared_ptr<Node> node)
-{
-    if (!findExactSubnode(node->name)) {
-        subnodes.push_back(node);
-        auto index = std::move(m_index); // for good if there is no memory to enter the node: an index lacks none
-        if (index) {
-            index->enterLast(subnodes);
-        } else if (subnodes.size() >= SubnodeIndex::worthwhile) {
-            index = std::make_unique<SubnodeIndex>(subnodes);
-        }
-        m_index = std::move(index);
-    }
-    return node;
-}
 
 SyntaxGraph::SyntaxGraph() : root(std::make_shared<Node>(" ")) {}
 
@@ -81,26 +57,24 @@ SyntaxGraph::~SyntaxGraph()
 
 void SyntaxGraph::end()
 {
-    std::shared_ptr<Node> first;
+    std::vector<NodePtr> doomed(1);
     {
-        const std::lock_guard<std::mutex> lock(mutex);
-        first.swap(root);
+        const ExclusiveLock lock(mutex);
+        doomed.front().swap(root);
         pendingCommandNames.clear();
         commandNodes.clear();
     }
-    if (!first) {
-        return;
-    }
     // One by one: nodes that release each other would need as much stack as the graph is deep, and those of a cyclic
     // graph would never be released.
-    std::vector<std::shared_ptr<Node>> doomed{std::move(first)};
     while (!doomed.empty()) {
-        const std::shared_ptr<Node> node = std::move(doomed.back());
+        const NodePtr node = std::move(doomed.back());
         doomed.pop_back();
-        for (auto& subnode : node->subnodes) {
-            doomed.push_back(std::move(subnode));
+        if (node) { // null is the root of a graph that had ended before
+            for (NodePtr& subnode : node->subnodes) {
+                doomed.push_back(std::move(subnode));
+            }
+            node->subnodes.clear();
         }
-        node->subnodes.clear();
     }
 }
 
@@ -131,49 +105,39 @@ char SyntaxGraph::processVelkSyntax(const char*& cursor, Frontier& frontier)
 {
     std::vector<SyntaxGroup> groups;
     auto current = std::make_shared<NodeList>(frontier);
-    char end = '\0';
     std::string token;
-    bool atEnd = false;
-    while (!atEnd || !groups.empty()) {
-        // The end of the text ends every open group.
-        atEnd = atEnd || !getToken(cursor, token);
-        const char first = atEnd ? '\0' : token.front();
-        if (first == '[' || first == '{') {
-            groups.emplace_back(current, first == '[');
-        } else if (first == '\0' || isBracket(first)) {
+    for (;;) {
+        const char kind = getToken(cursor, token) ? token.front() : '\0';
+        switch (kind) {
+        case '[':
+        case '{':
+            groups.emplace_back(current, kind == '[');
+            break;
+        case '|':
+        case ']':
+        case '}':
+        case '\0': // ends every open group
             if (groups.empty()) {
-                end = first;
-                break;
+                frontier = current->frontier();
+                return kind;
             }
-            SyntaxGroup& group = groups.back();
-            group.addExits(current);
-            if (first == '|') {
-                current = group.start();
+            groups.back().addExits(current);
+            if (kind == '|') {
+                current = groups.back().start();
             } else {
-                current = group.takeExits();
+                current = groups.back().takeExits();
                 groups.pop_back();
             }
-        } else {
-            Frontier joined = current->frontier();
-            joinToNode(token, joined);
-            current = std::make_shared<NodeList>(joined);
+            break;
+        default: // a word
+            current = std::make_shared<NodeList>(Frontier{join(token, current->nodes())});
         }
     }
-    frontier = current->frontier();
-    return end;
 }
 
 void SyntaxGraph::joinToNode(const std::string& word, Frontier& frontier)
 {
-    std::shared_ptr<Node> joined;
-    for (const auto& node : frontier) {
-        if (joined && joined != node) {
-            node->addExistingSubnode(joined);
-        } else {
-            joined = node->addNewSubnode(word);
-        }
-    }
-    frontier.assign(1, joined);
+    frontier.assign(1, join(word, frontier));
 }
 
 void SyntaxGraph::checkBrackets(const std::string& synopsis, char open, char close)
@@ -187,30 +151,31 @@ void SyntaxGraph::checkBrackets(const std::string& synopsis, char open, char clo
         }
     }
     if (balance != 0) {
-        Trace::error(__FILE__, 192, [&](std::ostream& msg) {
+        Trace::error(__FILE__, TraceLine::unbalancedBrackets, [&](std::ostream& msg) {
             msg << "VELK syntax \"" << synopsis << "\": Unbalanced " << open << close << " brackets";
         });
     }
 }
 
-// NOLINTNEXTLINE(readability-make-member-function-const): it changes the graph, if not the root pointer
 void SyntaxGraph::addSynopsis(const std::string& synopsis, const ShellCommandFunction& function)
 {
     std::vector<ShellCommandFunction> replaced;
-    addSynopsis(root, synopsis, function, replaced);
+    addSynopsis(synopsis, function, replaced);
 }
 
-void SyntaxGraph::addSynopsis(const std::shared_ptr<Node>& root, const std::string& synopsis,
-                              const ShellCommandFunction& function, std::vector<ShellCommandFunction>& replaced)
+// NOLINTNEXTLINE(readability-make-member-function-const): it changes the graph, if not the pointer to its root
+void SyntaxGraph::addSynopsis(const std::string& synopsis, const ShellCommandFunction& function,
+                              std::vector<ShellCommandFunction>& replaced)
 {
-    Trace::trace2(__FILE__, 209, [&](std::ostream& msg) { msg << "Registered VELK syntax: " << synopsis; });
+    Trace::trace2(__FILE__, TraceLine::registeredSynopsis,
+                  [&](std::ostream& msg) { msg << "Registered VELK syntax: " << synopsis; });
     checkBrackets(synopsis, '{', '}');
     checkBrackets(synopsis, '[', ']');
     checkBrackets(synopsis, '<', '>');
     Frontier frontier{root};
     const char* cursor = synopsis.c_str();
     processVelkSyntax(cursor, frontier);
-    for (const auto& node : frontier) {
+    for (const NodePtr& node : frontier) {
         replaced.emplace_back(function);
         node->handler.swap(replaced.back());
     }
@@ -221,12 +186,17 @@ void SyntaxGraph::registerCommandName(const std::string& commandName)
     if (!commandName.empty() && commandNodes.count(commandName) == 0) {
         pendingCommandNames.insert(commandName);
     }
+    std::optional<const NodePtr*> placeholder; // looked for at most once: the root may have many subnodes
     for (auto pending = pendingCommandNames.begin(); pending != pendingCommandNames.end();) {
-        const auto matches = root->findMatchingSubnodes(*pending);
-        if (matches.size() == 1) {
-            commandNodes[*pending] = matches.front();
+        const NodePtr* match = root->findKeyword(*pending);
+        if (match == nullptr) {
+            placeholder = placeholder ? placeholder : root->findOnlyPlaceholder();
+            match = *placeholder;
         }
-        if (matches.size() == 1 && matches.front()->name == *pending) {
+        if (match != nullptr) {
+            commandNodes[*pending] = *match;
+        }
+        if (match != nullptr && (*match)->name == *pending) {
             pending = pendingCommandNames.erase(pending);
         } else {
             ++pending;
@@ -238,12 +208,12 @@ void SyntaxGraph::addCommand(const std::string& commandName, const Synopses& syn
 {
     // Released after the mutex: the destructor of an application's handler may use the service.
     std::vector<ShellCommandFunction> replaced;
-    const std::lock_guard<std::mutex> lock(mutex);
-    if (!root) {
+    const ExclusiveLock lock(mutex);
+    if (!root) { // the graph has ended
         return;
     }
     for (const auto& [synopsis, function] : synopses) {
-        addSynopsis(root, synopsis, function, replaced);
+        addSynopsis(synopsis, function, replaced);
     }
     registerCommandName(commandName);
 }

@@ -8,58 +8,16 @@
 #include <iosfwd>
 #include <map>
 #include <memory>
-#include <mutex>
 #include <set>
 #include <string>
-#include <string_view>
 #include <utility>
 #include <vector>
 
+#include "command/src/node.h"
 #include "command/src/shellCommandFunction.h"
-#include "command/src/subnodeIndex.h"
+#include "sync/mutex.h"
 
 namespace Corvane::CmdTableHelper {
-
-/// One syntax word, and the words that may follow it. Always owned by std::shared_ptr: a node that follows a group has
-/// as many parents as there are ways through the group.
-///
-/// Threads  none of its own; the graph's mutex guards the nodes.
-class Node
-{
-public:
-    explicit Node(const std::string& word);
-
-    /// Returns  the subnode with that name, in the list of subnodes, or null.
-    const std::shared_ptr<Node>* subnodeNamed(std::string_view subnodeName) const;
-
-    /// Returns  the first subnode with that name, or an empty pointer.
-    std::shared_ptr<Node> findExactSubnode(const std::string& subnodeName) const;
-
-    /// Returns  the subnode with that name, made and attached if there was none.
-    std::shared_ptr<Node> addNewSubnode(const std::string& subnodeName);
-
-    /// Attaches `node` unless a subnode with its name is there already.
-    ///
-    /// Returns  `node` itself, also where it was not attached.
-    std::shared_ptr<Node> addExistingSubnode(std::shared_ptr<Node> node);
-
-    /// Returns  the subnodes that a typed word may stand for: the keyword with exactly that name or else every
-    ///          placeholder, in order.
-    std::vector<std::shared_ptr<Node>> findMatchingSubnodes(const std::string& word) const;
-
-    /// The words that may follow, in the order in which they were first attached; no two have the same name. Only the
-    /// operations above attach any.
-    std::vector<std::shared_ptr<Node>> subnodes;
-    /// What runs when a line ends here; holds nothing until a synopsis ends here.
-    ShellCommandFunction handler;
-    /// Whether the word stands for a value that the user types.
-    bool isArgument;
-    /// The word as it is written in the synopsis.
-    std::string name;
-
-private:
-    std::unique_ptr<SubnodeIndex> m_index; // of the subnodes, once there are many
-};
 
 /// Threads  addCommand() and dispatchCommand() hold the mutex for their whole run and may be called by any thread. The
 ///          other operations take no lock.
@@ -73,7 +31,7 @@ public:
     SyntaxGraph& operator=(const SyntaxGraph&) = delete;
 
     /// The nodes after which the next word of a synopsis goes.
-    using Frontier = std::vector<std::shared_ptr<Node>>;
+    using Frontier = std::vector<NodePtr>;
     using Synopses = std::vector<std::pair<std::string, ShellCommandFunction>>;
 
     /// Ends the graph: its nodes and handlers are released, it is empty from now on, and addCommand() adds nothing.
@@ -98,24 +56,24 @@ public:
     static void checkBrackets(const std::string& synopsis, char open, char close);
 
     /// Adds one synopsis; `function` becomes the handler of every node at which it ends.
-    void addSynopsis(const std::string& synopsis, const ShellCommandFunction& function);
+    void addSynopsis(const std::string& synopsis, const ShellCommandFunction& function) CORVANE_REQUIRES(mutex);
 
     /// Makes `commandName` a command, and looks again for the first words of the names that are still pending.
-    void registerCommandName(const std::string& commandName);
+    void registerCommandName(const std::string& commandName) CORVANE_REQUIRES(mutex);
 
     /// Adds the synopses of one command under its name.
     void addCommand(const std::string& commandName, const Synopses& synopses);
 
     /// Returns  the root's subnodes that the first word of a line may stand for; none if it is no registered command.
-    std::vector<std::shared_ptr<Node>> findMatchingRootSubnodes(const std::string& word) const;
+    std::vector<NodePtr> findMatchingRootSubnodes(const std::string& word) const CORVANE_REQUIRES(mutex);
 
     /// Walks a line from `node` and appends the matched words, each with a blank, to `usedWords` unless it is null.
     ///
     /// Costs    at most nodes x words, whatever the number of placeholders among which there is a choice.
     /// Errors   std::logic_error for a null word.
     /// Returns  the node reached; it may lack a handler.
-    std::shared_ptr<Node> findCommandArguments(std::shared_ptr<Node> node, std::string* usedWords, unsigned long argc,
-                                               const char* const* argv) const;
+    NodePtr findCommandArguments(NodePtr node, std::string* usedWords, unsigned long argc,
+                                 const char* const* argv) const CORVANE_REQUIRES(mutex);
 
     /// Finds the handler that a line leads to, or writes the usage to `out`.
     ///
@@ -124,39 +82,38 @@ public:
 
     /// The same for a caller that calls the handler while another thread may end the graph.
     ///
-    /// Owns  the result keeps the handler alive.
-    std::shared_ptr<const ShellCommandFunction> findHandler(unsigned long argc, const char* const* argv,
-                                                            std::ostream& out) const;
+    /// Returns  the node with the handler, which the caller keeps alive, or null.
+    NodePtr findCommand(unsigned long argc, const char* const* argv, std::ostream& out) const;
 
     /// Writes what may follow `node`, up to the first set of alternatives.
-    static void printSyntax(std::shared_ptr<Node> node, std::ostream& out);
+    static void printSyntax(NodePtr node, std::ostream& out);
 
     /// Writes what may follow `node` in the format of the "pelm" commands.
-    static void printPelmSyntax(std::shared_ptr<Node> node, std::ostream& out);
+    static void printPelmSyntax(NodePtr node, std::ostream& out);
 
     /// Writes the words from `node` onward in compact form.
     ///
     /// Returns  the node where it stopped.
-    static std::shared_ptr<Node> printSimpleSubNodes(std::shared_ptr<Node> node, std::ostream& out);
+    static NodePtr printSimpleSubNodes(NodePtr node, std::ostream& out);
 
     /// Writes the path from `from` up to, not including, `stop`.
     ///
     /// Returns  the last node written.
-    static std::shared_ptr<Node> printSubNodes(std::shared_ptr<Node> from, std::shared_ptr<Node> stop,
-                                               std::ostream& out);
+    static NodePtr printSubNodes(NodePtr from, NodePtr stop, std::ostream& out);
 
     /// Guards everything below, and every node.
-    mutable std::mutex mutex;
+    mutable Mutex mutex;
     /// The parent of the first words of all synopses; null once the graph has ended.
-    std::shared_ptr<Node> root;
+    NodePtr root CORVANE_GUARDED_BY(mutex);
     /// Names of commands for which no first word of that very name was found yet.
-    std::set<std::string> pendingCommandNames;
+    std::set<std::string> pendingCommandNames CORVANE_GUARDED_BY(mutex);
     /// The root's subnode that each command leads to.
-    std::map<std::string, std::shared_ptr<Node>> commandNodes;
+    std::map<std::string, NodePtr> commandNodes CORVANE_GUARDED_BY(mutex);
 
 private:
-    static void addSynopsis(const std::shared_ptr<Node>& root, const std::string& synopsis,
-                            const ShellCommandFunction& function, std::vector<ShellCommandFunction>& replaced);
+    /// Adds one synopsis and moves the handlers that it replaces into `replaced`.
+    void addSynopsis(const std::string& synopsis, const ShellCommandFunction& function,
+                     std::vector<ShellCommandFunction>& replaced) CORVANE_REQUIRES(mutex);
 };
 
 } // namespace Corvane::CmdTableHelper

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <functional>
 #include <ostream>
+#include <stdexcept>
 #include <string_view>
 #include <unordered_map>
 
@@ -12,131 +13,124 @@ namespace Corvane::CmdTableHelper {
 
 namespace {
 
-using NodePtr = std::shared_ptr<Node>;
+/// Where a node stands in the list of its parent's subnodes.
+using Place = std::size_t;
 
-/// What a typed word may stand for after a node, without a list being made: nothing, the node `first`, or, if there are
-/// several, every placeholder among the parent's subnodes, of which `first` is the first.
+/// What a typed word may stand for after a node: nothing, one node, or every placeholder among the subnodes.
 struct Matches
 {
-    const NodePtr* first = nullptr;
-    bool several = false;
-};
+    static constexpr Place noPlace = static_cast<Place>(-1);
 
-/// Returns  the first placeholder among the subnodes from `from` on, or null.
-const NodePtr* nextPlaceholder(const Node& parent, const NodePtr* from)
-{
-    const NodePtr* const end = parent.subnodes.data() + parent.subnodes.size();
-    for (; from != end; ++from) {
-        if ((*from)->isArgument) {
-            return from;
-        }
-    }
-    return nullptr;
-}
+    bool areNone() const { return only == nullptr && first == noPlace; }
+    bool areSeveral() const { return first != noPlace; }
+
+    const NodePtr* only = nullptr; // if there is one
+    Place first = noPlace;         // if there are several: that of the first
+};
 
 Matches matchPlaceholders(const Node& parent)
 {
-    Matches matches;
-    matches.first = nextPlaceholder(parent, parent.subnodes.data());
-    matches.several = matches.first != nullptr && nextPlaceholder(parent, matches.first + 1) != nullptr;
-    return matches;
+    const Place end = parent.subnodes.size();
+    const Place first = parent.findPlaceholder(0);
+    if (first == end) {
+        return {};
+    }
+    return parent.findPlaceholder(first + 1) == end ? Matches{&parent.subnodes[first]} : Matches{nullptr, first};
 }
 
 Matches match(const Node& parent, std::string_view word)
 {
-    const NodePtr* const exact = parent.subnodeNamed(word);
-    if (exact != nullptr && !(*exact)->isArgument) {
-        return {exact, false};
-    }
-    return matchPlaceholders(parent);
+    const NodePtr* const keyword = parent.findKeyword(word);
+    return keyword != nullptr ? Matches{keyword} : matchPlaceholders(parent);
 }
 
-/// Every node that `matches` stands for, in order.
-std::vector<NodePtr> listOf(const Node& parent, const Matches& matches)
-{
-    std::vector<NodePtr> nodes;
-    for (const NodePtr* node = matches.first; node != nullptr;
-         node = matches.several ? nextPlaceholder(parent, node + 1) : nullptr) {
-        nodes.push_back(*node);
-    }
-    return nodes;
-}
-
-/// A null word is the caller's error, and reported as the standard library reports it.
+/// A null word is the caller's error, and is reported as the standard library reports a string made of it.
 std::string_view textOf(const char* word)
 {
     if (word == nullptr) {
-        static_cast<void>(std::string(word));
+        throw std::logic_error("basic_string::_M_construct null not valid");
     }
     return word;
 }
 
-Matches matchRootWord(const SyntaxGraph& graph, const std::string& name)
+/// The members of a graph that tell what the first word of a line stands for.
+struct FirstWords
 {
-    const auto command = graph.commandNodes.find(name);
-    if (command != graph.commandNodes.end() && command->second) {
-        return {&command->second, false};
+    const NodePtr& root;
+    const std::map<std::string, NodePtr>& commandNodes;
+    const std::set<std::string>& pendingCommandNames;
+
+    Matches match(const std::string& word) const
+    {
+        const auto command = commandNodes.find(word);
+        if (command != commandNodes.end()) {
+            return {&command->second};
+        }
+        return pendingCommandNames.count(word) != 0 ? matchPlaceholders(*root) : Matches();
     }
-    return graph.pendingCommandNames.count(name) != 0 ? matchPlaceholders(*graph.root) : Matches();
-}
+};
 
 /// One walk of one line through the graph.
 class LineWalk
 {
 public:
-    LineWalk(const SyntaxGraph& graph, unsigned long argc, const char* const* argv)
-        : m_graph(graph), m_argc(argc), m_argv(argv)
+    LineWalk(const FirstWords& firstWords, unsigned long argc, const char* const* argv)
+        : m_firstWords(firstWords), m_argc(argc), m_argv(argv)
     {
     }
 
-    /// Returns  the node reached from `node`; the words matched on the way are appended to `usedWords`.
-    const NodePtr* run(const NodePtr* node, std::string* usedWords)
+    /// Walks from `start` and appends the words matched on the way to `usedWords`.
+    ///
+    /// Returns  the node reached.
+    NodePtr run(const NodePtr& start, std::string* usedWords)
     {
+        const NodePtr* node = &start;
         for (unsigned long i = 0; i < m_argc; ++i) {
             const Matches matches = matchesOf(*node, i);
-            if (matches.first == nullptr) {
-                return node;
+            if (matches.areNone()) {
+                return *node;
             }
-            if (matches.several) {
-                const NodePtr* const end = search(**node, matches.first, i);
-                if (end == nullptr) {
+            if (matches.areSeveral()) {
+                NodePtr end = search(**node, matches.first, i);
+                if (!end) {
                     append(usedWords, m_argv[i]);
+                    end = (*node)->subnodes[matches.first];
                 }
-                return end != nullptr ? end : matches.first;
+                return end;
             }
-            node = matches.first;
+            node = matches.only;
             if (i + 1 == m_argc && (*node)->handler.hasFunction()) {
-                return node;
+                return *node;
             }
             append(usedWords, i == 0 ? std::string_view(m_argv[0]) : (*node)->name);
         }
-        return node;
+        return *node;
     }
 
 private:
-    /// A word that several placeholders match, the first of them, and the one to be tried next (null: none is left).
+    /// A word that several placeholders match.
     struct Choice
     {
         const Node* parent;
         unsigned long word;
-        const NodePtr* first;
-        const NodePtr* next;
+        Place first; // of the placeholders among the parent's subnodes
+        Place next;  // to be tried; the number of subnodes when all have been
     };
 
     /// A node and 64 neighbouring words. Where a line has many ways, it meets a node at one word after the other, and
     /// one bit for each of them is enough to remember.
-    struct Place
+    struct TriedWords
     {
         const Node* node;
         unsigned long words;
-        bool operator==(const Place& other) const { return node == other.node && words == other.words; }
+        bool operator==(const TriedWords& other) const { return node == other.node && words == other.words; }
     };
 
-    struct PlaceHash
+    struct TriedWordsHash
     {
-        std::size_t operator()(const Place& place) const
+        std::size_t operator()(const TriedWords& tried) const
         {
-            return std::hash<const Node*>()(place.node) ^ (place.words * 0x9E3779B97F4A7C15U);
+            return std::hash<const Node*>()(tried.node) ^ (tried.words * 0x9E3779B97F4A7C15U);
         }
     };
 
@@ -158,26 +152,28 @@ private:
 
     Matches matchesOf(const NodePtr& node, unsigned long i) const
     {
-        return node == m_graph.root ? matchRootWord(m_graph, m_argv[i]) : match(*node, textOf(m_argv[i]));
+        const std::string_view word = textOf(m_argv[i]);
+        return node == m_firstWords.root ? m_firstWords.match(std::string(word)) : match(*node, word);
     }
 
-    /// Tries the placeholders depth first, the earliest registered first. Where none of a choice leads to a handler,
-    /// the line ends at the first of them, which may have a handler itself.
+    /// Tries the placeholders depth first, the earliest registered first. Where none of an inner choice leads to a
+    /// handler, the line ends at the first of them if that has one.
     ///
-    /// Returns  the node at which the line ends; null if that is the first of the outermost choice.
-    const NodePtr* search(const Node& parent, const NodePtr* first, unsigned long word)
+    /// Returns  the node at which the line ends, which has a handler; null if no way leads to one.
+    NodePtr search(const Node& parent, Place first, unsigned long word)
     {
         std::vector<Choice> choices{{&parent, word, first, first}};
         while (!choices.empty()) {
             Choice& choice = choices.back();
-            const NodePtr* const node = choice.next;
-            if (node != nullptr) {
-                choice.next = nextPlaceholder(*choice.parent, node + 1);
-                if (const NodePtr* const end = follow(node, choice.word + 1, choices)) {
+            const auto& subnodes = choice.parent->subnodes;
+            if (choice.next < subnodes.size()) {
+                const NodePtr& node = subnodes[choice.next];
+                choice.next = choice.parent->findPlaceholder(choice.next + 1);
+                if (NodePtr end = follow(node, choice.word + 1, choices)) {
                     return end;
                 }
-            } else if (choices.size() > 1 && (*choice.first)->handler.hasFunction()) {
-                return choice.first;
+            } else if (choices.size() > 1 && subnodes[choice.first]->handler.hasFunction()) {
+                return subnodes[choice.first];
             } else {
                 choices.pop_back();
             }
@@ -185,67 +181,66 @@ private:
         return nullptr;
     }
 
-    /// Follows the line from `node` as far as there is no choice, and adds the choice that it meets to `choices`.
+    /// Follows the line from `start` as far as there is no choice, and adds the choice that it meets to `choices`.
     ///
     /// Returns  the node at which the line ends, if it has a handler; otherwise null.
-    const NodePtr* follow(const NodePtr* node, unsigned long word, std::vector<Choice>& choices)
+    NodePtr follow(const NodePtr& start, unsigned long word, std::vector<Choice>& choices)
     {
-        while (word < m_argc) {
+        const NodePtr* node = &start;
+        for (; word < m_argc; ++word) {
             if (!isNew(**node, word)) {
                 return nullptr; // has led to no handler before
             }
             const Matches matches = matchesOf(*node, word);
-            if (matches.first == nullptr) {
+            if (matches.areNone()) {
                 break;
             }
-            if (matches.several) {
+            if (matches.areSeveral()) {
                 choices.push_back({node->get(), word, matches.first, matches.first});
                 return nullptr;
             }
-            node = matches.first;
-            ++word;
+            node = matches.only;
         }
-        return (*node)->handler.hasFunction() ? node : nullptr;
+        return (*node)->handler.hasFunction() ? *node : nullptr;
     }
 
-    const SyntaxGraph& m_graph;
+    const FirstWords m_firstWords;
     unsigned long m_argc;
     const char* const* m_argv;
-    std::unordered_map<Place, std::uint64_t, PlaceHash> m_tried;
+    std::unordered_map<TriedWords, std::uint64_t, TriedWordsHash> m_tried;
 };
 
 } // namespace
 
-std::vector<std::shared_ptr<Node>> Node::findMatchingSubnodes(const std::string& word) const
+std::vector<NodePtr> SyntaxGraph::findMatchingRootSubnodes(const std::string& word) const
 {
-    return listOf(*this, match(*this, word));
+    const Matches matches = FirstWords{root, commandNodes, pendingCommandNames}.match(word);
+    if (matches.areSeveral()) {
+        return root->placeholders();
+    }
+    return matches.areNone() ? std::vector<NodePtr>() : std::vector<NodePtr>{*matches.only};
 }
 
-std::vector<std::shared_ptr<Node>> SyntaxGraph::findMatchingRootSubnodes(const std::string& word) const
+NodePtr SyntaxGraph::findCommandArguments(NodePtr node, std::string* usedWords, unsigned long argc,
+                                          const char* const* argv) const
 {
-    return listOf(*root, matchRootWord(*this, word));
-}
-
-std::shared_ptr<Node> SyntaxGraph::findCommandArguments(std::shared_ptr<Node> node, std::string* usedWords,
-                                                        unsigned long argc, const char* const* argv) const
-{
-    return *LineWalk(*this, argc, argv).run(&node, usedWords);
+    return LineWalk({root, commandNodes, pendingCommandNames}, argc, argv).run(node, usedWords);
 }
 
 const ShellCommandFunction* SyntaxGraph::dispatchCommand(unsigned long argc, const char* const* argv,
                                                          std::ostream& out) const
 {
-    return findHandler(argc, argv, out).get();
+    const NodePtr found = findCommand(argc, argv, out);
+    return found ? &found->handler : nullptr;
 }
 
-std::shared_ptr<const ShellCommandFunction> SyntaxGraph::findHandler(unsigned long argc, const char* const* argv,
-                                                                     std::ostream& out) const
+NodePtr SyntaxGraph::findCommand(unsigned long argc, const char* const* argv, std::ostream& out) const
 {
-    const std::lock_guard<std::mutex> lock(mutex);
+    const ExclusiveLock lock(mutex);
     std::string usedWords;
-    const NodePtr found = findCommandArguments(root, &usedWords, argc, argv);
+    NodePtr found = findCommandArguments(root, &usedWords, argc, argv);
     if (found && found->handler.hasFunction()) {
-        return {found, &found->handler};
+        return found;
     }
     out << "Usage: " << usedWords;
     if (argc != 0 && textOf(argv[0]) == "pelm") {

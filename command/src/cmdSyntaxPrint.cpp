@@ -16,8 +16,6 @@ namespace Corvane::CmdTableHelper {
 
 namespace {
 
-using NodePtr = std::shared_ptr<Node>;
-
 /// Nobody reads a longer usage. Without a limit, that of a cyclic graph could double with each word before it ends.
 constexpr std::size_t maxWords = 65536;
 
@@ -289,27 +287,26 @@ private:
 
 } // namespace
 
-void SyntaxGraph::printSyntax(std::shared_ptr<Node> node, std::ostream& out)
+void SyntaxGraph::printSyntax(NodePtr node, std::ostream& out)
 {
     if (node) {
         Printer(out).printSyntax(node);
     }
 }
 
-void SyntaxGraph::printPelmSyntax(std::shared_ptr<Node> node, std::ostream& out)
+void SyntaxGraph::printPelmSyntax(NodePtr node, std::ostream& out)
 {
     if (node) {
         Printer(out).printPelmSyntax(node);
     }
 }
 
-std::shared_ptr<Node> SyntaxGraph::printSimpleSubNodes(std::shared_ptr<Node> node, std::ostream& out)
+NodePtr SyntaxGraph::printSimpleSubNodes(NodePtr node, std::ostream& out)
 {
     return node ? Printer(out).printGroup(Level::toTheEnd(), node) : nullptr;
 }
 
-std::shared_ptr<Node> SyntaxGraph::printSubNodes(std::shared_ptr<Node> from, std::shared_ptr<Node> stop,
-                                                 std::ostream& out)
+NodePtr SyntaxGraph::printSubNodes(NodePtr from, NodePtr stop, std::ostream& out)
 {
     return from ? Printer(out).printGroup(Level::upTo(stop.get()), from) : nullptr;
 }

@@ -75,7 +75,7 @@ void CmdTableHelperImpl::end()
     // are released while all members still exist, and without a lock.
     decltype(m_hooks) doomed;
     {
-        const std::lock_guard<std::mutex> lock(m_hookMutex);
+        const ExclusiveLock lock(m_hookMutex);
         m_hasEnded = true;
         doomed.swap(m_hooks);
     }
@@ -104,8 +104,8 @@ int CmdTableHelperImpl::executeCmd(const std::vector<std::string>& words, std::o
     for (const std::string& word : words) {
         argv.push_back(word.c_str());
     }
-    const auto function = m_syntaxGraph.findHandler(argv.size(), argv.data(), out);
-    if (!function) {
+    const NodePtr command = m_syntaxGraph.findCommand(argv.size(), argv.data(), out);
+    if (!command) {
         return noSuchCommand;
     }
     Trace::trace1(__FILE__, 150, [&](std::ostream& msg) {
@@ -117,7 +117,7 @@ int CmdTableHelperImpl::executeCmd(const std::vector<std::string>& words, std::o
         }
     });
     const int argc = static_cast<int>(argv.size());
-    const int result = function->callCommandHandlerFunction(argc, argv.data(), out);
+    const int result = command->handler.callCommandHandlerFunction(argc, argv.data(), out);
     invokePostExecutionHooks(result, argc, argv.data());
     return result;
 }
@@ -147,7 +147,7 @@ int CmdTableHelperImpl::cmdHelp(const std::vector<std::string>& words, std::ostr
 
 unsigned int CmdTableHelperImpl::registerPostExecutionHook(const Hook& hook)
 {
-    const std::lock_guard<std::mutex> lock(m_hookMutex);
+    const ExclusiveLock lock(m_hookMutex);
     // The counter may come round. A hook that is still registered then keeps its id.
     do {
         ++m_hookCounter;
@@ -161,18 +161,18 @@ unsigned int CmdTableHelperImpl::registerPostExecutionHook(const Hook& hook)
 void CmdTableHelperImpl::deregisterPostExecutionHook(unsigned int id)
 {
     decltype(m_hooks)::node_type removed; // released after the mutex: a hook's end may use the service
-    const std::lock_guard<std::mutex> lock(m_hookMutex);
+    const ExclusiveLock lock(m_hookMutex);
     removed = m_hooks.extract(id);
 }
 
 void CmdTableHelperImpl::invokePostExecutionHooks(int result, int argc, const char* const* argv)
 {
     const auto hooks = [this] {
-        const std::lock_guard<std::mutex> lock(m_hookMutex);
+        const ExclusiveLock lock(m_hookMutex);
         return m_hooks;
     }();
     const auto isRegistered = [this](unsigned int id) {
-        const std::lock_guard<std::mutex> lock(m_hookMutex);
+        const ExclusiveLock lock(m_hookMutex);
         return m_hooks.count(id) != 0;
     };
     for (const auto& [id, hook] : hooks) {

@@ -5,13 +5,13 @@
 #include <functional>
 #include <iosfwd>
 #include <map>
-#include <mutex>
 #include <string>
 #include <vector>
 
 #include <command/cmdDefinitions.h>
 
 #include "command/src/cmdSyntax.h"
+#include "sync/mutex.h"
 
 namespace Corvane::CmdTableHelper::V2 {
 
@@ -55,13 +55,13 @@ public:
 private:
     friend struct CmdTableHelperTestAccess;
 
-    // The order of the members is relied upon.
+    // A test pins the order of the members: tools on the unit read this object.
     SyntaxGraph m_syntaxGraph;
 
-    unsigned int m_hookCounter = 0;       // the id given last; guarded by m_hookMutex
-    bool m_hasEnded = false;              // guarded by m_hookMutex
-    std::map<unsigned int, Hook> m_hooks; // guarded by m_hookMutex
-    std::mutex m_hookMutex;
+    unsigned int m_hookCounter CORVANE_GUARDED_BY(m_hookMutex) = 0; // the id given last
+    bool m_hasEnded CORVANE_GUARDED_BY(m_hookMutex) = false;
+    std::map<unsigned int, Hook> m_hooks CORVANE_GUARDED_BY(m_hookMutex);
+    Mutex m_hookMutex;
 };
 
 } // namespace Corvane::CmdTableHelper::V2

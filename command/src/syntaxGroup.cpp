@@ -11,6 +11,12 @@ namespace {
 /// would otherwise double with every optional group that holds an optional group.
 constexpr std::size_t maxExitsWithDuplicates = 1024;
 
+/// Returns  the nodes of a list: taken out of it if nobody else holds it, otherwise copied.
+NodeList taken(const std::shared_ptr<NodeList>& list)
+{
+    return list.use_count() == 1 ? std::move(*list) : NodeList(*list);
+}
+
 } // namespace
 
 void NodeList::append(NodeList&& later)
@@ -55,28 +61,31 @@ void NodeList::keepFirstOccurrences()
 
 void SyntaxGroup::addExits(const SharedNodes& alternative)
 {
-    if (m_mayBeSkipped) {
-        m_mayBeSkipped = false;
-        m_startIsExit = true;
-        add(NodeList(*m_start));
+    const bool isEmpty = alternative == m_start;
+    if (isEmpty && m_startIsExit && !m_keepsDuplicates) {
+        return;
     }
-    if (alternative == m_start) { // an empty alternative
-        if (m_startIsExit && !m_keepsDuplicates) {
-            return;
-        }
-        m_startIsExit = true;
-    }
-    // The nodes of a list that only the caller holds are taken, not copied: the caller goes on with another list.
-    add(alternative.use_count() == 1 ? std::move(*alternative) : NodeList(*alternative));
+    m_startIsExit = m_startIsExit || isEmpty;
+    add(m_exits, taken(alternative));
 }
 
-void SyntaxGroup::add(NodeList&& nodes)
+SyntaxGroup::SharedNodes SyntaxGroup::takeExits()
 {
-    m_keepsDuplicates = m_keepsDuplicates && m_exits.size() + nodes.size() <= maxExitsWithDuplicates;
+    if (!m_isOptional) {
+        return std::make_shared<NodeList>(std::move(m_exits));
+    }
+    const auto exits = std::make_shared<NodeList>(taken(m_start));
+    add(*exits, std::move(m_exits));
+    return exits;
+}
+
+void SyntaxGroup::add(NodeList& nodes, NodeList&& later)
+{
+    m_keepsDuplicates = m_keepsDuplicates && nodes.size() + later.size() <= maxExitsWithDuplicates;
     if (m_keepsDuplicates) {
-        m_exits.append(std::move(nodes));
+        nodes.append(std::move(later));
     } else {
-        m_exits.appendNew(std::move(nodes));
+        nodes.appendNew(std::move(later));
     }
 }
 

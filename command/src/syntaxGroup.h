@@ -8,16 +8,16 @@
 #include <unordered_map>
 #include <vector>
 
-namespace Corvane::CmdTableHelper {
+#include "command/src/node.h"
 
-class Node;
+namespace Corvane::CmdTableHelper {
 
 /// A list of nodes that is joined to others in the time that the shorter of the two takes: each of a hundred thousand
 /// nested groups hands all of its exits on to the group around it.
 class NodeList
 {
 public:
-    using Frontier = std::vector<std::shared_ptr<Node>>;
+    using Frontier = std::vector<NodePtr>;
 
     NodeList() = default;
     explicit NodeList(const Frontier& nodes) : m_nodes(nodes.begin(), nodes.end()) {}
@@ -29,6 +29,7 @@ public:
 
     std::size_t size() const { return m_nodes.size(); }
     Frontier frontier() const { return {m_nodes.begin(), m_nodes.end()}; }
+    const std::list<NodePtr>& nodes() const { return m_nodes; }
 
     /// Adds the nodes of `later`, which is left empty.
     void append(NodeList&& later);
@@ -39,9 +40,9 @@ public:
 private:
     void keepFirstOccurrences();
 
-    std::list<std::shared_ptr<Node>> m_nodes;
+    std::list<NodePtr> m_nodes;
     // Where each node stands in a list that is known to hold none twice; empty while that is not known.
-    std::unordered_map<const Node*, std::list<std::shared_ptr<Node>>::iterator> m_places;
+    std::unordered_map<const Node*, std::list<NodePtr>::iterator> m_places;
 };
 
 /// A group that was opened and not closed yet. Frontiers are replaced, not changed, while a sequence is read, so that
@@ -52,7 +53,10 @@ public:
     using SharedNodes = std::shared_ptr<NodeList>;
 
     /// Opens a group after the nodes of `start`; if `optional`, it may be left there.
-    SyntaxGroup(SharedNodes start, bool optional) : m_start(std::move(start)), m_mayBeSkipped(optional) {}
+    SyntaxGroup(SharedNodes start, bool optional)
+        : m_start(std::move(start)), m_isOptional(optional), m_startIsExit(optional)
+    {
+    }
 
     /// The nodes after which each alternative begins.
     const SharedNodes& start() const { return m_start; }
@@ -61,16 +65,19 @@ public:
     /// holds.
     void addExits(const SharedNodes& alternative);
 
-    /// Returns  the nodes at which the group may be left, after its last alternative.
-    SharedNodes takeExits() { return std::make_shared<NodeList>(std::move(m_exits)); }
+    /// Ends the group.
+    ///
+    /// Returns  the nodes at which it may be left.
+    SharedNodes takeExits();
 
 private:
-    void add(NodeList&& nodes);
+    /// Adds `later` to `nodes`.
+    void add(NodeList& nodes, NodeList&& later);
 
     SharedNodes m_start;
-    bool m_mayBeSkipped; // and the exits lack the start so far
-    bool m_startIsExit = false;
-    NodeList m_exits;
+    const bool m_isOptional;
+    bool m_startIsExit;
+    NodeList m_exits; // of the alternatives so far
     bool m_keepsDuplicates = true;
 };
 

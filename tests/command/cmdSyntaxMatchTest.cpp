@@ -24,7 +24,7 @@ struct Walked
 Walked walk(const SyntaxGraph& graph, const std::vector<const char*>& words)
 {
     Walked walked;
-    walked.node = graph.findCommandArguments(graph.root, &walked.usedWords, words.size(), words.data());
+    walked.node = walkFrom(graph, rootOf(graph), &walked.usedWords, words.size(), words.data());
     return walked;
 }
 
@@ -40,7 +40,7 @@ TEST_F(DispatchOfShow, FindsTheHandlerOfACompleteLine)
     EXPECT_EQ(dispatch(graph, {"show", "a.txt", "on"}), (Dispatched{7, ""}));
     std::ostringstream out;
     const char* const argv[] = {"show", "a.txt", "on"};
-    EXPECT_EQ(graph.dispatchCommand(3, argv, out), &at(graph.root, {"show", "<file>", "on"})->handler);
+    EXPECT_EQ(graph.dispatchCommand(3, argv, out), &at(rootOf(graph), {"show", "<file>", "on"})->handler);
 }
 
 TEST_F(DispatchOfShow, PrefersAKeywordToThePlaceholder)
@@ -111,10 +111,10 @@ TEST(Dispatch, OfAGraphThatHasEndedFindsNothing)
     add(graph, "x", {"x"});
     std::ostringstream out;
     const char* const argv[] = {"x"};
-    const auto handler = graph.findHandler(1, argv, out);
+    const NodePtr command = graph.findCommand(1, argv, out);
     graph.end();
     graph.end();
-    EXPECT_EQ(resultOf(*handler), 1) << "a handler that was found lives on";
+    EXPECT_EQ(resultOf(command->handler), 1) << "a command that was found lives on";
     add(graph, "x", {"x", "<a>"});
     add(graph, "pelm", {});
     EXPECT_EQ(dispatch(graph, {"x"}), (Dispatched{-1, "Usage: \n\n"}));
@@ -155,8 +155,8 @@ TEST(Dispatch, LeadsACommandNameToThePlaceholderItIsBoundTo)
     EXPECT_EQ(dispatch(graph, {"run", "fast"}), (Dispatched{1, ""}));
     EXPECT_EQ(dispatch(graph, {"run"}), (Dispatched{-1, "Usage: run <argument> \n\n"}));
     EXPECT_EQ(dispatch(graph, {"walk", "fast"}), (Dispatched{-1, "Usage: <program> <argument> \n\n"}));
-    EXPECT_THAT(namesOf(graph.findMatchingRootSubnodes("run")), ElementsAre("<program>"));
-    EXPECT_THAT(graph.findMatchingRootSubnodes("walk"), IsEmpty());
+    EXPECT_THAT(namesOf(matchingRootSubnodes(graph, "run")), ElementsAre("<program>"));
+    EXPECT_THAT(matchingRootSubnodes(graph, "walk"), IsEmpty());
 }
 
 TEST(Dispatch, TriesEveryPlaceholderOfTheRootForAPendingName)
@@ -164,7 +164,7 @@ TEST(Dispatch, TriesEveryPlaceholderOfTheRootForAPendingName)
     SyntaxGraph graph;
     add(graph, "", {"<a> one", "<b> two"});
     add(graph, "run", {});
-    EXPECT_THAT(namesOf(graph.findMatchingRootSubnodes("run")), ElementsAre("<a>", "<b>"));
+    EXPECT_THAT(namesOf(matchingRootSubnodes(graph, "run")), ElementsAre("<a>", "<b>"));
     EXPECT_EQ(dispatch(graph, {"run", "one"}), (Dispatched{1, ""}));
     EXPECT_EQ(dispatch(graph, {"run", "two"}), (Dispatched{2, ""}));
     EXPECT_EQ(dispatch(graph, {"run", "three"}), (Dispatched{-1, "Usage: run one \n\n"}));
@@ -242,8 +242,8 @@ TEST(Walk, StaysWhereItIsWithoutWords)
     SyntaxGraph graph;
     add(graph, "x", {"x a"});
     std::string usedWords = "kept";
-    const NodePtr x = at(graph.root, {"x"});
-    EXPECT_EQ(graph.findCommandArguments(x, &usedWords, 0, nullptr), x);
+    const NodePtr x = at(rootOf(graph), {"x"});
+    EXPECT_EQ(walkFrom(graph, x, &usedWords, 0, nullptr), x);
     EXPECT_EQ(usedWords, "kept");
 }
 
@@ -253,7 +253,7 @@ TEST(Walk, AppendsTheWordsAsTheSynopsisWritesThem)
     add(graph, "x", {"x <a> y <b> z"});
     const Walked walked = walk(graph, {"x", "1", "y", "2"});
     EXPECT_EQ(walked.usedWords, "x <a> y <b> ");
-    EXPECT_EQ(walked.node, at(graph.root, {"x", "<a>", "y", "<b>"}));
+    EXPECT_EQ(walked.node, at(rootOf(graph), {"x", "<a>", "y", "<b>"}));
 }
 
 TEST(Walk, AppendsTheFirstWordAsItWasTyped)
@@ -276,11 +276,11 @@ TEST(Walk, StartsAtAnyNodeAndNeedsNoUsedWords)
     SyntaxGraph graph;
     add(graph, "x", {"x <a> y"});
     const char* const words[] = {"1", "y"};
-    const NodePtr x = at(graph.root, {"x"});
-    EXPECT_EQ(graph.findCommandArguments(x, nullptr, 2, words), at(x, {"<a>", "y"}));
+    const NodePtr x = at(rootOf(graph), {"x"});
+    EXPECT_EQ(walkFrom(graph, x, nullptr, 2, words), at(x, {"<a>", "y"}));
     std::string usedWords;
     // The first word is appended as typed, wherever the walk starts.
-    graph.findCommandArguments(x, &usedWords, 1, words);
+    walkFrom(graph, x, &usedWords, 1, words);
     EXPECT_EQ(usedWords, "1 ");
 }
 

@@ -19,7 +19,7 @@ std::pair<std::string, std::string> printed(const std::vector<std::string>& syno
 {
     SyntaxGraph graph;
     add(graph, "x", synopses);
-    const NodePtr node = at(graph.root, path);
+    const NodePtr node = at(rootOf(graph), path);
     return {syntaxFrom(node), pelmSyntaxFrom(node)};
 }
 
@@ -115,7 +115,7 @@ TEST(PrintPelmSyntax, EndsAGroupWhereANestedPrintEndsAtALeaf)
 {
     // Inside the group the first of two words is a leaf: nothing follows it that could be the group's end.
     SyntaxGraph graph;
-    const NodePtr x = graph.root->addNewSubnode("x");
+    const NodePtr x = rootOf(graph)->addNewSubnode("x");
     const NodePtr a = x->addNewSubnode("<a>");
     x->addNewSubnode("<b>");
     a->addNewSubnode("c")->addNewSubnode("d");
@@ -127,7 +127,7 @@ TEST(PrintSubNodes, WritesUpToTheStop)
 {
     SyntaxGraph graph;
     add(graph, "x", {"x a b c d"});
-    const NodePtr x = at(graph.root, {"x"});
+    const NodePtr x = at(rootOf(graph), {"x"});
     std::ostringstream out;
     EXPECT_EQ(SyntaxGraph::printSubNodes(x, at(x, {"a", "b", "c"}), out), at(x, {"a", "b"}));
     EXPECT_EQ(out.str(), "x a b");
@@ -137,7 +137,7 @@ TEST(PrintSubNodes, DoesNotWriteALeafAtTheEnd)
 {
     SyntaxGraph graph;
     add(graph, "x", {"x a b"});
-    const NodePtr x = at(graph.root, {"x"});
+    const NodePtr x = at(rootOf(graph), {"x"});
     std::ostringstream out;
     EXPECT_EQ(SyntaxGraph::printSubNodes(x, nullptr, out), at(x, {"a"}));
     EXPECT_EQ(out.str(), "x a");
@@ -155,7 +155,7 @@ TEST(PrintSimpleSubNodes, HugsBracketsAndReturnsWhereItStopped)
 {
     SyntaxGraph graph;
     add(graph, "x", {"x [-l]"});
-    const NodePtr x = at(graph.root, {"x"});
+    const NodePtr x = at(rootOf(graph), {"x"});
     std::ostringstream out;
     EXPECT_EQ(SyntaxGraph::printSimpleSubNodes(x, out), at(x, {"-l"}));
     EXPECT_EQ(out.str(), "x [-l]");
@@ -165,10 +165,10 @@ TEST(UsagePrinters, EndWhereACyclicSynopsisComesBack)
 {
     SyntaxGraph graph;
     add(graph, "x", {"x [w p] w"});
-    const NodePtr x = at(graph.root, {"x"});
+    const NodePtr x = at(rootOf(graph), {"x"});
     ASSERT_EQ(at(x, {"w", "p", "w"}), at(x, {"w"}));
-    EXPECT_EQ(syntaxFrom(graph.root), "x w p w ");
-    EXPECT_EQ(pelmSyntaxFrom(graph.root), "x w [p w [p]] ");
+    EXPECT_EQ(syntaxFrom(rootOf(graph)), "x w p w ");
+    EXPECT_EQ(pelmSyntaxFrom(rootOf(graph)), "x w [p w [p]] ");
     EXPECT_EQ(syntaxFrom(at(x, {"w"})), "p w ");
     EXPECT_EQ(dispatch(graph, {"x", "w", "p"}), (Dispatched{-1, "Usage: x w p w p \n\n"}));
     EXPECT_EQ(dispatch(graph, {"x", "w", "p", "w", "p", "w"}).result, 1);

@@ -34,7 +34,7 @@ struct Parsed
     explicit Parsed(const std::string& synopsis)
     {
         const char* cursor = synopsis.c_str();
-        frontier = {graph.root};
+        frontier = {rootOf(graph)};
         end = SyntaxGraph::processVelkSyntax(cursor, frontier);
         rest = cursor;
     }
@@ -175,11 +175,11 @@ TEST(SyntaxNode, MatchesNothingWithoutAPlaceholder)
 TEST(SyntaxGraph, StartsWithTheRootOnly)
 {
     const SyntaxGraph graph;
-    EXPECT_EQ(graph.root->name, " ");
-    EXPECT_FALSE(graph.root->isArgument);
-    EXPECT_THAT(graph.root->subnodes, IsEmpty());
-    EXPECT_THAT(graph.pendingCommandNames, IsEmpty());
-    EXPECT_THAT(graph.commandNodes, IsEmpty());
+    EXPECT_EQ(rootOf(graph)->name, " ");
+    EXPECT_FALSE(rootOf(graph)->isArgument);
+    EXPECT_THAT(rootOf(graph)->subnodes, IsEmpty());
+    EXPECT_THAT(pendingNamesOf(graph), IsEmpty());
+    EXPECT_THAT(commandNodesOf(graph), IsEmpty());
 }
 
 TEST(SyntaxGraph, KeepsItsMembersInOrder)
@@ -195,8 +195,8 @@ TEST(SyntaxGraph, SharesTheNodeThatFollowsAnOptionalGroup)
 {
     SyntaxGraph graph;
     graph.addCommand("show", {{"show [-l] <file> { on | off }", returning(7)}});
-    EXPECT_THAT(subnodesOf(graph.root), ElementsAre("show"));
-    const NodePtr show = at(graph.root, {"show"});
+    EXPECT_THAT(subnodesOf(rootOf(graph)), ElementsAre("show"));
+    const NodePtr show = at(rootOf(graph), {"show"});
     EXPECT_THAT(subnodesOf(show), ElementsAre("-l", "<file>"));
     EXPECT_EQ(at(show, {"-l", "<file>"}), at(show, {"<file>"}));
     EXPECT_THAT(subnodesOf(at(show, {"-l"})), ElementsAre("<file>"));
@@ -204,10 +204,10 @@ TEST(SyntaxGraph, SharesTheNodeThatFollowsAnOptionalGroup)
     EXPECT_EQ(resultOf(at(show, {"<file>", "on"})->handler), 7);
     EXPECT_EQ(resultOf(at(show, {"<file>", "off"})->handler), 7);
     for (const auto& path : std::vector<std::vector<std::string>>{{}, {"show"}, {"show", "-l"}, {"show", "<file>"}}) {
-        EXPECT_FALSE(at(graph.root, path)->handler.hasFunction());
+        EXPECT_FALSE(at(rootOf(graph), path)->handler.hasFunction());
     }
-    EXPECT_EQ(graph.commandNodes.at("show"), show);
-    EXPECT_THAT(graph.pendingCommandNames, IsEmpty());
+    EXPECT_EQ(commandNodesOf(graph).at("show"), show);
+    EXPECT_THAT(pendingNamesOf(graph), IsEmpty());
 
     graph.addCommand("show", {{"show dump", returning(8)}});
     EXPECT_THAT(subnodesOf(show), ElementsAre("-l", "<file>", "dump"));
@@ -218,9 +218,9 @@ TEST(SyntaxGraph, StopsAtATopLevelBar)
 {
     SyntaxGraph graph;
     add(graph, "a", {"a|b"});
-    EXPECT_THAT(subnodesOf(graph.root), ElementsAre("a"));
-    EXPECT_THAT(subnodesOf(at(graph.root, {"a"})), IsEmpty());
-    EXPECT_EQ(resultOf(at(graph.root, {"a"})->handler), 1);
+    EXPECT_THAT(subnodesOf(rootOf(graph)), ElementsAre("a"));
+    EXPECT_THAT(subnodesOf(at(rootOf(graph), {"a"})), IsEmpty());
+    EXPECT_EQ(resultOf(at(rootOf(graph), {"a"})->handler), 1);
 }
 
 TEST(SyntaxGraph, StopsAtATopLevelClosingBracket)
@@ -238,14 +238,14 @@ TEST(SyntaxGraph, GivesAHandlerToEveryEndOfASynopsis)
 {
     SyntaxGraph graph;
     add(graph, "x", {"x [-l]"});
-    EXPECT_EQ(resultOf(at(graph.root, {"x"})->handler), 1);
-    EXPECT_EQ(resultOf(at(graph.root, {"x", "-l"})->handler), 1);
+    EXPECT_EQ(resultOf(at(rootOf(graph), {"x"})->handler), 1);
+    EXPECT_EQ(resultOf(at(rootOf(graph), {"x", "-l"})->handler), 1);
 
     SyntaxGraph choice;
     add(choice, "x", {"x { -a | -b }"});
-    EXPECT_FALSE(at(choice.root, {"x"})->handler.hasFunction());
-    EXPECT_EQ(resultOf(at(choice.root, {"x", "-a"})->handler), 1);
-    EXPECT_EQ(resultOf(at(choice.root, {"x", "-b"})->handler), 1);
+    EXPECT_FALSE(at(rootOf(choice), {"x"})->handler.hasFunction());
+    EXPECT_EQ(resultOf(at(rootOf(choice), {"x", "-a"})->handler), 1);
+    EXPECT_EQ(resultOf(at(rootOf(choice), {"x", "-b"})->handler), 1);
 }
 
 TEST(SyntaxGraph, KeepsDuplicatesInTheFrontier)
@@ -259,7 +259,7 @@ TEST(SyntaxGraph, AttachesAFollowingWordOnceToADuplicate)
 {
     SyntaxGraph graph;
     add(graph, "x", {"x [ [ y ] ] z"});
-    const NodePtr x = at(graph.root, {"x"});
+    const NodePtr x = at(rootOf(graph), {"x"});
     EXPECT_THAT(subnodesOf(x), ElementsAre("y", "z"));
     EXPECT_EQ(at(x, {"y", "z"}), at(x, {"z"}));
 }
@@ -268,7 +268,7 @@ TEST(SyntaxGraph, MakesAThirdNodeForARepeatedOptionalWord)
 {
     SyntaxGraph graph;
     add(graph, "a", {"a [a] a"});
-    const NodePtr first = at(graph.root, {"a"});
+    const NodePtr first = at(rootOf(graph), {"a"});
     const NodePtr second = at(first, {"a"});
     const NodePtr third = at(second, {"a"});
     ASSERT_TRUE(third);
@@ -283,7 +283,7 @@ TEST(SyntaxGraph, LeavesAParentAloneThatHasAnotherNodeOfThatName)
 {
     SyntaxGraph graph;
     add(graph, "x", {"x b c", "x [a|b] c"});
-    const NodePtr x = at(graph.root, {"x"});
+    const NodePtr x = at(rootOf(graph), {"x"});
     EXPECT_THAT(subnodesOf(x), ElementsAre("b", "a", "c"));
     // "b" had a "c" of its own before; "x" and "a" share the new one.
     EXPECT_EQ(at(x, {"a", "c"}), at(x, {"c"}));
@@ -295,8 +295,8 @@ TEST(SyntaxGraph, GivesTheRootTheHandlerOfAnEmptySynopsis)
     for (const char* synopsis : {"", "  ", "| a", "[ ]"}) {
         SyntaxGraph graph;
         add(graph, "x", {synopsis});
-        EXPECT_EQ(resultOf(graph.root->handler), 1) << synopsis;
-        EXPECT_THAT(graph.root->subnodes, IsEmpty()) << synopsis;
+        EXPECT_EQ(resultOf(rootOf(graph)->handler), 1) << synopsis;
+        EXPECT_THAT(rootOf(graph)->subnodes, IsEmpty()) << synopsis;
     }
 }
 
@@ -304,26 +304,26 @@ TEST(SyntaxGraph, ReadsAPlaceholderWithBlanksAsOneWord)
 {
     SyntaxGraph graph;
     add(graph, "get", {"get <a b>", "get <a"});
-    EXPECT_THAT(subnodesOf(at(graph.root, {"get"})), ElementsAre("<a b>", "<a"));
-    EXPECT_TRUE(at(graph.root, {"get", "<a b>"})->isArgument);
-    EXPECT_FALSE(at(graph.root, {"get", "<a"})->isArgument);
+    EXPECT_THAT(subnodesOf(at(rootOf(graph), {"get"})), ElementsAre("<a b>", "<a"));
+    EXPECT_TRUE(at(rootOf(graph), {"get", "<a b>"})->isArgument);
+    EXPECT_FALSE(at(rootOf(graph), {"get", "<a"})->isArgument);
 }
 
 TEST(SyntaxGraph, DoesNotMatchAClosingBracketWithTheOpeningOne)
 {
     SyntaxGraph graph;
     add(graph, "o", {"o [ x } y"});
-    EXPECT_THAT(subnodesOf(at(graph.root, {"o"})), ElementsAre("x", "y"));
-    EXPECT_EQ(at(graph.root, {"o", "x", "y"}), at(graph.root, {"o", "y"}));
+    EXPECT_THAT(subnodesOf(at(rootOf(graph), {"o"})), ElementsAre("x", "y"));
+    EXPECT_EQ(at(rootOf(graph), {"o", "x", "y"}), at(rootOf(graph), {"o", "y"}));
 }
 
 TEST(SyntaxGraph, ClosesEveryGroupAtTheEndOfTheText)
 {
     SyntaxGraph graph;
     add(graph, "x", {"x [ a { b"});
-    EXPECT_TRUE(at(graph.root, {"x"})->handler.hasFunction());
-    EXPECT_FALSE(at(graph.root, {"x", "a"})->handler.hasFunction());
-    EXPECT_TRUE(at(graph.root, {"x", "a", "b"})->handler.hasFunction());
+    EXPECT_TRUE(at(rootOf(graph), {"x"})->handler.hasFunction());
+    EXPECT_FALSE(at(rootOf(graph), {"x", "a"})->handler.hasFunction());
+    EXPECT_TRUE(at(rootOf(graph), {"x", "a", "b"})->handler.hasFunction());
 }
 
 TEST(SyntaxGraph, MergesCommonPrefixesAcrossCommands)
@@ -331,66 +331,66 @@ TEST(SyntaxGraph, MergesCommonPrefixesAcrossCommands)
     SyntaxGraph graph;
     add(graph, "show", {"show a"});
     add(graph, "list", {"show b"});
-    EXPECT_THAT(subnodesOf(graph.root), ElementsAre("show"));
-    EXPECT_THAT(subnodesOf(at(graph.root, {"show"})), ElementsAre("a", "b"));
+    EXPECT_THAT(subnodesOf(rootOf(graph)), ElementsAre("show"));
+    EXPECT_THAT(subnodesOf(at(rootOf(graph), {"show"})), ElementsAre("a", "b"));
 }
 
 TEST(SyntaxGraph, ReplacesAHandlerByTheLaterSynopsisThatEndsThere)
 {
     SyntaxGraph graph;
     add(graph, "x", {"x a", "x [b] a"});
-    EXPECT_EQ(resultOf(at(graph.root, {"x", "a"})->handler), 2);
+    EXPECT_EQ(resultOf(at(rootOf(graph), {"x", "a"})->handler), 2);
 }
 
 TEST(CommandNames, AreResolvedByAFirstWordOfTheirOwn)
 {
     SyntaxGraph graph;
     add(graph, "x", {"x a"});
-    EXPECT_EQ(graph.commandNodes.at("x"), at(graph.root, {"x"}));
-    EXPECT_THAT(graph.pendingCommandNames, IsEmpty());
+    EXPECT_EQ(commandNodesOf(graph).at("x"), at(rootOf(graph), {"x"}));
+    EXPECT_THAT(pendingNamesOf(graph), IsEmpty());
 }
 
 TEST(CommandNames, StayPendingUntilALaterCommandBringsTheirFirstWord)
 {
     SyntaxGraph graph;
     add(graph, "b", {"a one"});
-    EXPECT_THAT(graph.pendingCommandNames, ElementsAre("b"));
-    EXPECT_THAT(graph.commandNodes, IsEmpty());
+    EXPECT_THAT(pendingNamesOf(graph), ElementsAre("b"));
+    EXPECT_THAT(commandNodesOf(graph), IsEmpty());
     add(graph, "a", {"b two"});
-    EXPECT_THAT(graph.pendingCommandNames, IsEmpty());
-    EXPECT_EQ(graph.commandNodes.at("a"), at(graph.root, {"a"}));
-    EXPECT_EQ(graph.commandNodes.at("b"), at(graph.root, {"b"}));
+    EXPECT_THAT(pendingNamesOf(graph), IsEmpty());
+    EXPECT_EQ(commandNodesOf(graph).at("a"), at(rootOf(graph), {"a"}));
+    EXPECT_EQ(commandNodesOf(graph).at("b"), at(rootOf(graph), {"b"}));
 }
 
 TEST(CommandNames, FollowTheOnlyPlaceholderAndStayPending)
 {
     SyntaxGraph graph;
     add(graph, "run", {"<program> <argument>"});
-    EXPECT_THAT(graph.pendingCommandNames, ElementsAre("run"));
-    EXPECT_EQ(graph.commandNodes.at("run"), at(graph.root, {"<program>"}));
+    EXPECT_THAT(pendingNamesOf(graph), ElementsAre("run"));
+    EXPECT_EQ(commandNodesOf(graph).at("run"), at(rootOf(graph), {"<program>"}));
 
     // With a second placeholder the name could mean either: its entry stays as it was.
     add(graph, "walk", {"<other>"});
-    EXPECT_THAT(graph.pendingCommandNames, ElementsAre("run", "walk"));
-    EXPECT_EQ(graph.commandNodes.at("run"), at(graph.root, {"<program>"}));
-    EXPECT_EQ(graph.commandNodes.count("walk"), 0U);
+    EXPECT_THAT(pendingNamesOf(graph), ElementsAre("run", "walk"));
+    EXPECT_EQ(commandNodesOf(graph).at("run"), at(rootOf(graph), {"<program>"}));
+    EXPECT_EQ(commandNodesOf(graph).count("walk"), 0U);
 
     // A first word of its own takes the entry over and settles it.
     add(graph, "", {"run fast"});
-    EXPECT_THAT(graph.pendingCommandNames, ElementsAre("walk"));
-    EXPECT_EQ(graph.commandNodes.at("run"), at(graph.root, {"run"}));
+    EXPECT_THAT(pendingNamesOf(graph), ElementsAre("walk"));
+    EXPECT_EQ(commandNodesOf(graph).at("run"), at(rootOf(graph), {"run"}));
 }
 
 TEST(CommandNames, ThatAreEmptyAddNothingButHaveThePendingOnesLookedAt)
 {
     SyntaxGraph graph;
     add(graph, "late", {"early"});
-    ASSERT_THAT(graph.pendingCommandNames, ElementsAre("late"));
-    graph.root->addNewSubnode("late");
-    graph.registerCommandName("");
-    EXPECT_THAT(graph.pendingCommandNames, IsEmpty());
-    EXPECT_EQ(graph.commandNodes.size(), 1U);
-    EXPECT_EQ(graph.commandNodes.at("late"), at(graph.root, {"late"}));
+    ASSERT_THAT(pendingNamesOf(graph), ElementsAre("late"));
+    rootOf(graph)->addNewSubnode("late");
+    registerName(graph, "");
+    EXPECT_THAT(pendingNamesOf(graph), IsEmpty());
+    EXPECT_EQ(commandNodesOf(graph).size(), 1U);
+    EXPECT_EQ(commandNodesOf(graph).at("late"), at(rootOf(graph), {"late"}));
 }
 
 TEST(CommandNames, AreNotPendingAgainOnceResolved)
@@ -398,8 +398,8 @@ TEST(CommandNames, AreNotPendingAgainOnceResolved)
     SyntaxGraph graph;
     add(graph, "x", {"x a"});
     add(graph, "x", {"y b"});
-    EXPECT_THAT(graph.pendingCommandNames, IsEmpty());
-    EXPECT_EQ(graph.commandNodes.at("x"), at(graph.root, {"x"}));
+    EXPECT_THAT(pendingNamesOf(graph), IsEmpty());
+    EXPECT_EQ(commandNodesOf(graph).at("x"), at(rootOf(graph), {"x"}));
 }
 
 TEST(CommandNames, OfASettledPlaceholderAreNotPendingAgain)
@@ -407,17 +407,17 @@ TEST(CommandNames, OfASettledPlaceholderAreNotPendingAgain)
     SyntaxGraph graph;
     add(graph, "<p>", {"<p> a"});
     add(graph, "<q>", {"<q> b"});
-    const auto pending = graph.pendingCommandNames;
+    const auto pending = pendingNamesOf(graph);
     add(graph, "<p>", {"<p> c"});
-    EXPECT_EQ(graph.pendingCommandNames, pending);
+    EXPECT_EQ(pendingNamesOf(graph), pending);
 }
 
 TEST(CommandNames, OfATableWithoutSynopsesStayPending)
 {
     SyntaxGraph graph;
     add(graph, "empty", {});
-    EXPECT_THAT(graph.pendingCommandNames, ElementsAre("empty"));
-    EXPECT_THAT(graph.root->subnodes, IsEmpty());
+    EXPECT_THAT(pendingNamesOf(graph), ElementsAre("empty"));
+    EXPECT_THAT(rootOf(graph)->subnodes, IsEmpty());
 }
 
 } // namespace

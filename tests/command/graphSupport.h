@@ -2,8 +2,10 @@
 #ifndef CORVANE_TESTS_COMMAND_GRAPHSUPPORT_H
 #define CORVANE_TESTS_COMMAND_GRAPHSUPPORT_H
 
+#include <map>
 #include <memory>
 #include <ostream>
+#include <set>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -12,7 +14,44 @@
 
 namespace Corvane::CmdTableHelper::Testing {
 
-using NodePtr = std::shared_ptr<Node>;
+// Looks into a graph, and calls of operations that the graph itself makes under its mutex.
+
+inline NodePtr rootOf(const SyntaxGraph& graph)
+{
+    const ExclusiveLock lock(graph.mutex);
+    return graph.root;
+}
+
+inline std::set<std::string> pendingNamesOf(const SyntaxGraph& graph)
+{
+    const ExclusiveLock lock(graph.mutex);
+    return graph.pendingCommandNames;
+}
+
+inline std::map<std::string, NodePtr> commandNodesOf(const SyntaxGraph& graph)
+{
+    const ExclusiveLock lock(graph.mutex);
+    return graph.commandNodes;
+}
+
+inline void registerName(SyntaxGraph& graph, const std::string& commandName)
+{
+    const ExclusiveLock lock(graph.mutex);
+    graph.registerCommandName(commandName);
+}
+
+inline std::vector<NodePtr> matchingRootSubnodes(const SyntaxGraph& graph, const std::string& word)
+{
+    const ExclusiveLock lock(graph.mutex);
+    return graph.findMatchingRootSubnodes(word);
+}
+
+inline NodePtr walkFrom(const SyntaxGraph& graph, const NodePtr& node, std::string* usedWords, unsigned long argc,
+                        const char* const* argv)
+{
+    const ExclusiveLock lock(graph.mutex);
+    return graph.findCommandArguments(node, usedWords, argc, argv);
+}
 
 /// A handler that returns `result`, by which tests tell handlers apart.
 inline ShellCommandFunction returning(int result)

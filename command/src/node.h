@@ -1,0 +1,77 @@
+/// The nodes of the syntax graph, and how each finds its subnodes.
+#ifndef CORVANE_COMMAND_NODE_H
+#define CORVANE_COMMAND_NODE_H
+
+#include <cstddef>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "command/src/shellCommandFunction.h"
+
+namespace Corvane::CmdTableHelper {
+
+class Node;
+using NodePtr = std::shared_ptr<Node>;
+
+/// One syntax word, and the words that may follow it. Always owned by std::shared_ptr: a node that follows a group has
+/// as many parents as there are ways through the group.
+///
+/// Threads  none of its own; the graph's mutex guards the nodes.
+class Node
+{
+public:
+    explicit Node(const std::string& word);
+    ~Node();
+    Node(const Node&) = delete;
+    Node& operator=(const Node&) = delete;
+
+    /// Returns  the first subnode with that name, or an empty pointer.
+    NodePtr findExactSubnode(const std::string& subnodeName) const;
+
+    /// Returns  the subnode with that name, made and attached if there was none.
+    NodePtr addNewSubnode(const std::string& subnodeName);
+
+    /// Attaches `node` unless a subnode with its name is there already.
+    ///
+    /// Returns  `node` itself, also where it was not attached.
+    NodePtr addExistingSubnode(NodePtr node);
+
+    /// Returns  the subnodes that a typed word may stand for: the keyword with exactly that name or else every
+    ///          placeholder, in order.
+    std::vector<NodePtr> findMatchingSubnodes(const std::string& word) const;
+
+    /// Returns  every placeholder among the subnodes, in order.
+    std::vector<NodePtr> placeholders() const;
+
+    /// Returns  the subnode that is the keyword `word`, in the list of subnodes, or null.
+    const NodePtr* findKeyword(std::string_view word) const;
+
+    /// Returns  the place of the first placeholder among the subnodes from the place `from` on; if there is none, their
+    ///          number.
+    std::size_t findPlaceholder(std::size_t from) const;
+
+    /// Returns  the placeholder among the subnodes if there is exactly one; otherwise null.
+    const NodePtr* findOnlyPlaceholder() const;
+
+    /// The words that may follow, in the order in which they were first attached; no two have the same name. Only the
+    /// operations above attach any.
+    std::vector<NodePtr> subnodes;
+    /// What runs when a line ends here; holds nothing until a synopsis ends here.
+    ShellCommandFunction handler;
+    /// Whether the word stands for a value that the user types.
+    bool isArgument;
+    /// The word as it is written in the synopsis.
+    std::string name;
+
+private:
+    const NodePtr* findSubnode(std::string_view subnodeName) const;
+
+    class Index;
+    std::unique_ptr<Index> m_index; // once there are many subnodes
+};
+
+} // namespace Corvane::CmdTableHelper
+
+#endif
