@@ -55,7 +55,7 @@ public:
 private:
     friend struct CmdTableHelperTestAccess;
 
-    // A test pins the order of the members: tools on the unit read this object.
+    // A test pins the order of the members.
     SyntaxGraph m_syntaxGraph;
 
     unsigned int m_hookCounter CORVANE_GUARDED_BY(m_hookMutex) = 0; // the id given last

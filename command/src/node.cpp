@@ -16,57 +16,63 @@ bool isPlaceholder(const std::string& name)
 
 } // namespace
 
-/// A hash table of places in the list of subnodes: 8 to 16 bytes for each subnode, a sixth of what the standard
-/// containers take. A synopsis of n optional words leads from each of them to all later ones; with every word looked
-/// for among all subnodes of all words before it, registration would take n^3 steps.
+/// A hash table of places in the list of subnodes. It takes 8 to 16 bytes for each subnode; a standard container takes
+/// six times as many, and three times as long to fill.
+///
+/// Without it a synopsis of n optional words would take n^3 steps: each word leads to all later ones, and each of them
+/// would be looked for among all subnodes of the word.
 class Node::Index
 {
 public:
-    /// Fewer subnodes than this are looked through as fast as the table is asked.
+    /// Fewer nodes than this are looked through as fast as the table is asked.
     static constexpr std::size_t worthwhile = 32;
 
-    explicit Index(const std::vector<NodePtr>& subnodes) { enterAll(subnodes); }
+    explicit Index(const std::vector<NodePtr>& nodes) { enterAll(nodes); }
 
-    /// Enters the last of `subnodes`; the others are entered already.
-    void enterLast(const std::vector<NodePtr>& subnodes)
+    /// Enters the last of `nodes`; the others are entered already.
+    void enterLast(const std::vector<NodePtr>& nodes)
     {
-        if (subnodes.size() * 2 > m_slots.size()) {
-            enterAll(subnodes);
+        if (nodes.size() * 2 > m_slots.size()) {
+            enterAll(nodes);
         } else {
-            enter(subnodes, subnodes.size() - 1);
+            enter(nodes, nodes.size() - 1);
         }
     }
 
-    const NodePtr* find(const std::vector<NodePtr>& subnodes, std::string_view name) const
+    const NodePtr* find(const std::vector<NodePtr>& nodes, std::string_view word) const
     {
-        for (std::size_t slot = firstSlot(name); m_slots[slot] != 0; slot = nextSlot(slot)) {
-            const NodePtr& subnode = subnodes[m_slots[slot] - 1];
-            if (subnode->name == name) {
-                return &subnode;
+        for (std::size_t slot = firstSlot(word); m_slots[slot] != 0; slot = nextSlot(slot)) {
+            const NodePtr& node = nodes[m_slots[slot] - 1];
+            if (node->name == word) {
+                return &node;
             }
         }
         return nullptr;
     }
 
 private:
-    std::size_t firstSlot(std::string_view name) const
+    std::size_t firstSlot(std::string_view word) const
     {
-        return std::hash<std::string_view>()(name) & (m_slots.size() - 1);
+        return std::hash<std::string_view>()(word) & (m_slots.size() - 1);
     }
 
     std::size_t nextSlot(std::size_t slot) const { return (slot + 1) & (m_slots.size() - 1); }
 
-    void enterAll(const std::vector<NodePtr>& subnodes)
+    void enterAll(const std::vector<NodePtr>& nodes)
     {
-        m_slots.assign(m_slots.empty() ? 2 * worthwhile : 2 * m_slots.size(), 0);
-        for (std::size_t place = 0; place < subnodes.size(); ++place) {
-            enter(subnodes, place);
+        std::size_t slots = 2 * worthwhile;
+        while (slots < nodes.size() * 2) {
+            slots *= 2;
+        }
+        m_slots.assign(slots, 0);
+        for (std::size_t place = 0; place < nodes.size(); ++place) {
+            enter(nodes, place);
         }
     }
 
-    void enter(const std::vector<NodePtr>& subnodes, std::size_t place)
+    void enter(const std::vector<NodePtr>& nodes, std::size_t place)
     {
-        std::size_t slot = firstSlot(subnodes[place]->name);
+        std::size_t slot = firstSlot(nodes[place]->name);
         while (m_slots[slot] != 0) {
             slot = nextSlot(slot);
         }
