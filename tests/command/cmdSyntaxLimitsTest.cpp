@@ -180,6 +180,14 @@ TEST(Duplicates, OfMoreThanTheLimitAreDroppedInTheOrderOfTheFirst)
     EXPECT_THAT(namesOf(after), ElementsAre("y", "a", "b"));
 }
 
+TEST(Duplicates, OfMoreThanTheLimitKeepThePlaceOfTheFirstWhicheverListIsLonger)
+{
+    SyntaxGraph graph;
+    const std::string many = repeated("|", 1100);
+    EXPECT_THAT(namesOf(endsOf(graph, "x {" + many + "a|{b|c|a|d}}")), ElementsAre("x", "a", "b", "c", "d"));
+    EXPECT_THAT(namesOf(endsOf(graph, "x {" + many + "a|b|c|{d|b}}")), ElementsAre("x", "a", "b", "c", "d"));
+}
+
 TEST(Duplicates, DoNotMakeManyOptionalGroupsExpensive)
 {
     SyntaxGraph graph;

@@ -271,6 +271,28 @@ TEST(Walk, DoesNotAppendTheWordThatLeadsToAHandler)
     EXPECT_EQ(walk(graph, {"x", "a", "b"}).usedWords, "x a ");
 }
 
+TEST(Walk, AppendsNothingFromAChoiceOnThatLeadsToAHandler)
+{
+    SyntaxGraph graph;
+    add(graph, "x", {"x a <p> one", "x a <q> two", "x a <q>"});
+    const Walked further = walk(graph, {"x", "a", "v", "two"});
+    EXPECT_EQ(further.usedWords, "x a ");
+    EXPECT_EQ(further.node, at(rootOf(graph), {"x", "a", "<q>", "two"}));
+    const Walked last = walk(graph, {"x", "a", "v"});
+    EXPECT_EQ(last.usedWords, "x a ");
+    EXPECT_EQ(last.node, at(rootOf(graph), {"x", "a", "<q>"}));
+    EXPECT_EQ(walk(graph, {"x", "a", "v", "three", "four"}).usedWords, "x a ") << "ends at a handler before";
+}
+
+TEST(Walk, AppendsTheTypedWordOfAChoiceThatLeadsToNoHandler)
+{
+    SyntaxGraph graph;
+    add(graph, "x", {"x <p> one", "x <q> two"});
+    const Walked walked = walk(graph, {"x", "v", "three"});
+    EXPECT_EQ(walked.usedWords, "x v ");
+    EXPECT_EQ(walked.node, at(rootOf(graph), {"x", "<p>"}));
+}
+
 TEST(Walk, StartsAtAnyNodeAndNeedsNoUsedWords)
 {
     SyntaxGraph graph;

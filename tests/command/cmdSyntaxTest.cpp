@@ -340,6 +340,10 @@ TEST(SyntaxGraph, ReplacesAHandlerByTheLaterSynopsisThatEndsThere)
     SyntaxGraph graph;
     add(graph, "x", {"x a", "x [b] a"});
     EXPECT_EQ(resultOf(at(rootOf(graph), {"x", "a"})->handler), 2);
+    const Corvane::ExclusiveLock lock(graph.mutex);
+    graph.addSynopsis("x [b]", returning(3));
+    EXPECT_EQ(resultOf(at(graph.root, {"x"})->handler), 3);
+    EXPECT_EQ(resultOf(at(graph.root, {"x", "b"})->handler), 3);
 }
 
 TEST(CommandNames, AreResolvedByAFirstWordOfTheirOwn)

@@ -26,6 +26,12 @@ struct CmdTableHelperTestAccess
     {
         return {&service.m_syntaxGraph, &service.m_hookCounter, &service.m_hooks, &service.m_hookMutex};
     }
+
+    static void setHookCounter(CmdTableHelperImpl& service, unsigned int last)
+    {
+        const ExclusiveLock lock(service.m_hookMutex);
+        service.m_hookCounter = last;
+    }
 };
 
 } // namespace Corvane::CmdTableHelper::V2
@@ -83,6 +89,24 @@ TEST(CommandService, HoldsGraphCounterHooksAndMutexInThisOrder)
     const auto members = V2::CmdTableHelperTestAccess::members(service);
     EXPECT_EQ(members.front(), &service);
     EXPECT_TRUE(std::is_sorted(members.begin(), members.end()));
+}
+
+TEST(CommandService, SkipsTheIdsOfLiveHooksWhenTheirCounterComesRound)
+{
+    CmdTableHelperImpl service;
+    service.registerCmdTable("x", tableOf("x", 0));
+    std::vector<int> calls;
+    const auto add = [&](int mark) {
+        return service.registerPostExecutionHook(
+            [&calls, mark](int, int, const char* const*) { calls.push_back(mark); });
+    };
+    add(1);
+    add(2);
+    V2::CmdTableHelperTestAccess::setHookCounter(service, 0);
+    EXPECT_EQ(add(3), 3U);
+    std::ostringstream out;
+    service.executeCmd({"x"}, out);
+    EXPECT_THAT(calls, ElementsAre(1, 2, 3));
 }
 
 TEST(CommandService, IsReachedThroughItsFacade)
@@ -169,6 +193,26 @@ TEST(Execution, OfANameWithoutASynopsisFollowsAnotherCommandsPlaceholder)
     EXPECT_EQ(service.executeCmd({"swim", "x"}, out), 2) << "chosen among both";
     service.registerCmdTable("", tableOf("list x", 5));
     EXPECT_EQ(service.executeCmd({"list", "x"}, out), 5) << "taken over";
+}
+
+TEST(Execution, OfAnyUnknownCommandRunsASynopsisOfWhichNothingMustBeTyped)
+{
+    CmdTableHelperImpl service;
+    service.registerCmdTable("status", tableOf("[status]", 4));
+    std::ostringstream out;
+    EXPECT_EQ(service.executeCmd({"reboot", "now"}, out), 4);
+    EXPECT_EQ(service.executeCmd({}, out), 4);
+    EXPECT_EQ(out.str(), "");
+}
+
+TEST(Execution, OfANameThatIsAPlaceholderStaysWithTheFirstPlaceholder)
+{
+    CmdTableHelperImpl service;
+    service.registerCmdTable("<b>", tableOf("<a> x", 1));
+    service.registerCmdTable("<b>", tableOf("<b> y", 2));
+    std::ostringstream out;
+    EXPECT_EQ(service.executeCmd({"<b>", "y"}, out), 20);
+    EXPECT_EQ(out.str(), "Usage: <b> x \n\n");
 }
 
 TEST(Execution, GivesTheHandlerTheWholeLine)

@@ -68,6 +68,36 @@ TEST(CommandThreads, RegisterExecuteAndHookAtOnce)
     }
 }
 
+/// ThreadSanitizer sees whether the look-up takes the lock: nothing else orders it behind the registration.
+TEST(CommandThreads, RegisterAHookBetweenTwoHooksOfARun)
+{
+    CmdTableHelperImpl service;
+    service.registerCmdTable("x", tableOf("x", 1));
+    std::atomic<bool> inside{false};
+    std::atomic<bool> registered{false};
+    const auto waitFor = [](const std::atomic<bool>& flag) {
+        while (!flag.load(std::memory_order_relaxed)) {
+            std::this_thread::yield();
+        }
+    };
+    service.registerPostExecutionHook([&](int, int, const char* const*) {
+        inside.store(true, std::memory_order_relaxed);
+        waitFor(registered);
+    });
+    int calls = 0;
+    service.registerPostExecutionHook([&](int, int, const char* const*) { ++calls; });
+    startTogether({[&] {
+                       std::ostringstream out;
+                       service.executeCmd({"x"}, out);
+                   },
+                   [&] {
+                       waitFor(inside);
+                       service.registerPostExecutionHook([](int, int, const char* const*) {});
+                       registered.store(true, std::memory_order_relaxed);
+                   }});
+    EXPECT_EQ(calls, 1);
+}
+
 TEST(CommandThreads, ReplaceAHandlerThatOthersAreInside)
 {
     CmdTableHelperImpl service;

@@ -1,10 +1,9 @@
 /// An application whose detached threads go on using the command service while main() returns, and after.
 ///
-/// An object that is destroyed later than the service would be keeps the process until each thread has met the ended
-/// service many times: its lines find no command, and what it registers is dropped at once. Exits with 0 then.
+/// An object that is destroyed after the service's state has ended keeps the process until each thread has met the
+/// ended service many times: no line leads to a handler, and what is registered is dropped at once. Exits with 0 then.
 #include <array>
 #include <atomic>
-#include <cstddef>
 #include <cstdio>
 #include <cstdlib>
 #include <memory>
@@ -21,39 +20,25 @@ namespace {
 using namespace Corvane::CmdTableHelper;
 using V2::CmdTableHelperIf;
 
-constexpr unsigned int secondsToHang = 100;
-constexpr int lateRounds = 100;
-
-/// How often each thread has used the service: before the end and after it.
+/// How often each thread has used the service, while it lived and after.
 struct Uses
 {
-    std::atomic<int> before{0};
-    std::atomic<int> after{0};
-};
+    ~Uses() { waitFor(after, 100); }
 
-class Threads
-{
-public:
-    static constexpr std::size_t number = 4;
-
-    ~Threads() { waitFor(&Uses::after, lateRounds); }
-
-    void waitFor(std::atomic<int> Uses::*count, int least)
+    static void waitFor(const std::array<std::atomic<int>, 4>& counts, int least)
     {
-        for (Uses& uses : m_uses) {
-            while (uses.*count < least) {
+        for (const auto& count : counts) {
+            while (count < least) {
                 std::this_thread::yield();
             }
         }
     }
 
-    Uses& operator[](std::size_t thread) { return m_uses.at(thread); }
-
-private:
-    std::array<Uses, number> m_uses;
+    std::array<std::atomic<int>, 4> before{};
+    std::array<std::atomic<int>, 4> after{};
 };
 
-Threads threads; // made before the service, so destroyed after the end of its state
+Uses uses; // made before the service
 
 void expect(bool condition, const char* text)
 {
@@ -68,7 +53,7 @@ void expect(bool condition, const char* text)
     CmdTableHelperIf& service = CmdTableHelperIf::getInstance();
     const std::string name = "x" + std::to_string(thread);
     for (;;) {
-        const bool hasEnded = threads[thread].after > 0;
+        const bool hasEnded = uses.after.at(thread) > 0;
         const auto token = std::make_shared<int>(7);
         service.registerCmdTable(name, std::vector<CommandDefinitions>{
                                            {name, [token](int, const char* const*) { return *token; }, nullptr}});
@@ -79,7 +64,7 @@ void expect(bool condition, const char* text)
         service.deregisterPostExecutionHook(hook);
         expect(result == 20 || (result == 7 && !hasEnded), "a line was answered wrongly\n");
         expect(out.str() == (result == 20 ? "Usage: \n\n" : ""), "a usage is wrong\n");
-        ++(result == 20 ? threads[thread].after : threads[thread].before);
+        ++(result == 20 ? uses.after : uses.before).at(thread);
     }
 }
 
@@ -87,10 +72,10 @@ void expect(bool condition, const char* text)
 
 int main()
 {
-    ::alarm(secondsToHang);
-    for (std::size_t thread = 0; thread < Threads::number; ++thread) {
+    ::alarm(100); // ends a hang
+    for (std::size_t thread = 0; thread < uses.before.size(); ++thread) {
         std::thread(useForEver, thread).detach();
     }
-    threads.waitFor(&Uses::before, 1);
+    Uses::waitFor(uses.before, 1);
     return 0;
 }

@@ -125,6 +125,16 @@ TEST_F(CommandEmission, ReportsCurlyThenSquareThenAngleBrackets)
                                              unbalanced("x >]}", "[]"), unbalanced("x >]}", "<>")));
 }
 
+TEST_F(CommandEmission, ReportsAnyNumberOfSurplusBrackets)
+{
+    ProbeRecorder recorder({ProbedEvent::Error});
+    for (const std::size_t number : {256U, 65536U}) {
+        const std::string synopsis = "x " + std::string(number, '[');
+        registerSynopses("x", {synopsis});
+        EXPECT_THAT(recorder.take(), ElementsAre(unbalanced(synopsis, "[]")));
+    }
+}
+
 TEST_F(CommandEmission, ReportsNoPairThatBalancesInAnyOrder)
 {
     ProbeRecorder recorder;
