@@ -69,7 +69,7 @@ TEST(CommandThreads, RegisterExecuteAndHookAtOnce)
 }
 
 /// ThreadSanitizer sees whether the look-up takes the lock: nothing else orders it behind the registration.
-TEST(CommandThreads, RegisterAHookBetweenTwoHooksOfARun)
+TEST(CommandThreads, RegisterHooksBetweenTwoHooksOfARun)
 {
     CmdTableHelperImpl service;
     service.registerCmdTable("x", tableOf("x", 1));
@@ -92,7 +92,9 @@ TEST(CommandThreads, RegisterAHookBetweenTwoHooksOfARun)
                    },
                    [&] {
                        waitFor(inside);
-                       service.registerPostExecutionHook([](int, int, const char* const*) {});
+                       for (int i = 0; i < 20; ++i) { // so that the look-up begins at one of them
+                           service.registerPostExecutionHook([](int, int, const char* const*) {});
+                       }
                        registered.store(true, std::memory_order_relaxed);
                    }});
     EXPECT_EQ(calls, 1);
