@@ -27,7 +27,9 @@ template <typename WriteText>
 std::string textOf(const WriteText& writeText)
 {
     std::ostringstream text;
-    text.imbue(std::locale::classic()); // readers filter on numbers: no locale of the application's may group them
+    if (text.getloc() != std::locale::classic()) { // one of the application's may group the digits of numbers
+        text.imbue(std::locale::classic());
+    }
     writeText(text);
     return text.str();
 }
@@ -82,7 +84,7 @@ void trace2(const char* path, unsigned int line, const WriteText& writeText)
     }
 }
 
-/// Emits INFO: an abnormal condition that the library lives with.
+/// Emits INFO: an abnormal condition that the library can handle.
 template <typename WriteText>
 void info(const char* path, unsigned int line, const WriteText& writeText)
 {

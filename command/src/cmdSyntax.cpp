@@ -64,12 +64,12 @@ void SyntaxGraph::end()
         pendingCommandNames.clear();
         commandNodes.clear();
     }
-    // One by one: nodes that release each other would need as much stack as the graph is deep, and those of a cyclic
-    // graph would never be released.
+    // Nodes are taken apart one by one. Releasing each other, they would need as much stack as the graph is deep, and
+    // those in a cycle would never be released.
     while (!doomed.empty()) {
         const NodePtr node = std::move(doomed.back());
         doomed.pop_back();
-        if (node) { // null is the root of a graph that had ended before
+        if (node) { // the root is null if the graph has ended before
             for (NodePtr& subnode : node->subnodes) {
                 doomed.push_back(std::move(subnode));
             }

@@ -19,7 +19,8 @@
 
 namespace Corvane::CmdTableHelper {
 
-/// Threads  addCommand() and dispatchCommand() hold the mutex for their whole run and may be called by any thread. The
+/// Threads  addCommand(), dispatchCommand(), findCommand() and end() take the mutex and may be called by any thread.
+/// The
 ///          other operations take no lock.
 /// Errors   std::system_error if the mutex can't be locked, std::bad_alloc.
 class SyntaxGraph
@@ -44,7 +45,9 @@ public:
     /// Returns  false at the end of the text.
     static bool getToken(const char*& cursor, std::string& token);
 
-    /// Attaches the words of one sequence after `frontier` and leaves in it the nodes at which the sequence ends.
+    /// Reads one sequence of a synopsis. VELK is the name of the syntax of synopses: words, "[ ]" around what may be
+    /// left out, and "{ | }" around a choice. Attaches the words after `frontier`, which becomes the nodes at which the
+    /// sequence ends.
     ///
     /// Returns  the character that ended the sequence, "|", "]" or "}", or NUL at the end of the text.
     static char processVelkSyntax(const char*& cursor, Frontier& frontier);
@@ -52,7 +55,7 @@ public:
     /// Attaches one word after every node of the frontier, which then consists of that word's node.
     static void joinToNode(const std::string& word, Frontier& frontier);
 
-    /// Reports a synopsis in which a pair of brackets is out of balance by the event ERROR.
+    /// Emits the event ERROR for a synopsis that has more opening than closing brackets of a pair, or fewer.
     static void checkBrackets(const std::string& synopsis, char open, char close);
 
     /// Adds one synopsis; `function` becomes the handler of every node at which it ends.
@@ -69,10 +72,13 @@ public:
 
     /// Walks a line from `node` and appends the matched words, each with a blank, to `usedWords` unless it is null.
     ///
-    /// Costs    at most nodes x words, whatever the number of placeholders among which there is a choice.
+    /// It looks at most once in a call at what follows one node for one word of the line, and then at each subnode. So
+    /// it takes at most (edges of the graph) x (words of the line) steps, whatever the number of placeholders to choose
+    /// from.
+    ///
     /// Errors   std::logic_error for a null word.
     /// Returns  the node reached; it may lack a handler.
-    NodePtr findCommandArguments(NodePtr node, std::string* usedWords, unsigned long argc,
+    NodePtr findCommandArguments(std::shared_ptr<Node> node, std::string* usedWords, unsigned long argc,
                                  const char* const* argv) const CORVANE_REQUIRES(mutex);
 
     /// Finds the handler that a line leads to, or writes the usage to `out`.
@@ -86,26 +92,26 @@ public:
     NodePtr findCommand(unsigned long argc, const char* const* argv, std::ostream& out) const;
 
     /// Writes what may follow `node`, up to the first set of alternatives.
-    static void printSyntax(NodePtr node, std::ostream& out);
+    static void printSyntax(std::shared_ptr<Node> node, std::ostream& out);
 
-    /// Writes what may follow `node` in the format of the "pelm" commands.
-    static void printPelmSyntax(NodePtr node, std::ostream& out);
+    /// Writes what may follow `node` in the format for "pelm", a command word that has one of its own.
+    static void printPelmSyntax(std::shared_ptr<Node> node, std::ostream& out);
 
     /// Writes the words from `node` onward in compact form.
     ///
     /// Returns  the node where it stopped.
-    static NodePtr printSimpleSubNodes(NodePtr node, std::ostream& out);
+    static NodePtr printSimpleSubNodes(std::shared_ptr<Node> node, std::ostream& out);
 
     /// Writes the path from `from` up to, not including, `stop`.
     ///
     /// Returns  the last node written.
-    static NodePtr printSubNodes(NodePtr from, NodePtr stop, std::ostream& out);
+    static NodePtr printSubNodes(std::shared_ptr<Node> from, std::shared_ptr<Node> stop, std::ostream& out);
 
     /// Guards everything below, and every node.
     mutable Mutex mutex;
     /// The parent of the first words of all synopses; null once the graph has ended.
     NodePtr root CORVANE_GUARDED_BY(mutex);
-    /// Names of commands for which no first word of that very name was found yet.
+    /// Names of commands with which no synopsis begins yet.
     std::set<std::string> pendingCommandNames CORVANE_GUARDED_BY(mutex);
     /// The root's subnode that each command leads to.
     std::map<std::string, NodePtr> commandNodes CORVANE_GUARDED_BY(mutex);

@@ -221,7 +221,7 @@ std::vector<NodePtr> SyntaxGraph::findMatchingRootSubnodes(const std::string& wo
     return matches.areNone() ? std::vector<NodePtr>() : std::vector<NodePtr>{*matches.only};
 }
 
-NodePtr SyntaxGraph::findCommandArguments(NodePtr node, std::string* usedWords, unsigned long argc,
+NodePtr SyntaxGraph::findCommandArguments(std::shared_ptr<Node> node, std::string* usedWords, unsigned long argc,
                                           const char* const* argv) const
 {
     return LineWalk({root, commandNodes, pendingCommandNames}, argc, argv).run(node, usedWords);

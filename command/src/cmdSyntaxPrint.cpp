@@ -287,26 +287,26 @@ private:
 
 } // namespace
 
-void SyntaxGraph::printSyntax(NodePtr node, std::ostream& out)
+void SyntaxGraph::printSyntax(std::shared_ptr<Node> node, std::ostream& out)
 {
     if (node) {
         Printer(out).printSyntax(node);
     }
 }
 
-void SyntaxGraph::printPelmSyntax(NodePtr node, std::ostream& out)
+void SyntaxGraph::printPelmSyntax(std::shared_ptr<Node> node, std::ostream& out)
 {
     if (node) {
         Printer(out).printPelmSyntax(node);
     }
 }
 
-NodePtr SyntaxGraph::printSimpleSubNodes(NodePtr node, std::ostream& out)
+NodePtr SyntaxGraph::printSimpleSubNodes(std::shared_ptr<Node> node, std::ostream& out)
 {
     return node ? Printer(out).printGroup(Level::toTheEnd(), node) : nullptr;
 }
 
-NodePtr SyntaxGraph::printSubNodes(NodePtr from, NodePtr stop, std::ostream& out)
+NodePtr SyntaxGraph::printSubNodes(std::shared_ptr<Node> from, std::shared_ptr<Node> stop, std::ostream& out)
 {
     return from ? Printer(out).printGroup(Level::upTo(stop.get()), from) : nullptr;
 }

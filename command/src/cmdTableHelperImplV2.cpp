@@ -1,4 +1,4 @@
-/// The command-table service.
+/// Registers commands, executes lines, writes help and calls hooks.
 #include "command/src/cmdTableHelperImplV2.h"
 
 #include <algorithm>
@@ -10,10 +10,15 @@ namespace Corvane::CmdTableHelper::V2 {
 
 namespace {
 
+/// The line that the event carries. Readers filter on it, so it doesn't follow the code.
+namespace TraceLine {
+constexpr unsigned int executeCmd = 150;
+} // namespace TraceLine
+
 /// What executeCmd() returns for a line that leads to no handler.
 constexpr int noSuchCommand = 20;
 
-/// Past this column the next blank of a description becomes a line break.
+/// The first blank of a description after this column becomes a line break.
 constexpr unsigned int helpColumns = 70;
 constexpr const char* helpLineBreak = "\n     ";
 
@@ -108,7 +113,7 @@ int CmdTableHelperImpl::executeCmd(const std::vector<std::string>& words, std::o
     if (!command) {
         return noSuchCommand;
     }
-    Trace::trace1(__FILE__, 150, [&](std::ostream& msg) {
+    Trace::trace1(__FILE__, TraceLine::executeCmd, [&](std::ostream& msg) {
         msg << "Execute VELK command: ";
         const char* separator = "";
         for (const std::string& word : words) {
@@ -160,7 +165,7 @@ unsigned int CmdTableHelperImpl::registerPostExecutionHook(const Hook& hook)
 
 void CmdTableHelperImpl::deregisterPostExecutionHook(unsigned int id)
 {
-    decltype(m_hooks)::node_type removed; // released after the mutex: a hook's end may use the service
+    decltype(m_hooks)::node_type removed; // released after the mutex: the destructor of a hook may use the service
     const ExclusiveLock lock(m_hookMutex);
     removed = m_hooks.extract(id);
 }

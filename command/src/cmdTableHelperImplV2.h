@@ -48,8 +48,8 @@ public:
     unsigned int registerPostExecutionHook(const Hook& hook);
     void deregisterPostExecutionHook(unsigned int id);
 
-    /// Calls the hooks that are registered now, in the order of their ids and without a lock. A hook that is
-    /// deregistered before its turn is left out.
+    /// Calls the hooks that are registered now, in the order of their ids and without a lock, except those that are
+    /// deregistered before their turn.
     void invokePostExecutionHooks(int result, int argc, const char* const* argv);
 
 private:

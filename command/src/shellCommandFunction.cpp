@@ -1,4 +1,4 @@
-/// Calls a handler of whatever form with one command line.
+/// Calls a handler of any form with one command line.
 #include "command/src/shellCommandFunction.h"
 
 #include <utility>
@@ -7,6 +7,9 @@ namespace Corvane::CmdTableHelper {
 
 namespace {
 
+constexpr int noHandler = -1;
+
+/// Has the call operators of all the lambdas that it is made of.
 template <typename... Callables>
 struct overload : Callables...
 {
@@ -73,15 +76,17 @@ ShellCommandFunction& ShellCommandFunction::operator=(ShellCommandFunction&& oth
 
 int ShellCommandFunction::callCommandHandlerFunction(int argc, const char* const* argv, std::ostream& out) const
 {
-    // This owner keeps the function alive while it runs, whatever happens to the object meanwhile.
+    // Keeps the function alive while it runs, even if the object gets another one meanwhile.
     const auto function = std::atomic_load(&m_function);
-    const auto call =
-        overload{[](std::monostate) { return -1; }, [&](const ArgvFunction& handler) { return handler(argc, argv); },
-                 [&](const ArgvStreamFunction& handler) { return handler(argc, argv, out); },
-                 [&](const WordsFunction& handler) { return handler(wordsOf(argc, argv)); },
-                 [&](const WordsStreamFunction& handler) { return handler(wordsOf(argc, argv), out); }};
-    const Function nothing;
-    return std::visit(call, function ? *function : nothing);
+    if (!function) {
+        return noHandler;
+    }
+    const auto call = overload{[](std::monostate) { return noHandler; },
+                               [&](const ArgvFunction& handler) { return handler(argc, argv); },
+                               [&](const ArgvStreamFunction& handler) { return handler(argc, argv, out); },
+                               [&](const WordsFunction& handler) { return handler(wordsOf(argc, argv)); },
+                               [&](const WordsStreamFunction& handler) { return handler(wordsOf(argc, argv), out); }};
+    return std::visit(call, *function);
 }
 
 std::size_t ShellCommandFunction::index() const noexcept

@@ -1,4 +1,4 @@
-/// One handler of a command, of whatever form the application gave it.
+/// One handler of a command, in any of the forms that an application can give it.
 #ifndef CORVANE_COMMAND_SHELLCOMMANDFUNCTION_H
 #define CORVANE_COMMAND_SHELLCOMMANDFUNCTION_H
 
@@ -14,9 +14,9 @@ namespace Corvane::CmdTableHelper {
 
 /// Holds a handler, or nothing, with value semantics: a copy holds a copy of the handler.
 ///
-/// Threads  assignment and callCommandHandlerFunction() may meet on one object. A call that has begun ends with the
-///          function that it began with, which lives until its last call is over, also when it is the function itself
-///          that is replaced. Other operations need what any value needs.
+/// Threads  one thread may assign to an object while others call callCommandHandlerFunction(). A call that has begun
+///          goes on with the function that it began with, which lives until its last call is over; a function may also
+///          replace itself. All other operations need a lock of the caller's, as with any value.
 class ShellCommandFunction
 {
 public:
@@ -25,7 +25,7 @@ public:
     using WordsFunction = std::function<int(const std::vector<std::string>&)>;
     using WordsStreamFunction = std::function<int(const std::vector<std::string>&, std::ostream&)>;
 
-    /// The order of the alternatives is relied upon.
+    /// What may be held. index() is a part of the contract, so a test pins the order.
     using Function = std::variant<std::monostate, ArgvFunction, ArgvStreamFunction, WordsFunction, WordsStreamFunction>;
 
     ShellCommandFunction() = default;
@@ -54,12 +54,14 @@ public:
     bool hasFunction() const noexcept { return index() != 0; }
 
     /// Gives this object the other's function and the other this one's.
+    ///
+    /// Threads  others may call this object's function meanwhile; `other` must not be in use.
     void swap(ShellCommandFunction& other) noexcept;
 
 private:
-    // Behind a pointer because a registration may replace the function while another thread is about to call it or is
-    // inside it: each call in progress owns the function that it began with, and no lock is held while a handler runs.
-    // Never shared between two objects; null while nothing is held.
+    // Null if nothing is held. Behind a pointer, because a registration may replace the function while another thread
+    // calls it: each call shares the function that it began with, and no lock is held while a handler runs. Two objects
+    // never share a function.
     std::shared_ptr<const Function> m_function;
 };
 

@@ -1,4 +1,4 @@
-/// Collects the exits of groups.
+/// Collects the exits of groups: the nodes after which a line may leave them.
 #include "command/src/syntaxGroup.h"
 
 #include <utility>
@@ -7,8 +7,8 @@ namespace Corvane::CmdTableHelper {
 
 namespace {
 
-/// Past this number of exits a group keeps each node only once: duplicates, which decide where some later words go,
-/// would otherwise double with every optional group that holds an optional group.
+/// A group with more exits keeps each node only once. Duplicates decide where some later words are attached, so fewer
+/// are kept; but they double with every optional group that holds an optional group.
 constexpr std::size_t maxExitsWithDuplicates = 1024;
 
 /// Returns  the nodes of a list: taken out of it if nobody else holds it, otherwise copied.
@@ -74,7 +74,7 @@ SyntaxGroup::SharedNodes SyntaxGroup::takeExits()
     if (!m_isOptional) {
         return std::make_shared<NodeList>(std::move(m_exits));
     }
-    const auto exits = std::make_shared<NodeList>(taken(m_start));
+    auto exits = std::make_shared<NodeList>(taken(m_start));
     add(*exits, std::move(m_exits));
     return exits;
 }

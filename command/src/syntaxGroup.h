@@ -1,4 +1,4 @@
-/// The groups that are open while a synopsis is read, and the nodes at which they may be left.
+/// The groups "[ ]" and "{ }" that are open while a synopsis is read, and the nodes at which they end.
 #ifndef CORVANE_COMMAND_SYNTAXGROUP_H
 #define CORVANE_COMMAND_SYNTAXGROUP_H
 
@@ -12,8 +12,8 @@
 
 namespace Corvane::CmdTableHelper {
 
-/// A list of nodes that is joined to others in the time that the shorter of the two takes: each of a hundred thousand
-/// nested groups hands all of its exits on to the group around it.
+/// A list of nodes. Joining two lists takes only as long as the shorter one: each of a hundred thousand nested groups
+/// hands all of its nodes to the group around it.
 class NodeList
 {
 public:
@@ -41,18 +41,18 @@ private:
     void keepFirstOccurrences();
 
     std::list<NodePtr> m_nodes;
-    // Where each node stands in a list that is known to hold none twice; empty while that is not known.
+    // The place of each node, if the list holds none twice; empty if it may hold one twice.
     std::unordered_map<const Node*, std::list<NodePtr>::iterator> m_places;
 };
 
-/// A group that was opened and not closed yet. Frontiers are replaced, not changed, while a sequence is read, so that
-/// nested groups share those that they begin with.
+/// A group that has been opened and not yet closed. Its exits are the nodes after which a line may leave it. Nested
+/// groups share the list of nodes after which they begin, so a list that is shared is never changed.
 class SyntaxGroup
 {
 public:
     using SharedNodes = std::shared_ptr<NodeList>;
 
-    /// Opens a group after the nodes of `start`; if `optional`, it may be left there.
+    /// Opens a group after the nodes of `start`. If it is optional, these are exits as well, before all others.
     SyntaxGroup(SharedNodes start, bool optional)
         : m_start(std::move(start)), m_isOptional(optional), m_startIsExit(optional)
     {
@@ -61,13 +61,12 @@ public:
     /// The nodes after which each alternative begins.
     const SharedNodes& start() const { return m_start; }
 
-    /// Ends an alternative: the group may be left at its last nodes. Takes the nodes out of a list that only the caller
-    /// holds.
+    /// Ends an alternative, whose last nodes become exits. Takes the nodes out of a list that only the caller holds.
     void addExits(const SharedNodes& alternative);
 
     /// Ends the group.
     ///
-    /// Returns  the nodes at which it may be left.
+    /// Returns  its exits.
     SharedNodes takeExits();
 
 private:

@@ -8,13 +8,16 @@
 ///     };
 ///
 /// A synopsis is made of words with blanks between them. "[ x ]" may be left out, of "{ x | y }" exactly one is taken,
-/// and groups nest. A word with "<" and ">" in it, such as "<file>", and the word "..." stand for one word that the
-/// user types; every other word is typed as it is written.
+/// and groups nest. A word with "<" and ">" in it, such as "<file>", and the word "..." are placeholders: each stands
+/// for one word that the user types. Every other word is a keyword, typed as it is written. Trace texts call this way
+/// of writing VELK syntax.
 ///
-/// No synopsis is refused; what is left of a faulty one is registered. A "|", "]" or "}" outside every group ends the
-/// synopsis: of "a | b" only "a" is left, and a choice of whole commands is written "{ a | b }" or as two records.
-/// Everything between "<" and its ">" belongs to the word, blanks and brackets included, so that a "<" that is never
-/// closed takes the rest of the synopsis into its word. A synopsis ends at a NUL.
+/// No synopsis is refused; of a faulty one, what can be read is registered. A "|", "]" or "}" outside every group ends
+/// the synopsis: of "a | b" only "a" is registered, and a choice of whole commands is written "{ a | b }" or as two
+/// records. Everything between "<" and its ">" belongs to the word, blanks and brackets included, so a "<" that is
+/// never closed takes the rest of the synopsis into its word. A ">" with no "<" before it in its word cancels the next
+/// "<" of that word: "a><b c>" is the two words "a><b" and "c>". Registration reads a synopsis up to a NUL; help writes
+/// all of it.
 ///
 /// Owns     the application; the library copies what it keeps, and keeps no pointer into a record.
 /// Threads  plain data: constant tables may be used by several threads.

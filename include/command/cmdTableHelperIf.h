@@ -1,11 +1,12 @@
-/// Command tables: typed lines, matched against the synopses of all registered commands and dispatched to handlers.
+/// Command tables: typed lines are matched against the synopses of all registered commands and run their handlers.
 ///
 /// There is one service in a process, reached through getInstance(). An application registers tables of commands,
 /// hands over lines as vectors of words, and may have hooks called after every command that ran. All registered
-/// synopses share one syntax graph; commands and handlers stay registered until the end of the process.
+/// synopses share one syntax graph. Commands stay registered until the end of the process; a handler can be replaced.
 ///
-/// Threads  every operation may be called by any thread at any time, from inside handlers and hooks as well.
-///          Registration and matching exclude each other. Handlers and hooks run on the calling thread, without a lock.
+/// Threads  every operation may be called by any thread at any time, also from inside handlers and hooks, and while the
+///          process ends. Registration and matching exclude each other. Handlers and hooks run on the calling thread,
+///          without a lock.
 /// Errors   the service throws nothing of its own. What handlers, hooks, std::function (std::bad_function_call for an
 ///          empty handler), allocation and the locks throw reaches the caller, and the service stays usable.
 /// Since    0.1.0
@@ -26,44 +27,51 @@ class CmdTableHelperImpl;
 class [[gnu::visibility("default")]] CmdTableHelperIf
 {
 public:
-    /// The service is made on the first call. It may be used as long as the process lives, also by threads that run on
-    /// while the process ends. Among the static objects that are destroyed at the end of the process, or when the
-    /// library is unloaded, its state ends: all handlers and hooks are released, except those that run, which live
-    /// until they return. What handlers and hooks own may still use the service when it is destroyed. From then on no
-    /// line leads to a handler, and commands and hooks that are registered are dropped.
+    /// The service is made on the first call and is there as long as the process lives.
     ///
-    /// Returns  the one service of this process, always the same.
+    /// When the process destroys its static objects, or unloads the library, the service's state ends: all handlers and
+    /// hooks are released, and one that runs lives until it returns. What they own may use the service when it is
+    /// destroyed. From then on no line leads to a handler, and commands and hooks that are registered are dropped.
+    ///
+    /// Returns  the one service of this process.
+    /// Threads  any, also while static objects are destroyed and after. A library that is unloaded must not be in use.
     static CmdTableHelperIf& getInstance();
 
     /// Adds the synopses of a table to the syntax graph and makes `commandName` a command.
     ///
-    /// The first word of a typed line must be a registered command name, exactly; the first word of a synopsis alone is
-    /// not enough. A synopsis that leads to the same place as an earlier one takes over from its handler; calls of the
-    /// earlier handler that are running, or about to run, are not disturbed.
+    /// A synopsis that ends where an earlier one does replaces its handler. A call of the earlier handler that has
+    /// begun goes on, and keeps that handler alive. A line that has been matched but whose handler has not begun runs
+    /// the new one.
     ///
-    /// A name with which no synopsis begins, neither of this table nor of another, leads to the placeholder with which
-    /// synopses do begin, whichever command these were registered for. It is bound to that placeholder as soon as there
-    /// is exactly one; among several, executeCmd() chooses as it does further on in a line; where there is none, the
-    /// name leads nowhere. A later synopsis that begins with the name itself takes it over.
+    /// If no registered synopsis begins with `commandName` itself, the name stands for a placeholder at the beginning
+    /// of a synopsis, such as `<verb> on`, whichever table it is in. With one such placeholder in all tables, the name
+    /// is bound to it for good; with several, executeCmd() chooses among them as anywhere in a line; with none, the
+    /// command can't be reached. A later synopsis that begins with the name itself takes the name over, unless that
+    /// word is a placeholder.
     ///
     /// A synopsis with unbalanced brackets is registered as far as it can be read, and reported by the event ERROR.
     ///
     /// Requires  `commandName` is the word by which lines call this table's commands. An empty name adds the synopses
     ///           and no command.
     /// Errors    std::bad_alloc; synopses that were added before it stay.
-    /// Owns      copies the synopses and the handlers; `table` may go after the call.
+    /// Owns      copies the synopses and the handlers; `table` may be destroyed after the call.
     void registerCmdTable(const std::string& commandName, const std::vector<CommandDefinitions>& table);
     void registerCmdTable(const std::string& commandName, const std::vector<CmdDefinition>& table);
     void registerCmdTable(const std::string& commandName, const std::vector<CmdDefinitionCpp>& table);
 
     /// Matches one line and runs the handler that it leads to, then the hooks.
     ///
-    /// A line that leads to no handler runs nothing. What may be typed instead is written to `out`: "Usage: ", the
-    /// words that were understood, their possible continuation and an empty line. Words beyond the end of a synopsis
-    /// are not looked at; the handler gets them all the same.
+    /// The first word must be a registered command name, exactly; the first word of a synopsis alone is not enough. A
+    /// synopsis all of which may be left out, such as `[status]` or an empty one, catches the empty line and every line
+    /// whose first word leads nowhere.
     ///
     /// A keyword is preferred to a placeholder, and of several placeholders the first registered that leads to a
-    /// handler is taken. The usage of a line that begins with "pelm" has a format of its own.
+    /// handler is taken. Words beyond the end of a synopsis are not looked at; the handler gets them all the same.
+    ///
+    /// A line that leads to no handler runs nothing. What may be typed instead is written to `out`: "Usage: ", the
+    /// words that were understood, up to 65,536 words that may follow, and an empty line. The word "pelm"
+    /// is a command with a usage format of its own: a group that may be left out is written with all that is in it, and
+    /// with no blanks inside its brackets, as `[-l <file>]`.
     ///
     /// Requires  each word is a C string to the matching, to every handler and to the hooks: it ends at its first NUL.
     /// Returns   what the handler returned; 20 if the line led to no handler.
@@ -75,7 +83,7 @@ public:
     int executeCmd(const std::vector<std::string>& words);
 
     /// Writes the help of a table: its synopses, and in long mode the descriptions, wrapped at a blank after column 70.
-    /// That of a table whose handlers get no stream goes to std::cout.
+    /// The help of a table whose handlers get no stream is written to std::cout.
     ///
     /// Long mode is on if one of `words`, from the third on, is "-l". Long mode never writes the final line feed.
     ///
@@ -94,12 +102,12 @@ public:
     /// Hooks run in the order of their registration. One that is registered while hooks run is called from the next
     /// command on. One that throws keeps the hooks behind it from being called after that command.
     ///
-    /// Returns  the id to deregister it with: 1, 2, 3, ...; an id is not used again.
-    /// Owns     copies `hook`; every command runs a fresh copy of that copy, so state belongs behind a reference.
+    /// Returns  the id to deregister it with: 1, 2, 3, ... An id is not used again before all 2^32 have been.
+    /// Owns     copies `hook`. The hook is copied for every command: keep its state outside it.
     unsigned int registerPostExecutionHook(const std::function<void(int, int, const char* const*)>& hook);
 
-    /// Takes a hook away. If its turn has not come it is not called any more; if it has come on another thread, the
-    /// hook may still run, or even begin, after this has returned.
+    /// Deregisters a hook. If its turn has not come it is not called any more. If its turn has come on another thread,
+    /// the hook may still run, or even begin, after this has returned.
     ///
     /// Requires  nothing: an id that is not registered is ignored.
     void deregisterPostExecutionHook(unsigned int id);

@@ -15,8 +15,8 @@
 /// Texts    a null text is recorded as "(null)". They are copied while the event is recorded; the caller keeps them.
 /// Data     datalen counts bytes; null data is recorded as an empty sequence. The bytes are copied as the texts are.
 /// Units    sec and usec are seconds and microseconds of whatever clock the application uses.
-/// Threads  any thread may emit at any time, without a lock. Without a tracing daemon, or without the tracing library,
-///          emitting does nothing.
+/// Requires the libraries of LTTng-UST: where they are not installed, a program that uses this library doesn't start.
+/// Threads  any thread may emit at any time, without a lock. Without a tracing daemon emitting does nothing.
 /// Errors   none are reported: an event that the tracer can't take is lost, and the tracer counts it.
 /// Since    0.1.0
 #undef TRACEPOINT_PROVIDER

@@ -1,4 +1,4 @@
-/// Allocations that fail, one after the other, in every operation of the command service: it stays usable.
+/// Makes each allocation of every operation of the command service fail in turn: the service stays usable.
 #include <set>
 #include <sstream>
 #include <string>
@@ -24,7 +24,7 @@ TEST(AllocationFailure, WhileSynopsesAreAddedLeavesNoTwoSubnodesOfAName)
     for (int i = 0; i < 100; ++i) {
         const SyntaxGraph::Synopses synopses = {{"x [w" + std::to_string(i) + " <a>]", returning(i)}};
         const auto operation = [&] { graph.addCommand("x", synopses); };
-        if (i == 40 || i == 90) { // an index is made: of few subnodes, and of many after the first one was lost
+        if (i == 40 || i == 90) { // makes an index of few subnodes, and one of many after the first was lost
             operation();
         } else {
             EXPECT_GT(failEachAllocation(operation), 0);

@@ -1,4 +1,4 @@
-/// Synopses and lines of unusual size and shape: bounded work, no overflow, nothing lost.
+/// Synopses and lines of unusual size and shape: they take bounded time and stack, and nothing is lost.
 #include <ctime>
 #include <set>
 #include <string>
@@ -18,7 +18,7 @@ using Corvane::Testing::runOnSmallStack;
 using testing::ElementsAre;
 
 constexpr int deep = 100000;
-constexpr int printed = 65536; // words of a usage, at most
+constexpr int printed = 65536; // the most words of a usage
 
 std::string repeated(const std::string& text, int times)
 {
@@ -118,7 +118,7 @@ TEST(ManyOptionalWords, OfOneSynopsisEachLeadToAllLaterOnes)
     }
     SyntaxGraph graph;
     add(graph, "x", {synopsis});
-    add(graph, "x", {synopsis}); // the same words again: found, not made
+    add(graph, "x", {synopsis}); // finds the same words and makes none
     NodePtr node = at(rootOf(graph), {"x"});
     for (std::size_t i = 0; i < words; ++i) {
         ASSERT_EQ(node->subnodes.size(), words - i);
@@ -156,7 +156,7 @@ TEST(ManyCommands, ThatEachBeginWithAnotherPlaceholderAreRegisteredInTime)
         const std::string number = std::to_string(i);
         graph.addCommand("n" + number, {{"<p" + number + ">", returning(i)}});
     }
-    EXPECT_LT((std::clock() - begin) / CLOCKS_PER_SEC, 5); // a tenth of a second
+    EXPECT_LT((std::clock() - begin) / CLOCKS_PER_SEC, 5); // it takes a tenth of a second
     EXPECT_EQ(dispatch(graph, {"n1999"}).result, 0);
 }
 
@@ -206,9 +206,9 @@ TEST(Duplicates, DoNotMakeManyEmptyAlternativesExpensive)
     EXPECT_EQ(endsOf(graph, "x" + repeated("[]", 10) + "{" + std::string(1000000, '|') + "}").size(), 1U);
 }
 
-TEST(Search, AmongAmbiguousPlaceholdersIsBoundedByNodesTimesWords)
+TEST(Search, AmongAmbiguousPlaceholdersIsBoundedByEdgesTimesWords)
 {
-    // Two placeholders at every step and no way to the end: 2^60 ways, tried one by one, would never end.
+    // Two placeholders at every step and no handler at the end: trying all 2^60 ways would take for ever.
     SyntaxGraph graph;
     std::string synopsis = "x";
     for (int i = 0; i < 60; ++i) {

@@ -1,4 +1,4 @@
-/// What the two usage printers write, to the character.
+/// What the two usage printers write, character by character.
 #include <sstream>
 #include <string>
 #include <utility>

@@ -74,7 +74,7 @@ TEST(SyntaxTokens, SwallowTheRestAfterAnAngleBracketThatIsNotClosed)
 
 TEST(SyntaxTokens, CountASurplusClosingAngleBracket)
 {
-    // The count stands at -1 before "<" and at 0 behind it, so the blank ends the token.
+    // The count is -1 before "<" and 0 after it, so the blank ends the token.
     EXPECT_THAT(tokensOf("a><b c>"), ElementsAre("a><b", "c>"));
 }
 
@@ -379,13 +379,13 @@ TEST(CommandNames, FollowTheOnlyPlaceholderAndStayPending)
     EXPECT_EQ(commandNodesOf(graph).at("run"), at(rootOf(graph), {"<program>"}));
     EXPECT_EQ(commandNodesOf(graph).count("walk"), 0U);
 
-    // A first word of its own takes the entry over and settles it.
+    // A synopsis that begins with the name itself takes the entry over.
     add(graph, "", {"run fast"});
     EXPECT_THAT(pendingNamesOf(graph), ElementsAre("walk"));
     EXPECT_EQ(commandNodesOf(graph).at("run"), at(rootOf(graph), {"run"}));
 }
 
-TEST(CommandNames, ThatAreEmptyAddNothingButHaveThePendingOnesLookedAt)
+TEST(CommandNames, ThatAreEmptyAddNothingButResolveThePendingOnes)
 {
     SyntaxGraph graph;
     add(graph, "late", {"early"});
@@ -406,7 +406,7 @@ TEST(CommandNames, AreNotPendingAgainOnceResolved)
     EXPECT_EQ(commandNodesOf(graph).at("x"), at(rootOf(graph), {"x"}));
 }
 
-TEST(CommandNames, OfASettledPlaceholderAreNotPendingAgain)
+TEST(CommandNames, ThatArePlaceholdersAreNotPendingAgainOnceResolved)
 {
     SyntaxGraph graph;
     add(graph, "<p>", {"<p> a"});

@@ -67,7 +67,7 @@ protected:
     std::vector<int> calls;
 };
 
-TEST_F(HookRuns, NumberTheHooksFromOneAndUseNoNumberAgain)
+TEST_F(HookRuns, NumberTheHooksFromOneAndUseNoNumberTwice)
 {
     EXPECT_EQ(add(1), 1U);
     EXPECT_EQ(add(2), 2U);
@@ -77,7 +77,7 @@ TEST_F(HookRuns, NumberTheHooksFromOneAndUseNoNumberAgain)
     EXPECT_THAT(run(), ElementsAre(1, 3, 4));
 }
 
-TEST_F(HookRuns, UseTheNumberOfTheLastHookNoMoreEither)
+TEST_F(HookRuns, DoNotUseTheNumberOfTheLastHookAgain)
 {
     add(1);
     service.deregisterPostExecutionHook(1);

@@ -149,7 +149,7 @@ TEST(CommandService, IsReachedThroughItsFacade)
     EXPECT_EQ(captured.text(), "  a\n  b\n  c\n");
 }
 
-TEST(Execution, GivesTwentyAndTheUsageForALineThatLeadsNowhere)
+TEST(Execution, GivesTwentyAndTheUsageForALineThatLeadsToNoHandler)
 {
     CmdTableHelperImpl service;
     service.registerCmdTable("x", tableOf("x <a>", 7));
@@ -312,11 +312,11 @@ TEST(Execution, LetsAHandlerReplaceItself)
                                                                    nullptr}});
     std::ostringstream out;
     EXPECT_EQ(service.executeCmd({"x"}, out), 11);
-    EXPECT_EQ(token.use_count(), 1) << "the replaced handler is gone after its last call";
+    EXPECT_EQ(token.use_count(), 1) << "the replaced handler is destroyed after its last call";
     EXPECT_EQ(service.executeCmd({"x"}, out), 12);
 }
 
-/// A handler whose end uses the service, as that of a plug-in that is unloaded may.
+/// A handler whose destructor uses the service, as that of a plug-in may when it is unloaded.
 struct HandlerThatLeavesAMark
 {
     int operator()(int, const char* const*) const { return 1; }
@@ -336,7 +336,7 @@ TEST(Execution, ReleasesAReplacedHandlerOutsideTheLock)
     EXPECT_EQ(result, 9);
 }
 
-/// Something that a handler or a hook owns, whose end uses the service in every way.
+/// Something that a handler or a hook owns. Its destructor uses the service in every way.
 std::shared_ptr<void> userOf(CmdTableHelperImpl& service, std::ostream& out)
 {
     const unsigned int hook = service.registerPostExecutionHook([](int, int, const char* const*) {});
@@ -349,7 +349,7 @@ std::shared_ptr<void> userOf(CmdTableHelperImpl& service, std::ostream& out)
             }};
 }
 
-TEST(CommandService, MayBeUsedByTheEndsOfItsHandlersAndHooks)
+TEST(CommandService, MayBeUsedByTheDestructorsOfItsHandlersAndHooks)
 {
     std::ostringstream out;
     {

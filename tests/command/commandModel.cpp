@@ -1,4 +1,4 @@
-/// The rules of the command tables, as they read.
+/// The rules of the command tables, written down as plainly as possible.
 #include "tests/command/commandModel.h"
 
 namespace Corvane::CmdTableHelper::Testing {

@@ -1,5 +1,5 @@
-/// A second, plain implementation of the command tables' rules, written as the rules read: recursive, with copies, and
-/// without a thought for time or depth. The library is compared with it on random tables and lines.
+/// A second implementation of the command tables' rules, as plain as possible: it is recursive, copies much, and takes
+/// whatever time and stack it needs. The library is compared with it on random tables and lines.
 #ifndef CORVANE_TESTS_COMMAND_COMMANDMODEL_H
 #define CORVANE_TESTS_COMMAND_COMMANDMODEL_H
 

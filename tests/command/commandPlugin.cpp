@@ -1,4 +1,4 @@
-/// A plug-in that leaves a command and a hook registered. It brings the library into the process, which goes with it.
+/// A plug-in that leaves a command and a hook registered. The library is loaded and unloaded with it.
 #include <sstream>
 #include <string>
 #include <vector>

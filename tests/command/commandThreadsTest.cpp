@@ -21,7 +21,7 @@ constexpr int rounds = 300;
 
 std::vector<CommandDefinitions> tableOf(const std::string& synopsis, int result)
 {
-    // The handler owns memory that it reads, so that a call of a handler that is gone does not go unnoticed.
+    // The handler reads memory that it owns, so that sanitizers notice the call of a handler that was destroyed.
     const auto held = std::make_shared<int>(result);
     return {{synopsis, [held](int, const char* const*) { return *held; }, nullptr}};
 }
@@ -68,7 +68,7 @@ TEST(CommandThreads, RegisterExecuteAndHookAtOnce)
     }
 }
 
-/// ThreadSanitizer sees whether the look-up takes the lock: nothing else orders it behind the registration.
+/// ThreadSanitizer reports a look-up without the lock: nothing else orders it after the registration.
 TEST(CommandThreads, RegisterHooksBetweenTwoHooksOfARun)
 {
     CmdTableHelperImpl service;

@@ -1,4 +1,4 @@
-/// Short forms for tests that build syntax graphs and look at them.
+/// Helpers for tests that build syntax graphs and look at them.
 #ifndef CORVANE_TESTS_COMMAND_GRAPHSUPPORT_H
 #define CORVANE_TESTS_COMMAND_GRAPHSUPPORT_H
 
@@ -14,7 +14,7 @@
 
 namespace Corvane::CmdTableHelper::Testing {
 
-// Looks into a graph, and calls of operations that the graph itself makes under its mutex.
+// These read a graph, and call operations that need its mutex, under the mutex.
 
 inline NodePtr rootOf(const SyntaxGraph& graph)
 {
@@ -99,7 +99,7 @@ inline void add(SyntaxGraph& graph, const std::string& commandName, const std::v
     graph.addCommand(commandName, pairs);
 }
 
-/// What became of a line: the handler's result (-1 if none was found) and what was written.
+/// What a line led to: the handler's result (-1 if none was found) and what was written.
 struct Dispatched
 {
     int result;

@@ -1,4 +1,4 @@
-/// Short forms for tests of the command-table service.
+/// Helpers for tests of the command-table service.
 #ifndef CORVANE_TESTS_COMMAND_SERVICESUPPORT_H
 #define CORVANE_TESTS_COMMAND_SERVICESUPPORT_H
 
@@ -13,7 +13,7 @@ namespace Corvane::CmdTableHelper::Testing {
 
 using Words = std::vector<std::string>;
 
-/// Gives what is written to std::cout while it lives.
+/// Collects what is written to std::cout while it lives.
 class CapturedCout
 {
 public:

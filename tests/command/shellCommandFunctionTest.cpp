@@ -1,4 +1,4 @@
-/// One handler of whatever form: what is held, how it is called, and what a copy is.
+/// One handler of any form: what is held, how it is called, and what a copy is.
 #include "command/src/shellCommandFunction.h"
 
 #include <atomic>
@@ -282,7 +282,7 @@ TEST(ShellCommandFunction, IsAssignedByOneThreadWhileAnotherCallsIt)
             }
         };
         Corvane::Testing::startTogether({assigning, calling});
-        EXPECT_EQ(living, 1) << "the replaced functions are gone";
+        EXPECT_EQ(living, 1) << "the replaced functions are destroyed";
     }
     EXPECT_EQ(living, 0);
 }
