@@ -66,7 +66,7 @@ public:
     /// whose first word leads nowhere.
     ///
     /// A keyword is preferred to a placeholder, and of several placeholders the first registered that leads to a
-    /// handler is taken. Words beyond the end of a synopsis are not looked at; the handler gets them all the same.
+    /// handler is taken. Words after the end of a synopsis don't matter; the handler gets them all the same.
     ///
     /// A line that leads to no handler runs nothing. What may be typed instead is written to `out`: "Usage: ", the
     /// words that were understood, up to 65,536 words that may follow, and an empty line. The word "pelm"

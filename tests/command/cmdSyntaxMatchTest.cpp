@@ -49,7 +49,7 @@ TEST_F(DispatchOfShow, PrefersAKeywordToThePlaceholder)
     EXPECT_EQ(dispatch(graph, {"show", "-l", "on"}), (Dispatched{-1, "Usage: show -l <file> { on | off } \n\n"}));
 }
 
-TEST_F(DispatchOfShow, ShowsHowALineThatStopsShortGoesOn)
+TEST_F(DispatchOfShow, ShowsHowAnIncompleteLineGoesOn)
 {
     EXPECT_EQ(dispatch(graph, {"show", "a.txt"}), (Dispatched{-1, "Usage: show <file> { on | off } \n\n"}));
     EXPECT_EQ(dispatch(graph, {"show"}), (Dispatched{-1, "Usage: show [ -l ] <file> { on | off } \n\n"}));
@@ -76,7 +76,7 @@ TEST_F(DispatchOfShow, StopsAtAWordThatDoesNotMatch)
               (Dispatched{-1, "Usage: show <file> { on | off } \n\n"}));
 }
 
-TEST_F(DispatchOfShow, IgnoresWordsBehindTheEnd)
+TEST_F(DispatchOfShow, IgnoresWordsAfterTheEnd)
 {
     EXPECT_EQ(dispatch(graph, {"show", "a.txt", "on", "extra"}), (Dispatched{7, ""}));
 }
@@ -90,12 +90,17 @@ TEST_F(DispatchOfShow, ReportsANullWord)
 {
     std::ostringstream out;
     const char* const nullCommand[] = {nullptr};
-    EXPECT_THROW(graph.dispatchCommand(1, nullCommand, out), std::logic_error);
+    try {
+        graph.dispatchCommand(1, nullCommand, out);
+        FAIL();
+    } catch (const std::logic_error& error) {
+        EXPECT_STREQ(error.what(), "basic_string::_M_construct null not valid");
+    }
     const char* const nullWord[] = {"show", nullptr, "on"};
     EXPECT_THROW(graph.dispatchCommand(3, nullWord, out), std::logic_error);
-    // A null word behind the end of the line is not looked at, and the lock is free again.
-    const char* const unseen[] = {"show", "a.txt", "on"};
-    EXPECT_NE(graph.dispatchCommand(3, unseen, out), nullptr);
+    // The lock is free again, and what stands after the first surplus word is not looked at.
+    const char* const unseen[] = {"show", "a.txt", "on", "extra", nullptr};
+    EXPECT_NE(graph.dispatchCommand(5, unseen, out), nullptr);
 }
 
 TEST(Dispatch, OfAnEmptyGraphShowsNothing)
@@ -122,14 +127,7 @@ TEST(Dispatch, OfAGraphThatHasEndedFindsNothing)
     EXPECT_EQ(dispatch(graph, {}), (Dispatched{-1, "Usage: \n\n"}));
 }
 
-TEST(Dispatch, OfNoWordsFindsTheHandlerOfTheRoot)
-{
-    SyntaxGraph graph;
-    add(graph, "x", {""});
-    EXPECT_EQ(dispatch(graph, {}), (Dispatched{1, ""}));
-}
-
-TEST(Dispatch, GoesOnBehindANodeWithAHandler)
+TEST(Dispatch, GoesOnAfterANodeWithAHandler)
 {
     SyntaxGraph graph;
     add(graph, "x", {"x [-l] [-v]"});

@@ -151,7 +151,7 @@ TEST(PrintSubNodes, WritesANodeWithoutSubnodesAndReturnsIt)
     EXPECT_EQ(out.str(), "leaf");
 }
 
-TEST(PrintSimpleSubNodes, HugsBracketsAndReturnsWhereItStopped)
+TEST(PrintSimpleSubNodes, WritesNoBlanksInsideBracketsAndReturnsWhereItStopped)
 {
     SyntaxGraph graph;
     add(graph, "x", {"x [-l]"});

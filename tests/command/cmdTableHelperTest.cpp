@@ -112,20 +112,17 @@ TEST(CommandService, SkipsTheIdsOfLiveHooksWhenTheirCounterComesRound)
 TEST(CommandService, IsReachedThroughItsFacade)
 {
     CmdTableHelperIf& service = CmdTableHelperIf::getInstance();
-    service.registerCmdTable("one", std::vector<CommandDefinitions>{
-                                        {"one <a>", [](int argc, const char* const*) { return argc; }, "First."}});
-    service.registerCmdTable("two", std::vector<CmdDefinition>{{"two <a>",
-                                                                [](int, const char* const* argv, std::ostream& out) {
-                                                                    out << argv[1];
-                                                                    return 2;
-                                                                },
-                                                                "Second."}});
-    service.registerCmdTable("three", std::vector<CmdDefinitionCpp>{{"three <a>",
-                                                                     [](const Words& words, std::ostream& out) {
-                                                                         out << words.at(1);
-                                                                         return 3;
-                                                                     },
-                                                                     "Third."}});
+    service.registerCmdTable("one",
+                             table<CommandDefinitions>("one <a>", [](int argc, const char* const*) { return argc; }));
+    service.registerCmdTable("two",
+                             table<CmdDefinition>("two <a>", [](int, const char* const* argv, std::ostream& out) {
+                                 out << argv[1];
+                                 return 2;
+                             }));
+    service.registerCmdTable("three", table<CmdDefinitionCpp>("three <a>", [](const Words& words, std::ostream& out) {
+                                 out << words.at(1);
+                                 return 3;
+                             }));
     std::ostringstream out;
     EXPECT_EQ(service.executeCmd({"one", "x"}, out), 2);
     EXPECT_EQ(service.executeCmd({"two", "y"}, out), 2);
@@ -166,12 +163,10 @@ TEST(Execution, OfNoWordsRunsAHandlerOfTheRoot)
 {
     CmdTableHelperImpl service;
     const char* const* seenArgv = reinterpret_cast<const char* const*>(&service);
-    service.registerCmdTable("x", std::vector<CommandDefinitions>{{"",
-                                                                   [&](int argc, const char* const* argv) {
-                                                                       seenArgv = argv;
-                                                                       return argc;
-                                                                   },
-                                                                   nullptr}});
+    service.registerCmdTable("x", table<CommandDefinitions>("", [&](int argc, const char* const* argv) {
+                                 seenArgv = argv;
+                                 return argc;
+                             }));
     std::ostringstream out;
     EXPECT_EQ(service.executeCmd({}, out), 0);
     EXPECT_EQ(seenArgv, nullptr);
@@ -219,12 +214,10 @@ TEST(Execution, GivesTheHandlerTheWholeLine)
 {
     CmdTableHelperImpl service;
     Words seen;
-    service.registerCmdTable("x", std::vector<CmdDefinitionCpp>{{"x <a>",
-                                                                 [&](const Words& words, std::ostream&) {
-                                                                     seen = words;
-                                                                     return 0;
-                                                                 },
-                                                                 nullptr}});
+    service.registerCmdTable("x", table<CmdDefinitionCpp>("x <a>", [&](const Words& words, std::ostream&) {
+                                 seen = words;
+                                 return 0;
+                             }));
     std::ostringstream out;
     EXPECT_EQ(service.executeCmd({"x", "two words", "extra", ""}, out), 0);
     EXPECT_THAT(seen, ElementsAre("x", "two words", "extra", ""));
@@ -234,12 +227,10 @@ TEST(Execution, EndsAWordAtItsFirstNul)
 {
     CmdTableHelperImpl service;
     Words seen;
-    service.registerCmdTable("x", std::vector<CmdDefinitionCpp>{{"x on",
-                                                                 [&](const Words& words, std::ostream&) {
-                                                                     seen = words;
-                                                                     return 0;
-                                                                 },
-                                                                 nullptr}});
+    service.registerCmdTable("x", table<CmdDefinitionCpp>("x on", [&](const Words& words, std::ostream&) {
+                                 seen = words;
+                                 return 0;
+                             }));
     std::ostringstream out;
     EXPECT_EQ(service.executeCmd({"x", std::string("on\0off", 6)}, out), 0);
     EXPECT_THAT(seen, ElementsAre("x", "on"));
@@ -284,17 +275,14 @@ TEST(Execution, LetsAHandlerRegisterExecuteAndDeregister)
     CmdTableHelperImpl service;
     unsigned int hook = 0;
     int hookCalls = 0;
-    service.registerCmdTable("x",
-                             std::vector<CmdDefinition>{{"x",
-                                                         [&](int, const char* const*, std::ostream& out) {
-                                                             service.registerCmdTable("y", tableOf("y", 5));
-                                                             hook = service.registerPostExecutionHook(
-                                                                 [&](int, int, const char* const*) { ++hookCalls; });
-                                                             const int inner = service.executeCmd({"y"}, out);
-                                                             service.deregisterPostExecutionHook(hook);
-                                                             return inner + 1;
-                                                         },
-                                                         nullptr}});
+    service.registerCmdTable("x", table<CmdDefinition>("x", [&](int, const char* const*, std::ostream& out) {
+                                 service.registerCmdTable("y", tableOf("y", 5));
+                                 hook = service.registerPostExecutionHook(
+                                     [&](int, int, const char* const*) { ++hookCalls; });
+                                 const int inner = service.executeCmd({"y"}, out);
+                                 service.deregisterPostExecutionHook(hook);
+                                 return inner + 1;
+                             }));
     std::ostringstream out;
     EXPECT_EQ(service.executeCmd({"x"}, out), 6);
     EXPECT_EQ(hookCalls, 1) << "the inner command only";
@@ -304,12 +292,10 @@ TEST(Execution, LetsAHandlerReplaceItself)
 {
     CmdTableHelperImpl service;
     const auto token = std::make_shared<int>(11);
-    service.registerCmdTable("x", std::vector<CommandDefinitions>{{"x",
-                                                                   [&service, token](int, const char* const*) {
-                                                                       service.registerCmdTable("x", tableOf("x", 12));
-                                                                       return *token;
-                                                                   },
-                                                                   nullptr}});
+    service.registerCmdTable("x", table<CommandDefinitions>("x", [&service, token](int, const char* const*) {
+                                 service.registerCmdTable("x", tableOf("x", 12));
+                                 return *token;
+                             }));
     std::ostringstream out;
     EXPECT_EQ(service.executeCmd({"x"}, out), 11);
     EXPECT_EQ(token.use_count(), 1) << "the replaced handler is destroyed after its last call";
@@ -330,7 +316,7 @@ TEST(Execution, ReleasesAReplacedHandlerOutsideTheLock)
     int result = 0;
     {
         const std::shared_ptr<void> mark(nullptr, [&](void*) { result = service.executeCmd({"x"}, out); });
-        service.registerCmdTable("x", std::vector<CommandDefinitions>{{"x", HandlerThatLeavesAMark{mark}, nullptr}});
+        service.registerCmdTable("x", table<CommandDefinitions>("x", HandlerThatLeavesAMark{mark}));
     }
     service.registerCmdTable("x", tableOf("x", 9));
     EXPECT_EQ(result, 9);
@@ -355,8 +341,7 @@ TEST(CommandService, MayBeUsedByTheDestructorsOfItsHandlersAndHooks)
     {
         CmdTableHelperImpl service;
         service.registerCmdTable("pending", tableOf("other <a>", 1));
-        service.registerCmdTable(
-            "x", std::vector<CommandDefinitions>{{"x", HandlerThatLeavesAMark{userOf(service, out)}, nullptr}});
+        service.registerCmdTable("x", table<CommandDefinitions>("x", HandlerThatLeavesAMark{userOf(service, out)}));
         service.registerPostExecutionHook([mark = userOf(service, out)](int, int, const char* const*) {});
     }
     EXPECT_EQ(out.str(), "Usage: \n\n20\nUsage: \n\n20\nUsage: \n\n20\nUsage: \n\n20\n") << "nothing is found any more";
@@ -370,11 +355,9 @@ TEST(CommandService, ReleasesWhatTheDestructorOfAHandlerRegistersAndWhatThatRegi
         const auto atEnd = [](auto action) { return std::shared_ptr<void>(nullptr, [action](void*) { action(); }); };
         const auto addHook = [&] { service.registerPostExecutionHook([hookToken](int, int, const char* const*) {}); };
         const auto addCommand = [&] {
-            service.registerCmdTable(
-                "y", std::vector<CommandDefinitions>{{"y", HandlerThatLeavesAMark{atEnd(addHook)}, nullptr}});
+            service.registerCmdTable("y", table<CommandDefinitions>("y", HandlerThatLeavesAMark{atEnd(addHook)}));
         };
-        service.registerCmdTable(
-            "x", std::vector<CommandDefinitions>{{"x", HandlerThatLeavesAMark{atEnd(addCommand)}, nullptr}});
+        service.registerCmdTable("x", table<CommandDefinitions>("x", HandlerThatLeavesAMark{atEnd(addCommand)}));
     }
     EXPECT_EQ(hookToken.use_count(), 1);
 }

@@ -9,11 +9,13 @@
 #include <gtest/gtest.h>
 
 #include "command/src/cmdTableHelperImplV2.h"
+#include "tests/command/serviceSupport.h"
 #include "tests/support/startTogether.h"
 
 namespace {
 
 using namespace Corvane::CmdTableHelper;
+using Corvane::CmdTableHelper::Testing::table;
 using Corvane::Testing::startTogether;
 using V2::CmdTableHelperImpl;
 
@@ -106,15 +108,13 @@ TEST(CommandThreads, ReplaceAHandlerThatOthersAreInside)
     std::atomic<bool> replaced{false};
     std::atomic<bool> inside{false};
     const auto token = std::make_shared<int>(7);
-    service.registerCmdTable("x", std::vector<CommandDefinitions>{{"x",
-                                                                   [&, token](int, const char* const*) {
-                                                                       inside = true;
-                                                                       while (!replaced) {
-                                                                           std::this_thread::yield();
-                                                                       }
-                                                                       return *token;
-                                                                   },
-                                                                   nullptr}});
+    service.registerCmdTable("x", table<CommandDefinitions>("x", [&, token](int, const char* const*) {
+                                 inside = true;
+                                 while (!replaced) {
+                                     std::this_thread::yield();
+                                 }
+                                 return *token;
+                             }));
     startTogether({[&] {
                        std::ostringstream out;
                        EXPECT_EQ(service.executeCmd({"x"}, out), 7);

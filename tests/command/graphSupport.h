@@ -34,12 +34,6 @@ inline std::map<std::string, NodePtr> commandNodesOf(const SyntaxGraph& graph)
     return graph.commandNodes;
 }
 
-inline void registerName(SyntaxGraph& graph, const std::string& commandName)
-{
-    const ExclusiveLock lock(graph.mutex);
-    graph.registerCommandName(commandName);
-}
-
 inline std::vector<NodePtr> matchingRootSubnodes(const SyntaxGraph& graph, const std::string& word)
 {
     const ExclusiveLock lock(graph.mutex);

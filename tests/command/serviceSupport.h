@@ -5,6 +5,7 @@
 #include <iostream>
 #include <sstream>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <command/cmdDefinitions.h>
@@ -27,6 +28,13 @@ private:
     std::ostringstream m_text;
     std::streambuf* m_before;
 };
+
+/// A table of one command.
+template <typename Record>
+std::vector<Record> table(const std::string& synopsis, decltype(Record::handler) handler)
+{
+    return {{synopsis, std::move(handler), nullptr}};
+}
 
 /// A table of one command whose handler returns `result`.
 inline std::vector<CmdDefinition> tableOf(const std::string& synopsis, int result)

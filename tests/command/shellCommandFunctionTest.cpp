@@ -97,48 +97,31 @@ TEST(ShellCommandFunction, GivesAStreamHandlerTheVeryStream)
 
 TEST(ShellCommandFunction, CopiesTheWordsForAHandlerThatTakesStrings)
 {
-    Words seen{"untouched"};
-    const ShellCommandFunction function(std::function<int(const Words&)>([&](const Words& words) {
+    Words seen;
+    std::ostringstream out;
+    const ShellCommandFunction withoutStream(std::function<int(const Words&)>([&](const Words& words) {
         seen = words;
         return -5;
     }));
-    std::ostringstream out;
-    EXPECT_EQ(function.callCommandHandlerFunction(3, line, out), -5);
-    EXPECT_THAT(seen, ElementsAre("show", "-l", "a.txt"));
-    EXPECT_EQ(out.str(), "");
-}
-
-TEST(ShellCommandFunction, CopiesTheWordsForAHandlerThatTakesStringsAndAStream)
-{
-    Words seen;
-    std::ostringstream out;
-    const ShellCommandFunction function(
+    const ShellCommandFunction withStream(
         std::function<int(const Words&, std::ostream&)>([&](const Words& words, std::ostream& stream) {
             EXPECT_EQ(&stream, &out);
             seen = words;
             return 4;
         }));
-    EXPECT_EQ(function.callCommandHandlerFunction(2, line, out), 4);
+    EXPECT_EQ(withoutStream.callCommandHandlerFunction(3, line, out), -5);
+    EXPECT_THAT(seen, ElementsAre("show", "-l", "a.txt"));
+    EXPECT_EQ(withStream.callCommandHandlerFunction(2, line, out), 4);
     EXPECT_THAT(seen, ElementsAre("show", "-l"));
-}
-
-TEST(ShellCommandFunction, GivesNoWordsWhenThereAreNoneOrFewer)
-{
     for (const int argc : {0, -1, -2147483647}) {
-        Words seen{"untouched"};
-        std::ostringstream out;
-        ShellCommandFunction(std::function<int(const Words&)>([&](const Words& words) {
-            seen = words;
-            return 0;
-        })).callCommandHandlerFunction(argc, line, out);
+        seen = {"untouched"};
+        withoutStream.callCommandHandlerFunction(argc, line, out);
         EXPECT_THAT(seen, IsEmpty());
         seen = {"untouched"};
-        ShellCommandFunction(std::function<int(const Words&, std::ostream&)>([&](const Words& words, std::ostream&) {
-            seen = words;
-            return 0;
-        })).callCommandHandlerFunction(argc, nullptr, out);
+        withStream.callCommandHandlerFunction(argc, nullptr, out);
         EXPECT_THAT(seen, IsEmpty());
     }
+    EXPECT_EQ(out.str(), "");
 }
 
 TEST(ShellCommandFunction, ThrowsForAnEmptyHandlerOfEachForm)

@@ -1,4 +1,4 @@
-/// An application of the library that says on standard output how it fares: whether LTTng is in the process, whether
+/// An application of the library that says on standard output how it is: whether LTTng is in the process, whether
 /// any event is on, whether emitting and a command work, and how many trace texts were built.
 #include <algorithm>
 #include <fstream>

@@ -1,5 +1,5 @@
-/// What the command service emits, at each of its three sites, with all arguments. The path is the one of the source
-/// file, as the site hands it to libtpx, which this program replaces.
+/// What the command service emits, at each of its three sites, with all arguments. This program replaces libtpx, so the
+/// path is the one that the site passes.
 #include <ostream>
 #include <sstream>
 #include <string>

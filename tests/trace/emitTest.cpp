@@ -27,7 +27,7 @@ using testing::Each;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-/// Emits one of the four events with a text that is longer than any string keeps inside itself, and counts the calls.
+/// Emits one of the four events with a text that is too long for a string's own buffer, and counts the calls.
 void emit(ProbedEvent event, unsigned int& calls)
 {
     const auto writeText = [&](std::ostream& msg) {

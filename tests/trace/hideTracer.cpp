@@ -1,6 +1,5 @@
-/// A module for the dynamic loader (LD_AUDIT) that hides LTTng from a process: the tracepoint library is nowhere to be
-/// found, and the tracer's place is taken by the library that CORVANE_NO_TRACER names. It is how a process looks on a
-/// machine that has the library's needed files but no tracing.
+/// A module for the dynamic loader (LD_AUDIT) that hides LTTng from a process: the loader doesn't find the tracepoint
+/// library, and loads the library that CORVANE_NO_TRACER names instead of the tracer.
 #include <cstdlib>
 #include <cstring>
 #include <string_view>

@@ -45,7 +45,7 @@ protected:
     std::unique_ptr<LiveSession> m_session;
 };
 
-/// What only one event of a recording is: its fields in their order.
+/// An event with its fields in their order.
 RecordedEvent event(const std::string& name, const std::string& logLevel, const std::vector<RecordedField>& fields)
 {
     return {name, logLevel, fields};
@@ -199,7 +199,7 @@ TEST_F(LiveTrace, RecordsWhatTheCommandServiceEmits)
                           plain(serviceFile, "150", "-", "Execute VELK command: show  off say \"x\""))));
 }
 
-TEST_F(LiveTrace, IsThatOfTheProgramsThatAreFollowed)
+TEST_F(LiveTrace, RecordsOnlyTheProgramsThatTheSessionFollows)
 {
     EXPECT_EQ(Corvane::Testing::runProgram({CORVANE_USE_COMMANDS}, m_session->environment()).status, 0);
     EXPECT_EQ(m_session->run({CORVANE_EMIT_ALL_EVENTS}).status, 0);

@@ -1,6 +1,5 @@
-/// Loads the library that its argument names, unloads it, and does both once more. Says each time what is registered
-/// with the tracer, if that is the one that CORVANE_NO_TRACER names. Exits with 0 if the library goes when it is
-/// unloaded.
+/// Loads the library that its argument names and unloads it, twice. If CORVANE_NO_TRACER names a tracer, says each time
+/// what is registered with it. Exits with 0 if the library is no longer in the process after each time.
 #include <cstdlib>
 #include <fstream>
 #include <iostream>
@@ -43,7 +42,7 @@ int main(int argc, char** argv)
     }
     RegisteredEvent* registeredEvent = nullptr;
     if (const char* const tracer = std::getenv("CORVANE_NO_TRACER")) {
-        void* const loaded = dlopen(tracer, RTLD_NOW); // stays, so that it can be asked after the library is gone
+        void* const loaded = dlopen(tracer, RTLD_NOW); // stays, so that it can be asked when the library is unloaded
         registeredEvent = loaded == nullptr
                               ? nullptr
                               : reinterpret_cast<RegisteredEvent*>(dlsym(loaded, "corvaneTestRegisteredEvent"));
