@@ -30,7 +30,7 @@ TEST(AllocationFailure, WhileSynopsesAreAddedLeavesNoTwoSubnodesOfAName)
             EXPECT_GT(failEachAllocation(operation), 0);
         }
     }
-    const auto names = subnodesOf(at(graph.root, {"x"}));
+    const auto names = subnodesOf(at(rootOf(graph), {"x"}));
     EXPECT_EQ(names.size(), 100U);
     EXPECT_EQ(std::set<std::string>(names.begin(), names.end()).size(), names.size());
     for (int i = 0; i < 100; ++i) {
