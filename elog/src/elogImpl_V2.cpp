@@ -67,8 +67,8 @@ void keepLibraryLoaded()
 
 /// Ends the client when the process that started it ends.
 ///
-/// A child made by fork() has none of the client's threads, and writers of its parent may be counted that it doesn't
-/// have either: its end must not wait for them.
+/// It does nothing in a child made by fork(). The child has neither the client's thread nor its parent's writers, who
+/// may still be counted: it would wait for them for ever.
 class ClientEnd
 {
 public:
