@@ -18,12 +18,10 @@ namespace {
 
 using Conformance::Peer;
 using Pindle::ActiveObject::V1::ActiveObjectIf;
-using Pindle::ActiveObject::V1::SchedulingPolicy;
-using testing::Each;
 
 std::shared_ptr<ActiveObjectIf> start(const std::function<void()>& init)
 {
-    return ActiveObjectIf::create(init, SchedulingPolicy{0});
+    return ActiveObjectIf::create(init, Pindle::ActiveObject::V1::SchedulingPolicy{0});
 }
 
 /// Waits until every job that was posted before has run.
@@ -78,7 +76,7 @@ TEST(ActiveObject, RunsTheJobsOfEachThreadInTheirOrder)
     }
     waitForJobs(*object);
     EXPECT_EQ(outOfOrder, 0);
-    EXPECT_THAT(next, Each(count));
+    EXPECT_THAT(next, testing::Each(count));
 }
 
 TEST(ActiveObject, RunsTheQueuedJobsBeforeTheReleaseOfTheLastOwnerReturns)

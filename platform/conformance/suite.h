@@ -88,14 +88,13 @@ inline zel_msg* receive(std::uint32_t number, std::uint32_t timeoutMs = patience
     return __zel_receive(filter.data(), timeoutMs, from, "", 0);
 }
 
-/// Asks for a mailbox; the reply is message `number`.
+/// Asks for a mailbox; the reply is message `number`. located() returns the mailbox that the reply names,
+/// ZEL_NO_MAILBOX if it doesn't come in time.
 inline void ask(const std::string& name, std::uint32_t number)
 {
     zel_msg* reply = __zel_alloc(sizeof number, number, "", 0);
     __zel_locate_async(name.c_str(), &reply, ZEL_OWN_MAILBOX, "", 0);
 }
-
-/// Returns  the mailbox that the reply `number` names; ZEL_NO_MAILBOX if it doesn't come in time.
 inline std::uint32_t located(std::uint32_t number, std::uint32_t timeoutMs = patienceMs)
 {
     zel_msg* reply = receive(number, timeoutMs);
@@ -113,11 +112,11 @@ struct Numbered
 
     std::vector<unsigned char> bytes() const
     {
+        const std::array<std::uint32_t, 3> words = {number, index, static_cast<std::uint32_t>(size)};
         std::vector<unsigned char> result(size);
-        for (std::size_t offset = 12; offset < size; ++offset) {
+        for (std::size_t offset = 0; offset < size; ++offset) {
             result[offset] = static_cast<unsigned char>(index * 131 + offset + (offset >> 8U));
         }
-        const std::array<std::uint32_t, 3> words = {number, index, static_cast<std::uint32_t>(size)};
         std::memcpy(result.data(), words.data(), sizeof words);
         return result;
     }

@@ -5,8 +5,8 @@
 /// send. A message is a block of bytes whose first 32-bit word is its message number; the rest is between sender and
 /// receiver. Every call ends in a source file name and a line, for the library's own diagnostics; "" and 0 are fine.
 ///
-/// The library belongs to the unit. "Stand-in" marks what the stand-in that is built here had to choose, and what the
-/// unit's library may do differently.
+/// The library belongs to the unit. "Stand-in" marks what the stand-in that is built here chose and the unit's library
+/// may do differently.
 ///
 /// Stand-in  connects the processes of one user on one machine that use the same folder: zel-<uid> in $XDG_RUNTIME_DIR;
 ///           without that variable in /run/user/<uid>, or in /tmp if there is no such folder. The folder must belong to
@@ -81,7 +81,6 @@ union zel_msg* __zel_receive(const uint32_t* filter, uint32_t timeoutMs, uint32_
 uint32_t __zel_sender(const union zel_msg* msg, const char* file, int line);
 
 /// Frees a message and sets `*msg` to null.
-///
 /// Stand-in  null is ignored.
 void __zel_free(union zel_msg** msg, const char* file, int line);
 

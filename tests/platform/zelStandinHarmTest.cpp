@@ -25,15 +25,7 @@ using namespace Corvane::Testing;
 namespace fs = std::filesystem;
 
 constexpr uid_t otherUser = 65534;
-
-/// What a datagram begins with.
-struct Head
-{
-    std::uint64_t size;
-    std::uint32_t sender;
-    std::int32_t process;
-    char program[16];
-};
+constexpr std::size_t headSize = 32; // of a datagram; it begins with the size of the message, a word of 64 bits
 
 class ZelStandinUnderAttack : public ZelStandin
 {
@@ -116,8 +108,7 @@ TEST_F(ZelStandinUnderAttack, DropsMessagesOfForeignKinds)
     const int connection = connectTo(sockets().front());
     std::vector<char> datagram(200000);
     const auto sendWith = [&](std::uint64_t size, std::size_t length, int file) {
-        const Head head = {size, 1, 0, "program"};
-        std::memcpy(datagram.data(), &head, sizeof head);
+        std::memcpy(datagram.data(), &size, sizeof size);
         send(connection, datagram.data(), length, file);
         expectNothing();
     };
@@ -126,12 +117,12 @@ TEST_F(ZelStandinUnderAttack, DropsMessagesOfForeignKinds)
     const int unsealed = ::memfd_create("unsealed", 0);
     ASSERT_EQ(::ftruncate(unsealed, 300000), 0);
     for (const std::uint64_t size : {0U, 3U, 64U << 20U | 1U, 0xFFFFFFFFU}) {
-        sendWith(size, sizeof(Head), -1); // announces a size that no message has
-        sendWith(size, sizeof(Head) + size % 8, -1);
+        sendWith(size, headSize, -1); // announces a size that no message has
+        sendWith(size, headSize + size % 8, -1);
     }
     for (const int announcements : {0, 3}) { // of messages that never come, too
         for (int count = 0; count < announcements; ++count) {
-            sendWith(300000, sizeof(Head), -1);
+            sendWith(300000, headSize, -1);
         }
         for (const int file : {-1, pipe[0], unsealed}) {
             sendWith(300000, datagram.size(), file);
@@ -140,7 +131,7 @@ TEST_F(ZelStandinUnderAttack, DropsMessagesOfForeignKinds)
         expectToBeReached(own, mebibyte);
     }
     const auto before = std::distance(fs::directory_iterator("/proc/self/fd"), {});
-    sendWith(12, sizeof(Head) + 20, pipe[0]); // a descriptor that nobody wants is closed
+    sendWith(12, headSize + 20, pipe[0]); // a descriptor that nobody wants is closed
     EXPECT_EQ(std::distance(fs::directory_iterator("/proc/self/fd"), {}), before);
     for (const int descriptor : {connection, pipe[0], pipe[1], unsealed}) {
         ::close(descriptor);

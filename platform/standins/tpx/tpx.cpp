@@ -3,12 +3,8 @@
 
 const char* tpx_short_fname(const char* path)
 {
-    if (path == nullptr) {
-        return "(null)";
-    }
-    const char* lastTwo = path;
-    const char* last = path;
-    for (const char* cursor = path; *cursor != '\0'; ++cursor) {
+    const char* lastTwo = path == nullptr ? "(null)" : path;
+    for (const char *cursor = lastTwo, *last = lastTwo; *cursor != '\0'; ++cursor) {
         if (*cursor == '/') {
             lastTwo = last;
             last = cursor + 1;
