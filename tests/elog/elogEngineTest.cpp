@@ -1,9 +1,13 @@
 /// The event-log process: what it accepts, what it prints, and how it ends.
+#include <array>
 #include <csignal>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <future>
+#include <map>
+#include <memory>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -110,6 +114,35 @@ TEST_F(ElogEngineProcess, PrintsJsonOnRequest)
                              R"("text":"entry 0 of thread 0"\})"));
     kill(engine.pid(), SIGTERM);
     EXPECT_EQ(engine.finish(), 0);
+}
+
+TEST_F(ElogEngineProcess, PrintsAllEntriesOfFiftyProcessesEachInItsOrder)
+{
+    Companion engine(engineWith(">'" + (m_folder.path() / "out").string() + "'"), {});
+    waitForEngine();
+    std::vector<std::unique_ptr<Companion>> writers(50);
+    for (auto& writer : writers) {
+        writer = std::make_unique<Companion>(std::vector<std::string>{CORVANE_ELOG_WRITER}, std::vector<std::string>());
+    }
+    for (const auto& writer : writers) {
+        writer->writeLine("write 1 1000");
+    }
+    std::map<std::string, unsigned int> next; // number, by writer
+    for (const auto& writer : writers) {
+        EXPECT_EQ(writer->readLine(), "written");
+        EXPECT_EQ(writer->finish(), 0);
+        next["elogWriter[" + std::to_string(writer->pid()) + "]"] = 0;
+    }
+    kill(engine.pid(), SIGTERM);
+    EXPECT_EQ(engine.finish(), 0);
+    std::istringstream lines(contentOf("out"));
+    for (std::string line; std::getline(lines, line);) {
+        std::array<std::string, 6> words; // time, sequence, writer, "event", id, parameters
+        std::istringstream(line) >> words[0] >> words[1] >> words[2] >> words[3] >> words[4] >> words[5];
+        EXPECT_EQ(words[5], "[" + std::to_string(next[words[2]]++) + "]") << line;
+    }
+    EXPECT_THAT(next, SizeIs(50));
+    EXPECT_THAT(next, testing::Each(testing::Pair(testing::_, 1000U)));
 }
 
 TEST_F(ElogEngineProcess, PrintsWhatHadArrivedBeforeASignalEndsIt)

@@ -144,6 +144,23 @@ TEST_F(ElogFlow, DeliversAllEntriesToAnEngineThatIsStoppedAndContinued)
     EXPECT_EQ(writer.finish(), 0);
 }
 
+TEST_F(ElogFlow, DeliversAllEntriesToTheEngineThatFollowsAKilledOne)
+{
+    Engine killed(1000);
+    Writer early;
+    early.write("write 1 1000");
+    killed.expectAll();
+    kill(killed.pid(), SIGKILL);
+    EXPECT_EQ(killed.finish(), -SIGKILL);
+    Engine engine(800000);
+    Writer late;
+    late.write("write 8 100000");
+    engine.expectAll();
+    early.write("write 1 1"); // it goes on with the killed one
+    EXPECT_EQ(early.finish(), 0);
+    EXPECT_EQ(late.finish(), 0);
+}
+
 TEST_F(ElogFlow, GoesOnWhenTheEngineIsKilled)
 {
     Engine engine(1000000000);
