@@ -41,19 +41,20 @@ protected:
         return ::connect(connection, generic, sizeof address) == 0 ? connection : -1;
     }
 
-    /// Sends a datagram, with a file if there is one.
+    /// Sends a datagram, and the descriptor of a file twice if there is one.
     static void send(int connection, void* bytes, std::size_t size, int file = -1)
     {
         iovec part = {bytes, size};
-        alignas(cmsghdr) std::array<char, CMSG_SPACE(sizeof file)> ancillary = {};
+        const std::array<int, 2> files = {file, file};
+        alignas(cmsghdr) std::array<char, CMSG_SPACE(sizeof files)> ancillary = {};
         msghdr datagram = {};
         datagram.msg_iov = &part;
         datagram.msg_iovlen = 1;
         if (file >= 0) {
             datagram.msg_control = ancillary.data();
             datagram.msg_controllen = ancillary.size();
-            *CMSG_FIRSTHDR(&datagram) = {CMSG_LEN(sizeof file), SOL_SOCKET, SCM_RIGHTS};
-            std::memcpy(CMSG_DATA(CMSG_FIRSTHDR(&datagram)), &file, sizeof file);
+            *CMSG_FIRSTHDR(&datagram) = {CMSG_LEN(sizeof files), SOL_SOCKET, SCM_RIGHTS};
+            std::memcpy(CMSG_DATA(CMSG_FIRSTHDR(&datagram)), files.data(), sizeof files);
         }
         EXPECT_EQ(::sendmsg(connection, &datagram, MSG_NOSIGNAL), static_cast<ssize_t>(size));
     }
@@ -131,7 +132,7 @@ TEST_F(ZelStandinUnderAttack, DropsMessagesOfForeignKinds)
         expectToBeReached(own, mebibyte);
     }
     const auto before = std::distance(fs::directory_iterator("/proc/self/fd"), {});
-    sendWith(12, headSize + 20, pipe[0]); // a descriptor that nobody wants is closed
+    sendWith(12, headSize + 20, pipe[0]); // descriptors that nobody wants are closed
     EXPECT_EQ(std::distance(fs::directory_iterator("/proc/self/fd"), {}), before);
     for (const int descriptor : {connection, pipe[0], pipe[1], unsealed}) {
         ::close(descriptor);
@@ -143,37 +144,39 @@ TEST_F(ZelStandinUnderAttack, LosesNothingWhileThereAreNoDescriptors)
 #ifdef CORVANE_TEST_SANITIZED
     GTEST_SKIP() << "a sanitizer needs descriptors for its own checks";
 #endif
-    Peer peer([](const Peer& test) {
-        create("sender");
-        const std::uint32_t to = test.hear();
-        {
-            const DescriptorLimit limit(0);
+    const auto sendWith = [](rlim_t descriptors) {
+        return [descriptors](const Peer& test) {
+            create("sender");
+            const std::uint32_t to = test.hear();
+            const DescriptorLimit limit(descriptors);
             std::thread([&] { EXPECT_EQ(create("other"), ZEL_NO_MAILBOX); }).join();
             std::thread more([&] { // descriptors come back while the sender waits for them
                 test.hear();
                 ::prlimit(0, RLIMIT_NOFILE, std::array<rlimit, 1>{{{256, 256}}}.data(), nullptr);
             });
             test.tell(1);
-            Numbered{0, mebibyte}.sendTo(to);
+            for (std::uint32_t index = 0; index < 4; ++index) {
+                Numbered{index, index % 2 == 0 ? mebibyte : 100}.sendTo(to);
+            }
             more.join();
-        }
-        for (std::uint32_t index = 1; index < 4; ++index) {
-            Numbered{index, index % 2 == 0 ? mebibyte : 100}.sendTo(to);
-        }
-    });
+        };
+    };
+    Peer peers[] = {Peer(sendWith(0)), Peer(sendWith(1))}; // one is enough for the folder, not for a look into it
     const std::uint32_t own = create("own");
-    peer.tell(own);
-    peer.hear();
-    {
-        const DescriptorLimit limit(0);
-        EXPECT_EQ(receive(Numbered::number, 50), nullptr);
-        peer.tell(1);
-        EXPECT_EQ(receive(Numbered::number, 200), nullptr); // a long message needs one
+    for (Peer& peer : peers) {
+        peer.tell(own);
+        peer.hear();
+        {
+            const DescriptorLimit limit(0);
+            EXPECT_EQ(receive(Numbered::number, 50), nullptr);
+            peer.tell(1);
+            EXPECT_EQ(receive(Numbered::number, 200), nullptr); // a long message needs one
+        }
+        for (std::uint32_t index = 0; index < 4; ++index) {
+            EXPECT_TRUE((Numbered{index, index % 2 == 0 ? mebibyte : 100}.isNext())) << index;
+        }
+        EXPECT_EQ(peer.finish(), 0);
     }
-    for (std::uint32_t index = 0; index < 4; ++index) {
-        EXPECT_TRUE((Numbered{index, index % 2 == 0 ? mebibyte : 100}.isNext())) << index;
-    }
-    EXPECT_EQ(peer.finish(), 0);
 }
 
 TEST_F(ZelStandinUnderAttack, LosesNothingInAStormOfSignals)

@@ -30,10 +30,10 @@ TEST_F(ZelStandin, TellsSizeAndSenderOfAMessage)
     EXPECT_EQ(zel_standin_size(message), 1234U);
     EXPECT_EQ(static_cast<std::uint32_t>(zel_standin_process(message)), peer.hear());
     EXPECT_STREQ(zel_standin_program(message), std::string(program_invocation_short_name).substr(0, 15).c_str());
-    __zel_free(&message, "", 0);
-    Numbered{1, 12}.sendTo(own);
+    __zel_send(&message, own, ZEL_OWN_MAILBOX, "", 0);
     message = receive(Numbered::number);
-    EXPECT_EQ(zel_standin_process(message), 0);
+    EXPECT_EQ(zel_standin_size(message), 1234U);
+    EXPECT_EQ(zel_standin_process(message), 0); // no other process sent it last
     __zel_free(&message, "", 0);
     EXPECT_EQ(zel_standin_size(nullptr), 0U);
     EXPECT_EQ(zel_standin_process(nullptr), 0);
@@ -87,12 +87,17 @@ TEST_F(ZelStandin, DropsWhatIsAskedWithoutAMailboxOrInTheNameOfOthersAndNullMess
 {
     for (const bool hasMailbox : {false, true}) {
         const std::uint32_t own = hasMailbox ? create("own") : 1;
-        zel_msg* message = __zel_alloc(4, 1, "", 0);
-        __zel_send(&message, own, hasMailbox ? 1 : ZEL_OWN_MAILBOX, "", 0);
-        EXPECT_EQ(message, nullptr);
-        for (const char* name : {"own", static_cast<const char*>(nullptr)}) {
+        zel_msg* message = nullptr;
+        errno = ENOMEM; // of an earlier call
+        for (const std::uint32_t to : {own, 0U, ZEL_NO_MAILBOX}) {
             message = __zel_alloc(4, 1, "", 0);
-            __zel_locate_async(name, &message, hasMailbox && name != nullptr ? 1 : ZEL_OWN_MAILBOX, "", 0);
+            __zel_send(&message, to, hasMailbox && to == own ? 1 : ZEL_OWN_MAILBOX, "", 0);
+            EXPECT_EQ(message, nullptr);
+        }
+        for (const char* name : {"own", "", static_cast<const char*>(nullptr)}) {
+            const bool isProper = name != nullptr && *name != '\0';
+            message = __zel_alloc(4, 1, "", 0);
+            __zel_locate_async(name, &message, hasMailbox && isProper ? 1 : ZEL_OWN_MAILBOX, "", 0);
             EXPECT_EQ(message, nullptr);
         }
         for (zel_msg** nothing : {static_cast<zel_msg**>(nullptr), &message}) {
@@ -129,8 +134,13 @@ TEST_F(ZelStandin, ReceivesWhatHadArrivedAfterItWasClosed)
         std::this_thread::yield();
     }
     const std::uint32_t arrived = sent;
-    zel_standin_close_mailbox();
+    for (const std::uint32_t number : {2U, 1U}) { // one of them is too much for a receive that wants another
+        zel_msg* message = __zel_alloc(64 * mebibyte, number, "", 0);
+        __zel_send(&message, own, ZEL_OWN_MAILBOX, "", 0);
+        zel_standin_close_mailbox(); // the second message comes too late
+    }
     EXPECT_EQ(locate("own"), ZEL_NO_MAILBOX);
+    EXPECT_EQ(receive(1, 0xFFFFFFFF), nullptr); // ends, or this test hangs
     std::uint32_t index = 0;
     while (zel_msg* message = receive(Numbered::number, 0xFFFFFFFF)) { // ends, or this test hangs
         EXPECT_TRUE((Numbered{index++, 1000}.is(message)));

@@ -1,8 +1,7 @@
 /// The folder in which the mailboxes of one user meet. Each has its socket there: "<name>.<time>.<id>", with the time
 /// of its creation in nanoseconds in 16 hexadecimal digits, and its id in 8.
 ///
-/// A killed process leaves its sockets behind. Nothing answers there, and mailboxes that are created later clear them
-/// away.
+/// A killed process leaves its sockets behind, where nothing answers. Mailboxes that are created later remove them.
 #ifndef ZEL_STANDIN_FOLDER_H
 #define ZEL_STANDIN_FOLDER_H
 
@@ -53,27 +52,37 @@ inline Fd openFolder()
     return folder;
 }
 
-/// Calls bind() or connect(). An address through the open folder is short enough, however long the folder's path is.
+/// Returns  a path that is short enough for an address, however long the folder's own path is.
+inline std::string pathOf(const Fd& folder)
+{
+    return "/proc/self/fd/" + std::to_string(folder.get()) + "/";
+}
+
+/// Errors  std::system_error
+inline Fd openSocket()
+{
+    Fd socket(::socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0));
+    return socket ? std::move(socket) : throw std::system_error(errno, std::generic_category(), "socket");
+}
+
+/// Calls bind() or connect().
 template <typename Call>
 int atAddress(const Call& call, const Fd& socket, const Fd& folder, const std::string& name)
 {
     sockaddr_un address = {};
     address.sun_family = AF_UNIX;
-    const std::string path = "/proc/self/fd/" + std::to_string(folder.get()) + "/" + name;
-    path.copy(address.sun_path, sizeof address.sun_path - 1);
+    (pathOf(folder) + name).copy(address.sun_path, sizeof address.sun_path - 1);
     return call(socket.get(), static_cast<const sockaddr*>(static_cast<const void*>(&address)), sizeof address);
 }
 
-/// Returns  the sockets of mailboxes with that name, or any if it is empty, and that id, or any if it is 0: those of
-/// one
-///          name with the oldest first.
+/// Returns  the sockets of mailboxes with that name, or any if it is empty, and that id, or any if it is 0. Those of
+///          one name begin with the oldest.
+/// Errors   std::system_error: without a descriptor nobody is found, but may be there.
 inline std::vector<std::string> socketsIn(const Fd& folder, const std::string& mailbox, std::uint32_t id)
 {
     std::vector<std::string> sockets;
-    std::error_code error; // in a folder that can't be read nobody is found
-    const std::filesystem::directory_iterator all("/proc/self/fd/" + std::to_string(folder.get()) + "/", error);
-    for (auto entry = begin(all); entry != end(all); entry.increment(error)) {
-        const std::string name = entry->path().filename();
+    for (const auto& entry : std::filesystem::directory_iterator(pathOf(folder))) {
+        const std::string name = entry.path().filename();
         if (name.size() > ending && (mailbox.empty() || name.compare(0, name.size() - ending, mailbox) == 0) &&
             (id == 0 || idOf(name) == id)) {
             sockets.push_back(name);
@@ -84,12 +93,13 @@ inline std::vector<std::string> socketsIn(const Fd& folder, const std::string& m
 }
 
 /// Returns  a socket that is connected to the first of these that answers; if it is empty, errno says why.
+/// Errors   std::system_error
 inline Fd connectToFirst(const Fd& folder, const std::vector<std::string>& names, std::uint32_t& id)
 {
     errno = ENOENT;
     for (const std::string& name : names) {
-        Fd connection(::socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0));
-        if (!connection || atAddress(::connect, connection, folder, name) == 0) {
+        Fd connection = openSocket();
+        if (atAddress(::connect, connection, folder, name) == 0) {
             id = idOf(name);
             return connection;
         }
@@ -97,7 +107,7 @@ inline Fd connectToFirst(const Fd& folder, const std::vector<std::string>& names
     return Fd();
 }
 
-/// Makes an address of a socket. Clears the folder of dead ones before.
+/// Gives a socket an address, and its messages the sender's process. Clears the folder of dead sockets before.
 ///
 /// Returns  the address's file name.
 /// Errors   std::system_error
@@ -113,6 +123,8 @@ inline std::string enterFolder(const Fd& folder, const Fd& socket, const std::st
     }
     std::random_device random;
     const std::uint32_t id = std::uniform_int_distribution<std::uint32_t>(1, ZEL_OWN_MAILBOX - 1)(random);
+    const int on = 1;
+    ::setsockopt(socket.get(), SOL_SOCKET, SO_PASSCRED, &on, sizeof on);
     char unique[ending + 1] = {};
     std::snprintf(unique, sizeof unique, ".%016" PRIx64 ".%08" PRIx32, now, id);
     if (atAddress(::bind, socket, folder, mailbox + unique) != 0) {

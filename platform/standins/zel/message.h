@@ -7,6 +7,7 @@
 #ifndef ZEL_STANDIN_MESSAGE_H
 #define ZEL_STANDIN_MESSAGE_H
 
+#include <array>
 #include <cerrno>
 #include <cstddef>
 #include <cstdlib>
@@ -81,12 +82,11 @@ inline int sendDatagram(int connection, char* bytes, std::size_t size, int file)
         *CMSG_FIRSTHDR(&datagram.header) = {CMSG_LEN(sizeof file), SOL_SOCKET, SCM_RIGHTS};
         std::memcpy(CMSG_DATA(CMSG_FIRSTHDR(&datagram.header)), &file, sizeof file);
     }
-    while (::sendmsg(connection, &datagram.header, MSG_NOSIGNAL) < 0) {
-        if (errno != EINTR) {
-            return errno;
-        }
+    int error = EINTR;
+    while (error == EINTR) {
+        error = ::sendmsg(connection, &datagram.header, MSG_NOSIGNAL) < 0 ? errno : 0;
     }
-    return 0;
+    return error;
 }
 
 /// Returns  a message with room for `size` bytes, none of them set; empty for a wrong size or want of memory.
@@ -145,12 +145,13 @@ inline int receiveMessage(int socket, Inbox& inbox, Message& message, bool mayWa
         return errno;
     }
     ucred from = {0, static_cast<uid_t>(-1), 0};
-    int descriptor = -1;
+    std::array<int, 2> descriptors = {-1, -1}; // a stranger may send a second one, for which there is room, too
     for (auto* part = CMSG_FIRSTHDR(&datagram.header); part != nullptr; part = CMSG_NXTHDR(&datagram.header, part)) {
-        part->cmsg_type == SCM_RIGHTS ? std::memcpy(&descriptor, CMSG_DATA(part), sizeof descriptor)
-                                      : std::memcpy(&from, CMSG_DATA(part), sizeof from);
+        void* const data = part->cmsg_type == SCM_RIGHTS ? static_cast<void*>(descriptors.data()) : &from;
+        std::memcpy(data, CMSG_DATA(part), part->cmsg_len - CMSG_LEN(0));
     }
-    const Fd file(descriptor);
+    const Fd file(descriptors[0]);
+    const Fd unwanted(descriptors[1]);
     const bool isHead = length >= static_cast<ssize_t>(sizeof(Head)) && from.uid == ::geteuid() &&
                         inbox.room->size >= smallestMessage && inbox.room->size <= largestMessage;
     const std::size_t missing = isHead ? sizeof(Head) + inbox.room->size - static_cast<std::size_t>(length) : 0;
@@ -166,7 +167,7 @@ inline int receiveMessage(int socket, Inbox& inbox, Message& message, bool mayWa
     }
     // A file that isn't sealed may be any file, and reading it may block.
     if (missing > 0 && taken != nullptr &&
-        (::fcntl(descriptor, F_GET_SEALS) != seals || ::pread(descriptor, reinterpret_cast<char*>(taken.get()) + length,
+        (::fcntl(file.get(), F_GET_SEALS) != seals || ::pread(file.get(), reinterpret_cast<char*>(taken.get()) + length,
                                                               missing, 0) != static_cast<ssize_t>(missing))) {
         taken.reset();
     }

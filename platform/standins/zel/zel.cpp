@@ -1,5 +1,4 @@
-/// Stand-in for the unit's messaging library, libzel.so.1: the mailboxes of threads, and the calls on them. The
-/// contract of these is in zel.h, the additions in zelStandin.h.
+/// Stand-in for the unit's messaging library, libzel.so.1. Its contract is in zel.h, what it adds in zelStandin.h.
 ///
 /// A mailbox is a datagram socket. The kernel keeps what arrives until the thread asks for it: each message whole or
 /// not at all, those of one sender in their order, while the senders of a full mailbox wait.
@@ -33,18 +32,11 @@ bool matches(const Head& message, const std::uint32_t* numbers, std::uint32_t fr
 class Mailbox
 {
 public:
-    explicit Mailbox(const std::string& name)
-    {
-        const int on = 1;
-        ::setsockopt(m_socket.get(), SOL_SOCKET, SO_PASSCRED, &on, sizeof on);
-        m_name = enterFolder(m_folder, m_socket, name);
-        m_id = idOf(m_name);
-    }
-    Mailbox(const Mailbox&) = delete;
-    Mailbox& operator=(const Mailbox&) = delete;
+    explicit Mailbox(const std::string& name) : m_name(enterFolder(m_folder, m_socket, name)) {}
     ~Mailbox() { m_process == ::getpid() ? close() : void(); } // a child made by fork() leaves it to its parent
 
     std::uint32_t id() const { return m_id; }
+    void locate(const char* name, Message reply) { m_requests.emplace_back(name, std::move(reply)); }
 
     void close()
     {
@@ -52,8 +44,6 @@ public:
         ::unlinkat(m_folder.get(), m_name.c_str(), 0);
         ::shutdown(m_socket.get(), SHUT_RD); // a child made by fork() may have the socket, too
     }
-
-    void locate(const char* name, Message reply) { m_requests.emplace_back(name, std::move(reply)); }
 
     Message receive(const std::uint32_t* numbers, std::uint32_t timeoutMs, std::uint32_t from)
     {
@@ -81,9 +71,9 @@ public:
 
     void send(Message message, std::uint32_t to)
     {
-        message->sender = m_id;
+        *message = Head{message->size, m_id};
         std::strncpy(message->program, program_invocation_short_name, sizeof message->program - 1);
-        if (to == m_id) {
+        if (to == m_id && !m_isClosed) {
             keep(std::move(message));
         }
         while (message != nullptr && isShortage(trySend(*message, to))) {
@@ -95,20 +85,21 @@ private:
     void answerRequests()
     try {
         const Fd folder = m_requests.empty() ? Fd() : openFolder();
-        for (auto& [name, reply] : m_requests) {
+        m_requests.remove_if([&](auto& request) {
+            auto& [name, reply] = request;
             if (connectToFirst(folder, socketsIn(folder, name, 0), reply->sender)) {
                 keep(std::move(reply));
             }
-        }
-        m_requests.remove_if([](const auto& request) { return request.second == nullptr; });
+            return reply == nullptr;
+        });
     } catch (const std::runtime_error&) {
-        // Without the folder nobody is found.
+        // Without the folder or a descriptor nobody is found now.
     }
 
-    void keep(Message message)
+    void keep(Message&& message)
     {
-        m_keptBytes += message->size + overhead;
         m_kept.push_back(std::move(message));
+        m_keptBytes += m_kept.back()->size + overhead;
     }
 
     int takeIn(milliseconds time)
@@ -119,7 +110,7 @@ private:
             ::setsockopt(m_socket.get(), SOL_SOCKET, SO_RCVTIMEO, &value, sizeof value);
         }
         Message message;
-        const bool hasRoom = m_keptBytes < mostKeptBytes;
+        const bool hasRoom = m_isClosed || m_keptBytes < mostKeptBytes; // little comes after the end
         const int error = hasRoom ? receiveMessage(m_socket.get(), m_inbox, message, time.count() > 0) : ENOMEM;
         message != nullptr ? keep(std::move(message)) : void();
         return error;
@@ -138,10 +129,10 @@ private:
     }
 
     const pid_t m_process = ::getpid();
-    const Fd m_socket{::socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0)};
+    const Fd m_socket = openSocket();
     const Fd m_folder = openFolder();
-    std::string m_name; // of the socket, in the folder
-    std::uint32_t m_id = ZEL_NO_MAILBOX;
+    const std::string m_name; // of the socket, in the folder
+    const std::uint32_t m_id = idOf(m_name);
     bool m_isClosed = false;
     milliseconds m_timeout{0}; // of the socket
     Inbox m_inbox;
@@ -152,7 +143,7 @@ private:
     std::uint32_t m_connectedTo = ZEL_NO_MAILBOX;
 };
 
-// Of the thread's life, and nothing of the process's: a thread may still wait in here while the process ends.
+// It ends with its thread, not with the static objects: while those end, a thread may still wait in here.
 thread_local std::unique_ptr<Mailbox> t_mailbox;
 
 const Head& headOf(const zel_msg* message)
@@ -199,7 +190,7 @@ zel_msg* __zel_alloc(std::size_t size, std::uint32_t msgNo, const char* /*file*/
 void __zel_locate_async(const char* name, zel_msg** reply, std::uint32_t from, const char* /*file*/, int /*line*/)
 try {
     Message message = takeOver(reply);
-    if (name != nullptr && message != nullptr && from == ZEL_OWN_MAILBOX && t_mailbox != nullptr) {
+    if (name != nullptr && *name != '\0' && message != nullptr && from == ZEL_OWN_MAILBOX && t_mailbox != nullptr) {
         t_mailbox->locate(name, std::move(message));
     }
 } catch (const std::exception&) {
@@ -226,7 +217,8 @@ void __zel_free(zel_msg** msg, const char* /*file*/, int /*line*/)
 void __zel_send(zel_msg** msg, std::uint32_t to, std::uint32_t from, const char* /*file*/, int /*line*/)
 try {
     Message message = takeOver(msg);
-    if (message != nullptr && from == ZEL_OWN_MAILBOX && t_mailbox != nullptr) {
+    const bool isId = to != 0 && to < ZEL_OWN_MAILBOX; // others mean any mailbox in here, or none
+    if (message != nullptr && isId && from == ZEL_OWN_MAILBOX && t_mailbox != nullptr) {
         t_mailbox->send(std::move(message), to);
     }
 } catch (const std::exception&) {

@@ -6,28 +6,22 @@
 #ifndef ZEL_STANDIN_H
 #define ZEL_STANDIN_H
 
-#include <stddef.h>
+#include <cstddef>
 
 #include <zel.h>
 
-#ifdef __cplusplus
 extern "C" {
-#endif
 
 /// Return  a message's size in bytes, its message number included; the process that sent it, as the kernel says; and
-/// the
-///         name of up to 15 bytes that the sending program gives itself, which belongs to the message. 0 and "" stand
-///         for null, and for the sender of a message that came from no other mailbox.
-size_t zel_standin_size(const union zel_msg* msg);
+///         the name of up to 15 bytes that the sending program gives itself, which belongs to the message. 0 and ""
+///         stand for null, and for the sender of a message that came from no other mailbox.
+std::size_t zel_standin_size(const union zel_msg* msg);
 int zel_standin_process(const union zel_msg* msg);
 const char* zel_standin_program(const union zel_msg* msg);
 
 /// Closes the calling thread's mailbox to further messages. What had arrived by then can still be received; after that
 /// __zel_receive() returns null without waiting. To senders, and to those who look for its name, the mailbox is gone.
-void zel_standin_close_mailbox(void);
-
-#ifdef __cplusplus
+void zel_standin_close_mailbox();
 }
-#endif
 
 #endif
