@@ -1,4 +1,4 @@
-/// What the tests of the conformance suite share: other processes, numbered messages, and short forms of the calls.
+/// What tests of the platform libraries share: other processes, numbered messages, and short forms of the calls.
 ///
 /// Each test runs in a process of its own. It makes its peers before it uses the libraries: what these do in a child
 /// made by fork() after their first use is up to them.
@@ -11,10 +11,13 @@
 #include <cstdlib>
 #include <cstring>
 #include <functional>
+#include <future>
+#include <memory>
 #include <string>
 #include <utility>
 #include <vector>
 
+#include <pindle/activeObjectIf.h>
 #include <sys/socket.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -24,6 +27,7 @@ namespace Conformance {
 
 constexpr std::uint32_t patienceMs = 60000; // a test fails rather than hangs
 constexpr unsigned int mostSeconds = 120;   // of a peer
+constexpr std::size_t mebibyte = std::size_t{1} << 20U;
 
 /// Another process, which runs a function and ends. Test and peer tell each other numbers.
 class Peer
@@ -112,12 +116,12 @@ struct Numbered
 
     std::vector<unsigned char> bytes() const
     {
-        const std::array<std::uint32_t, 3> words = {number, index, static_cast<std::uint32_t>(size)};
+        const std::uint32_t words[] = {number, index, static_cast<std::uint32_t>(size)};
         std::vector<unsigned char> result(size);
         for (std::size_t offset = 0; offset < size; ++offset) {
             result[offset] = static_cast<unsigned char>(index * 131 + offset + (offset >> 8U));
         }
-        std::memcpy(result.data(), words.data(), sizeof words);
+        std::memcpy(result.data(), words, sizeof words);
         return result;
     }
 
@@ -131,16 +135,29 @@ struct Numbered
     /// Returns  whether a received message is this one, whole. Frees it.
     bool is(zel_msg* message) const
     {
-        std::array<std::uint32_t, 3> words = {};
-        message != nullptr ? std::memcpy(words.data(), static_cast<void*>(message), sizeof words) : nullptr;
-        const bool isThis = words[1] == index && words[2] == size && // else it may be shorter
-                            std::memcmp(static_cast<void*>(message), bytes().data(), size) == 0;
+        const auto equals = [&](std::size_t count) { return std::memcmp(message, bytes().data(), count) == 0; };
+        const bool isThis = message != nullptr && equals(12) && equals(size); // else it may be shorter
         __zel_free(&message, "", 0);
         return isThis;
     }
 
     bool isNext(std::uint32_t timeoutMs = patienceMs) const { return is(receive(number, timeoutMs)); }
 };
+
+using Pindle::ActiveObject::V1::ActiveObjectIf;
+
+inline std::shared_ptr<ActiveObjectIf> start(const std::function<void()>& init)
+{
+    return ActiveObjectIf::create(init, Pindle::ActiveObject::V1::SchedulingPolicy{0});
+}
+
+/// Waits until every job that was posted before has run.
+inline void waitForJobs(ActiveObjectIf& object)
+{
+    std::promise<void> done;
+    object.post([&] { done.set_value(); });
+    done.get_future().wait();
+}
 
 } // namespace Conformance
 

@@ -1,7 +1,5 @@
-/// Interface of the trace helper library, libtpx.so.0, as far as libcorvane uses it.
-///
-/// The library belongs to the unit. Where the stand-in that is built here had to choose something that the unit's
-/// library may do differently, the choice is marked "Stand-in".
+/// Interface of the unit's trace helper library, libtpx.so.0, as far as libcorvane uses it. "Stand-in" marks what the
+/// stand-in that is built here chose. The unit's library may do it differently.
 #ifndef TPX_H
 #define TPX_H
 

@@ -1,12 +1,9 @@
-/// Interface of the messaging library, libzel.so.1, as far as libcorvane uses it: mailboxes between threads and
-/// processes.
+/// Interface of the unit's messaging library, libzel.so.1, as far as libcorvane uses it: mailboxes between threads and
+/// processes. "Stand-in" marks what the stand-in that is built here chose. The unit's library may do it differently.
 ///
 /// A mailbox belongs to the thread that created it. It has a name, by which others locate it, and an id, to which they
 /// send. A message is a block of bytes whose first 32-bit word is its message number; the rest is between sender and
 /// receiver. Every call ends in a source file name and a line, for the library's own diagnostics; "" and 0 are fine.
-///
-/// The library belongs to the unit. "Stand-in" marks what the stand-in that is built here chose and the unit's library
-/// may do differently.
 ///
 /// Stand-in  connects the processes of one user on one machine that use the same folder: zel-<uid> in $XDG_RUNTIME_DIR;
 ///           without that variable in /run/user/<uid>, or in /tmp if there is no such folder. The folder must belong to
@@ -46,8 +43,7 @@ uint32_t __zel_create_mailbox(const char* name, uint32_t flags, const char* file
 
 /// Allocates a message of `size` bytes and sets its first word to `msgNo`. The other bytes are not set.
 ///
-/// Stand-in  4 bytes to 64 MiB.
-/// Returns   the message; null if there is no memory for it or a message can't have that size.
+/// Returns   the message; null without memory, or if a message can't have that size. Stand-in: it has 4 B to 64 MiB.
 /// Owns      the caller, until the message is sent, passed with a locate request, or freed.
 union zel_msg* __zel_alloc(size_t size, uint32_t msgNo, const char* file, int line);
 
@@ -66,9 +62,8 @@ void __zel_locate_async(const char* name, union zel_msg** reply, uint32_t from, 
 ///
 /// Stand-in  null for `filter`, or a count of 0, matches every message number; a time-out of 0xFFFFFFFF waits for ever.
 ///           While 64 MiB of messages wait that no receive wanted, no others are looked at. Signals don't end the wait.
-/// Requires  `filter` is an array of words: a count, then as many message numbers. `from` is ZEL_ANY_SENDER or the id
-/// of
-///           the one sender wanted.
+/// Requires  `filter` is an array of words: a count, then as many message numbers. `from` is ZEL_ANY_SENDER or the one
+///           sender's id.
 /// Returns   the message; null when the time is up. Without a mailbox of the calling thread, null at once.
 /// Owns      the caller.
 /// Units     milliseconds; 0 takes what is there.
@@ -76,12 +71,10 @@ union zel_msg* __zel_receive(const uint32_t* filter, uint32_t timeoutMs, uint32_
 
 /// Returns  the id of the mailbox that sent a received message, or that a locate reply stands for.
 ///
-/// Stand-in  ZEL_NO_MAILBOX for null and for a message that was not received. The id is what the sender says: another
-///           process of the same user can say anything.
+/// Stand-in  ZEL_NO_MAILBOX for null and for a message that was not received. The sender may give a false id.
 uint32_t __zel_sender(const union zel_msg* msg, const char* file, int line);
 
-/// Frees a message and sets `*msg` to null.
-/// Stand-in  null is ignored.
+/// Frees a message and sets `*msg` to null. Stand-in: null is ignored.
 void __zel_free(union zel_msg** msg, const char* file, int line);
 
 /// Sends a message. Messages of up to 16 MiB are delivered at least.

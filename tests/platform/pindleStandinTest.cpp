@@ -2,31 +2,19 @@
 #include <array>
 #include <atomic>
 #include <chrono>
-#include <functional>
-#include <future>
-#include <memory>
-#include <string>
 #include <thread>
 
-#include <dlfcn.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <pindle/activeObjectIf.h>
 #include <pthread.h>
 #include <sys/syscall.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
+#include "platform/conformance/suite.h"
 #include "tests/support/timeToEnd.h"
 
 namespace {
 
-using Pindle::ActiveObject::V1::ActiveObjectIf;
-
-std::shared_ptr<ActiveObjectIf> start(const std::function<void()>& init)
-{
-    return ActiveObjectIf::create(init, Pindle::ActiveObject::V1::SchedulingPolicy::Inherited);
-}
+using namespace Conformance;
 
 thread_local int t_processQueries = 0;
 thread_local int t_wakes = 0;
@@ -40,16 +28,10 @@ extern "C" [[gnu::visibility("default")]] pid_t getpid() noexcept
     return static_cast<pid_t>(::syscall(SYS_getpid));
 }
 
-extern "C" [[gnu::visibility("default")]] int pthread_cond_broadcast(pthread_cond_t* condition) noexcept
-{
-    ++t_wakes;
-    static void* const original = ::dlsym(RTLD_NEXT, "pthread_cond_broadcast");
-    return reinterpret_cast<int (*)(pthread_cond_t*)>(original)(condition);
-}
-
 extern "C" [[gnu::visibility("default")]] int pthread_cond_signal(pthread_cond_t* condition) noexcept
 {
-    return pthread_cond_broadcast(condition); // only one thread waits
+    ++t_wakes;
+    return ::pthread_cond_broadcast(condition); // only one thread waits
 }
 #endif
 
@@ -135,19 +117,14 @@ TEST(PindleStandin, IsNeitherUsedNorWaitedForInAForkedChild)
         }
     });
     for (int round = 0; round < 20; ++round) {
-        const pid_t child = ::fork();
-        if (child == 0) {
+        Peer child([&](const Peer&) {
             ::alarm(Corvane::Testing::timeToEnd()); // a release waits longer for jobs that don't end
             object->post([] {});
             object.reset();
-            std::promise<void> done;
-            start([] {})->post([&] { done.set_value(); }); // one of its own works
-            done.get_future().wait();
+            waitForJobs(*start([] {})); // one of its own works
             ::_exit(0);
-        }
-        int status = -1;
-        ::waitpid(child, &status, 0);
-        EXPECT_EQ(status, 0);
+        });
+        EXPECT_EQ(child.finish(), 0);
     }
     isOver = true;
     producer.join();

@@ -15,8 +15,6 @@
 
 namespace Corvane::Testing {
 
-constexpr std::size_t mebibyte = std::size_t{1} << 20U;
-
 /// Runs on a thread of its own, whose mailbox ends with it.
 template <typename Action>
 auto onThread(const Action& action)

@@ -250,7 +250,6 @@ TEST_F(ZelStandinUnderAttack, KeepsOtherUsersOut)
     const auto tryAsOtherUser = [&](const std::function<bool()>& isIn) {
         return Peer([&](const Peer&) { _exit(::setuid(otherUser) == 0 && isIn() ? 1 : 0); }).finish();
     };
-    EXPECT_EQ(tryAsOtherUser([&] { return ::access(folder.c_str(), R_OK) == 0; }), 0);
     EXPECT_EQ(tryAsOtherUser([&] { return ::access(socket.c_str(), F_OK) == 0; }), 0);
     fs::permissions(folder, fs::perms::all); // by an administrator's mistake
     fs::permissions(socket, fs::perms::all);

@@ -1,6 +1,7 @@
 /// What the stand-in for libzel chose where its contract says "Stand-in", and what it adds.
 #include <atomic>
 #include <filesystem>
+#include <optional>
 #include <string>
 #include <thread>
 
@@ -259,21 +260,15 @@ TEST_F(ZelStandin, LeavesTheMailboxesOfAForkedProcessToTheParent)
 TEST_F(ZelStandin, EndsAMailboxThoughAForkedChildHasItsSocket)
 {
     std::uint32_t own = ZEL_NO_MAILBOX;
-    Peer* child = nullptr;
+    std::optional<Peer> child;
     onThread([&] {
         own = create("own");
-        child = new Peer([](const Peer& test) { // it has all descriptors, and never comes to exec()
-            test.hear();
-            _exit(0);
-        });
+        child.emplace([](const Peer& test) { test.hear(); }); // has all descriptors, and never comes to exec()
     });
     create("sender");
     for (std::uint32_t index = 0; index < 40; ++index) {
         Numbered{index, 100}.sendTo(own); // to nobody: returns, or this test hangs
     }
-    child->tell(1);
-    EXPECT_EQ(child->finish(), 0);
-    delete child;
 }
 
 } // namespace

@@ -1,10 +1,11 @@
-/// Interface of the framework library, libpindle.so.0, as far as libcorvane uses it: the active object.
+/// Interface of the unit's framework library, libpindle.so.0, as far as libcorvane uses it: the active object.
+/// "Stand-in" marks what the stand-in that is built here chose. The unit's library may do it differently.
 ///
 /// An active object is a thread that first runs an initial job and then the jobs that are posted to it, one at a time
 /// and in the order of posting. Data that only its jobs use need no lock.
 ///
-/// The library belongs to the unit. "Stand-in" marks what the stand-in that is built here chose and the unit's library
-/// may do differently.
+/// Stand-in  a child made by fork() has none of its parent's threads: there a posted job is dropped, no job runs, and
+///           the release returns at once.
 #ifndef PINDLE_ACTIVEOBJECTIF_H
 #define PINDLE_ACTIVEOBJECTIF_H
 
@@ -29,7 +30,6 @@ public:
     /// the process, as an exception does that leaves any thread. A job that is posted after the release has begun is
     /// dropped.
     ///
-    /// Stand-in  a child made by fork() has none of its parent's threads: there the job is dropped.
     /// Requires  `job` is not empty.
     /// Errors    std::bad_alloc; the job is then not queued.
     /// Owns      the job, until it has run.
@@ -45,8 +45,6 @@ public:
     ///           however many there are and however slow they are. After giving up, it drops the queued jobs and leaves
     ///           the running one alone; if the process ends then, that job ends half done. The thread runs no job after
     ///           it.
-    ///
-    ///           In a child made by fork() the release returns at once, and no job runs.
     virtual ~ActiveObjectIf();
 
     /// Starts an active object.
