@@ -1,7 +1,6 @@
 /// What the stand-in for libzel chose where its contract says "Stand-in", and what it adds.
 #include <atomic>
 #include <filesystem>
-#include <optional>
 #include <string>
 #include <thread>
 
@@ -259,15 +258,20 @@ TEST_F(ZelStandin, LeavesTheMailboxesOfAForkedProcessToTheParent)
 
 TEST_F(ZelStandin, EndsAMailboxThoughAForkedChildHasItsSocket)
 {
-    std::uint32_t own = ZEL_NO_MAILBOX;
-    std::optional<Peer> child;
-    onThread([&] {
-        own = create("own");
-        child.emplace([](const Peer& test) { test.hear(); }); // has all descriptors, and never comes to exec()
+    std::promise<std::uint32_t> own;
+    std::promise<void> end;
+    std::thread owner([&] {
+        own.set_value(create("own"));
+        end.get_future().wait();
     });
+    const std::uint32_t to = own.get_future().get();
+    const Peer child([](const Peer& test) { test.hear(); }); // has all descriptors, and never comes to exec()
     create("sender");
+    Numbered{0, 100}.sendTo(to); // connects the sender with the socket
+    end.set_value();
+    owner.join();
     for (std::uint32_t index = 0; index < 40; ++index) {
-        Numbered{index, 100}.sendTo(own); // to nobody: returns, or this test hangs
+        Numbered{index, 100}.sendTo(to); // to nobody: returns, or this test hangs
     }
 }
 
