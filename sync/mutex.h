@@ -10,6 +10,7 @@
 
 #include <mutex>
 #include <shared_mutex>
+#include <system_error>
 
 #ifdef __clang__
 #define CORVANE_THREAD_SAFETY(attribute) __attribute__((attribute))
@@ -27,6 +28,7 @@ class CORVANE_THREAD_SAFETY(capability("mutex")) Mutex
 {
 public:
     void lock() CORVANE_THREAD_SAFETY(acquire_capability()) { m_mutex.lock(); }
+    bool try_lock() CORVANE_THREAD_SAFETY(try_acquire_capability(true)) { return m_mutex.try_lock(); }
     void unlock() CORVANE_THREAD_SAFETY(release_capability()) { m_mutex.unlock(); }
 
 private:
@@ -38,6 +40,7 @@ class CORVANE_THREAD_SAFETY(capability("mutex")) SharedMutex
 {
 public:
     void lock() CORVANE_THREAD_SAFETY(acquire_capability()) { m_mutex.lock(); }
+    bool try_lock() CORVANE_THREAD_SAFETY(try_acquire_capability(true)) { return m_mutex.try_lock(); }
     void unlock() CORVANE_THREAD_SAFETY(release_capability()) { m_mutex.unlock(); }
     void lock_shared() CORVANE_THREAD_SAFETY(acquire_shared_capability()) { m_mutex.lock_shared(); }
     void unlock_shared() CORVANE_THREAD_SAFETY(release_shared_capability()) { m_mutex.unlock_shared(); }
@@ -78,6 +81,25 @@ public:
 private:
     SharedMutex& m_mutex;
 };
+
+/// Takes a lock when a process ends, where waiting for it might never end: a child made by fork() has the locks of
+/// threads that it doesn't have, and exit() may be called by a thread that holds the lock.
+///
+/// Returns  whether the lock is held now. The caller releases it.
+template <typename AnyMutex>
+bool lockAtEnd(AnyMutex& mutex, bool isForkedChild) noexcept CORVANE_THREAD_SAFETY(try_acquire_capability(true, mutex))
+    CORVANE_THREAD_SAFETY(no_thread_safety_analysis)
+{
+    try {
+        if (isForkedChild) {
+            return mutex.try_lock();
+        }
+        mutex.lock();
+        return true;
+    } catch (const std::system_error&) {
+        return false;
+    }
+}
 
 } // namespace Corvane
 

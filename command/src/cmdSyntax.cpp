@@ -55,14 +55,14 @@ SyntaxGraph::~SyntaxGraph()
     end();
 }
 
-void SyntaxGraph::end()
+void SyntaxGraph::end(bool isForkedChild)
 {
     std::vector<NodePtr> doomed(1);
-    {
-        const ExclusiveLock lock(mutex);
+    if (lockAtEnd(mutex, isForkedChild)) {
         doomed.front().swap(root);
         pendingCommandNames.clear();
         commandNodes.clear();
+        mutex.unlock();
     }
     // Nodes are taken apart one by one. Releasing each other, they would need as much stack as the graph is deep, and
     // those in a cycle would never be released.

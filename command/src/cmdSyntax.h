@@ -19,8 +19,7 @@
 
 namespace Corvane::CmdTableHelper {
 
-/// Threads  addCommand(), dispatchCommand(), findCommand() and end() take the mutex and may be called by any thread.
-/// The
+/// Threads  any thread may call addCommand(), dispatchCommand(), findCommand() and end(), which take the mutex. The
 ///          other operations take no lock.
 /// Errors   std::system_error if the mutex can't be locked, std::bad_alloc.
 class SyntaxGraph
@@ -38,7 +37,7 @@ public:
     /// Ends the graph: its nodes and handlers are released, it is empty from now on, and addCommand() adds nothing.
     ///
     /// Threads  any; what a handler owns may use the graph while it is destroyed.
-    void end();
+    void end(bool isForkedChild = false);
 
     /// Takes the next token from `cursor`: one of the characters "[{|}]", or a word.
     ///
@@ -107,7 +106,7 @@ public:
     /// Returns  the last node written.
     static NodePtr printSubNodes(std::shared_ptr<Node> from, std::shared_ptr<Node> stop, std::ostream& out);
 
-    /// Guards everything below, and every node.
+    /// Guards everything below, and every node; only a handler is called without it.
     mutable Mutex mutex;
     /// The parent of the first words of all synopses; null once the graph has ended.
     NodePtr root CORVANE_GUARDED_BY(mutex);

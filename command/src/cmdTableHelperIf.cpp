@@ -2,7 +2,10 @@
 #include <command/cmdTableHelperIf.h>
 
 #include <cstddef>
+#include <memory>
 #include <new>
+
+#include <unistd.h>
 
 #include "command/src/cmdTableHelperImplV2.h"
 
@@ -16,12 +19,13 @@ CmdTableHelperIf& CmdTableHelperIf::getInstance()
     alignas(CmdTableHelperImpl) static std::byte impl[sizeof(CmdTableHelperImpl)];
     alignas(CmdTableHelperIf) static std::byte facade[sizeof(CmdTableHelperIf)];
     static CmdTableHelperIf& instance = *new (&facade) CmdTableHelperIf(new (&impl) CmdTableHelperImpl);
-    static const struct Ending
-    {
-        ~Ending() { instance.m_impl->end(); }
-    } ending;
+    static const pid_t process = ::getpid();
+    static const std::unique_ptr<CmdTableHelperImpl, void (*)(CmdTableHelperImpl*)> ending(
+        instance.m_impl, [](CmdTableHelperImpl* service) { service->end(::getpid() != process); });
     return instance;
 }
+
+// The instance of the process uses neither this constructor nor the destructor. They make an object of its own whole.
 
 CmdTableHelperIf::CmdTableHelperIf() : CmdTableHelperIf(new CmdTableHelperImpl) {}
 

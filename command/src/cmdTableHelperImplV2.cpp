@@ -74,17 +74,17 @@ int writeHelp(const std::vector<std::string>& words, std::ostream& out, const st
 
 } // namespace
 
-void CmdTableHelperImpl::end()
+void CmdTableHelperImpl::end(bool isForkedChild)
 {
     // Handlers and hooks may own objects whose destructors call the service, to deregister a hook for example. So they
     // are released while all members still exist, and without a lock.
-    decltype(m_hooks) doomed;
-    {
-        const ExclusiveLock lock(m_hookMutex);
+    std::map<unsigned int, Hook> doomed;
+    if (lockAtEnd(m_hookMutex, isForkedChild)) {
         m_hasEnded = true;
         doomed.swap(m_hooks);
+        m_hookMutex.unlock();
     }
-    m_syntaxGraph.end();
+    m_syntaxGraph.end(isForkedChild);
 }
 
 void CmdTableHelperImpl::registerCmdTable(const std::string& commandName, const std::vector<CommandDefinitions>& table)

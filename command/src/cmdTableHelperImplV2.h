@@ -22,14 +22,14 @@ public:
     using Hook = std::function<void(int, int, const char* const*)>;
 
     CmdTableHelperImpl() = default;
-    ~CmdTableHelperImpl() { end(); }
+    ~CmdTableHelperImpl() { end(false); }
     CmdTableHelperImpl(const CmdTableHelperImpl&) = delete;
     CmdTableHelperImpl& operator=(const CmdTableHelperImpl&) = delete;
 
     /// Ends the service: handlers and hooks are released, it is empty from now on, and what is registered is dropped.
     ///
     /// Threads  any; what handlers and hooks own may use the service while it is destroyed.
-    void end();
+    void end(bool isForkedChild);
 
     void registerCmdTable(const std::string& commandName, const std::vector<CommandDefinitions>& table);
     void registerCmdTable(const std::string& commandName, const std::vector<CmdDefinition>& table);

@@ -5,8 +5,11 @@
 #include <climits>
 #include <ctime>
 #include <iostream>
+#include <memory>
 #include <new>
 #include <string_view>
+
+#include <unistd.h>
 
 #include "ramfs/src/fileHandleImpl.h"
 #include "ramfs/src/fileStreamBufImpl.h"
@@ -78,13 +81,6 @@ private:
     std::string_view m_suffix; // empty without a date, and so in every name
 };
 
-/// Releases the files when the process ends or unloads the library.
-struct EndOfFiles
-{
-    FileManagerImpl& manager;
-    ~EndOfFiles() { manager.releaseAll(); }
-};
-
 } // namespace
 
 FileManagerIf::~FileManagerIf() = default;
@@ -94,7 +90,9 @@ FileManagerIf& FileManagerIf::getInstance()
     // Never destroyed: threads may go on using it while the process's static objects are destroyed, and after.
     alignas(FileManagerImpl) static unsigned char storage[sizeof(FileManagerImpl)];
     static FileManagerImpl& instance = *new (storage) FileManagerImpl;
-    static const EndOfFiles end{instance};
+    static const pid_t process = ::getpid();
+    static const std::unique_ptr<FileManagerImpl, void (*)(FileManagerImpl*)> ending(
+        &instance, [](FileManagerImpl* manager) { manager->releaseAll(::getpid() != process); });
     return instance;
 }
 
@@ -214,13 +212,15 @@ bool FileManagerImpl::remove(const std::string& fileName, std::ostream& out, boo
                   [&](std::ostream& msg) { msg << "remove: filename(" << fileName << ")"; });
     const NamePattern pattern(fileName);
     std::string report = "File '";
+    bool isExact = false;
     bool removed = false;
-    Files::node_type exact;
-    Nodes others;
     {
+        Files::node_type exact; // the files are freed after the lock, and before the report
+        Nodes others;
         const WriteLock lock(m_mutex);
         exact = m_files.extract(fileName);
-        removed = exact || takeOut(others, [&](const Files::value_type& file) {
+        isExact = !exact.empty();
+        removed = isExact || takeOut(others, [&](const Files::value_type& file) {
                       const bool matches = pattern.matches(file.first);
                       if (matches && verbose) {
                           report += file.first + pattern.reason() + fileName + "'";
@@ -229,7 +229,7 @@ bool FileManagerImpl::remove(const std::string& fileName, std::ostream& out, boo
                   });
     }
     if (verbose) {
-        writeTo(out, exact ? report + fileName + "' deleted" : report);
+        writeTo(out, isExact ? report + fileName + "' deleted" : report);
     }
     return removed;
 }
@@ -244,8 +244,8 @@ bool FileManagerImpl::remove(int fileRef, std::ostream& out, bool verbose)
     Trace::trace1(__FILE__, TraceLine::removeByRef,
                   [&](std::ostream& msg) { msg << "remove fileRef(" << fileRef << ")"; });
     bool removed = false;
-    Nodes taken;
     {
+        Nodes taken;
         const WriteLock lock(m_mutex);
         removed = takeOut(taken, [&](const Files::value_type& file) { return file.second->getFileRef() == fileRef; });
     }
@@ -269,11 +269,13 @@ void FileManagerImpl::removeAll()
     takeOut(taken, [](const Files::value_type&) { return true; });
 }
 
-void FileManagerImpl::releaseAll()
+void FileManagerImpl::releaseAll(bool isForkedChild)
 {
     Files files;
-    const WriteLock lock(m_mutex);
-    m_files.swap(files);
+    if (lockAtEnd(m_mutex, isForkedChild)) {
+        m_files.swap(files);
+        m_mutex.unlock();
+    }
 }
 
 bool FileManagerImpl::exists(int fileRef) const

@@ -39,8 +39,10 @@ public:
     std::vector<std::shared_ptr<FileHandleIf>> openAll() override;
     std::shared_ptr<FileStreamBufIf> getFileStreamBuf() override;
 
-    /// Releases all files and all memory. The directory then is as new, but for its counter.
-    void releaseAll();
+    /// Ends the directory's state: releases all files and all memory. It is empty then; the counter goes on.
+    ///
+    /// In a child made by fork() nothing is released if another thread of the parent may have held the lock.
+    void releaseAll(bool isForkedChild);
 
 private:
     friend struct FileManagerTestAccess;

@@ -18,6 +18,15 @@ TEST(CommandService, IsUsedByDetachedThreadsWhileTheProcessEnds)
     }
 }
 
+TEST(CommandService, LetsAForkedChildExitWhileThreadsOfItsParentUseIt)
+{
+#ifdef CORVANE_TEST_SANITIZED
+    GTEST_SKIP() << "a sanitizer may leave locks of its own to a child that another thread holds";
+#endif
+    const auto result = Corvane::Testing::runProgram({CORVANE_USE_TO_THE_END, "fork"});
+    EXPECT_EQ(result.status, 0) << result.err;
+}
+
 TEST(CommandService, LeavesNothingOnTheHeapOfAProcessThatUnloadsTheLibrary)
 {
     constexpr int rounds = 1000;

@@ -2,6 +2,7 @@
 ///
 /// An object that is destroyed after the service's state has ended keeps the process until each thread has met the
 /// ended service many times: no line leads to a handler, and what is registered is dropped at once. Exits with 0 then.
+/// With an argument, children made by fork() call exit() before.
 #include <array>
 #include <atomic>
 #include <cstdio>
@@ -13,6 +14,7 @@
 #include <vector>
 
 #include <command/cmdTableHelperIf.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 namespace {
@@ -23,7 +25,12 @@ using V2::CmdTableHelperIf;
 /// How often each thread has used the service, while it lived and after.
 struct Uses
 {
-    ~Uses() { waitFor(after, 100); }
+    ~Uses()
+    {
+        if (!isForkedChild) { // which has none of the threads
+            waitFor(after, 100);
+        }
+    }
 
     static void waitFor(const std::array<std::atomic<int>, 4>& counts, int least)
     {
@@ -34,6 +41,7 @@ struct Uses
         }
     }
 
+    bool isForkedChild = false;
     std::array<std::atomic<int>, 4> before{};
     std::array<std::atomic<int>, 4> after{};
 };
@@ -70,12 +78,23 @@ void expect(bool condition, const char* text)
 
 } // namespace
 
-int main()
+int main(int argc, char** /*argv*/)
 {
     ::alarm(100); // ends a hang
     for (std::size_t thread = 0; thread < uses.before.size(); ++thread) {
         std::thread(useForEver, thread).detach();
     }
     Uses::waitFor(uses.before, 1);
+    for (int child = 0; argc > 1 && child < 40; ++child) {
+        const pid_t pid = ::fork();
+        if (pid == 0) {
+            ::alarm(20); // ends one that waits for a lock of a thread that it doesn't have
+            uses.isForkedChild = true;
+            std::exit(0);
+        }
+        int status = -1;
+        ::waitpid(pid, &status, 0);
+        expect(status == 0, "a forked child didn't exit\n");
+    }
     return 0;
 }

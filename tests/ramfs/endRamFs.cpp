@@ -1,5 +1,6 @@
-/// An application that loads the library and ends its use in one of two ways. Exits with 0 if that went well.
+/// An application that loads the library and ends its use in one of three ways. Exits with 0 if that went well.
 ///
+///     endRamFs LIBRARY fork     children made by fork() call exit() while threads of the parent use the file system
 ///     endRamFs LIBRARY exit     main() returns while detached threads go on using the file system
 ///     endRamFs LIBRARY unload   loads, uses and unloads the library 1,000 times; no memory may be left behind
 #include <atomic>
@@ -12,6 +13,7 @@
 #include <thread>
 
 #include <dlfcn.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <ramfs/fileManagerIf.h>
@@ -61,9 +63,8 @@ void waitForRounds()
     }
 }
 
-int endWithThreads(GetInstance getInstance)
+void startThreads(GetInstance getInstance)
 {
-    std::atexit(waitForRounds); // runs after the end of the directory, since it is registered before its beginning
     for (const std::string name : {"a", "b", "c", "d"}) {
         std::thread([getInstance, name] {
             for (int round = 0;; ++round) {
@@ -77,7 +78,30 @@ int endWithThreads(GetInstance getInstance)
         }).detach();
     }
     waitForRounds();
+}
+
+int endWithThreads(GetInstance getInstance)
+{
+    std::atexit(waitForRounds); // runs after the end of the directory, since it is registered before its beginning
+    startThreads(getInstance);
     return 0;
+}
+
+int endForkedChildren(GetInstance getInstance)
+{
+    startThreads(getInstance);
+    int failures = 0;
+    for (int child = 0; child < 40; ++child) {
+        const pid_t pid = ::fork();
+        if (pid == 0) {
+            ::alarm(20); // ends one that waits for a lock of a thread that it doesn't have
+            std::exit(0);
+        }
+        int status = -1;
+        ::waitpid(pid, &status, 0);
+        failures += status == 0 ? 0 : 1;
+    }
+    std::_Exit(failures == 0 ? 0 : 1);
 }
 
 /// Returns  how much memory this process has for data.
@@ -127,6 +151,9 @@ int main(int argc, char** argv)
     const std::string end = argc == 3 ? argv[2] : "";
     if (end == "exit") {
         return endWithThreads(getInstanceOf(::dlopen(argv[1], RTLD_NOW)));
+    }
+    if (end == "fork") {
+        return endForkedChildren(getInstanceOf(::dlopen(argv[1], RTLD_NOW)));
     }
     return end == "unload" ? unloadAgainAndAgain(argv[1]) : 2;
 }

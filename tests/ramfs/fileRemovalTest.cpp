@@ -1,5 +1,7 @@
 /// Removal by name, prefix, date pattern and number, and its reports to the letter.
 #include <iostream>
+#include <memory>
+#include <sstream>
 #include <stdexcept>
 
 #include <gmock/gmock.h>
@@ -32,6 +34,29 @@ protected:
 
     FileManagerImpl manager;
 };
+
+TEST_F(FileRemovalTest, ARemovedFileHasLostTheDirectoryAsOwnerWhenItsReportIsWritten)
+{
+    struct OwnerCounter : std::stringbuf
+    {
+        std::shared_ptr<FileHandleIf> handle;
+        unsigned int owners = 0;
+        std::streamsize xsputn(const char* text, std::streamsize length) override
+        {
+            owners = handle->getUserCount();
+            return std::stringbuf::xsputn(text, length);
+        }
+    } counter;
+    std::ostream out(&counter);
+    for (const std::string name : {"abc", "ab"}) {
+        counter.handle = manager.create("abc", 0, 7);
+        EXPECT_TRUE(manager.remove(name, out, true));
+        EXPECT_EQ(counter.owners, 2U) << name;
+    }
+    counter.handle = manager.create("abc", 0, 7);
+    EXPECT_TRUE(manager.remove(7, out, true));
+    EXPECT_EQ(counter.owners, 2U);
+}
 
 TEST_F(FileRemovalTest, AnExactNameTakesThatFileAlone)
 {

@@ -213,7 +213,7 @@ TEST_F(DirectoryLocks, AreReleasedBeforeTheMemoryOfAFileIsFreed)
         [&] { manager.remove("bi", false); },
         [&] { manager.remove(7, false); },
         [&] { manager.removeAll(); },
-        [&] { manager.releaseAll(); },
+        [&] { manager.releaseAll(false); },
         [&] {
             manager.setDelayedDelete(7);
             manager.open("big");

@@ -18,6 +18,15 @@ TEST(RamFsEnd, DetachedThreadsMayUseFilesWhileTheProcessEnds)
     }
 }
 
+TEST(RamFsEnd, AForkedChildMayExitWhileThreadsOfItsParentUseFiles)
+{
+#ifdef CORVANE_TEST_SANITIZED
+    GTEST_SKIP() << "a sanitizer may leave locks of its own to a child that another thread holds";
+#endif
+    const auto result = runProgram(runnable({CORVANE_END_RAMFS, CORVANE_LIBRARY, "fork"}));
+    EXPECT_EQ(result.status, 0) << result.err;
+}
+
 TEST(RamFsEnd, AThousandLoadingsLeaveNoMemoryBehind)
 {
     if (Corvane::Testing::isEmulated()) {
