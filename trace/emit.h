@@ -13,6 +13,7 @@
 #define CORVANE_TRACE_EMIT_H
 
 #include <locale>
+#include <new>
 #include <sstream>
 #include <string>
 
@@ -31,6 +32,9 @@ std::string textOf(const WriteText& writeText)
         text.imbue(std::locale::classic());
     }
     writeText(text);
+    if (!text) { // a stream swallows a failed allocation, and the text would be cut
+        throw std::bad_alloc();
+    }
     return text.str();
 }
 

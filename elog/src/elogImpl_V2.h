@@ -22,6 +22,8 @@ class ElogImpl : public ElogIf
 {
 public:
     ElogImpl();
+    ElogImpl(const ElogImpl&) = delete;
+    ElogImpl& operator=(const ElogImpl&) = delete;
     ~ElogImpl() override;
 
     void elogWrite(unsigned int eventId, const std::string& text, const std::vector<unsigned int>& params) override;

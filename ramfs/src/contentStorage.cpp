@@ -19,18 +19,27 @@ constexpr std::size_t largeSize = SIZE_MAX;
 constexpr std::size_t largeSize = std::size_t{128} * 1024;
 #endif
 
-unsigned char* checked(void* pages)
+/// Returns  what `map` returns. Where there is no memory, does what operator new does.
+template <typename Map>
+unsigned char* pagesOf(const Map& map)
 {
-    if (pages == MAP_FAILED) {
-        throw std::bad_alloc();
+    for (;;) {
+        void* const pages = map();
+        if (pages != MAP_FAILED) {
+            return static_cast<unsigned char*>(pages);
+        }
+        const std::new_handler handler = std::get_new_handler();
+        if (handler == nullptr) {
+            throw std::bad_alloc();
+        }
+        handler();
     }
-    return static_cast<unsigned char*>(pages);
 }
 
 unsigned char* allocate(std::size_t size)
 {
     if (size >= largeSize) {
-        return checked(mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0));
+        return pagesOf([&] { return mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0); });
     }
     return static_cast<unsigned char*>(std::memset(::operator new(size), 0, size));
 }
@@ -58,7 +67,7 @@ void ContentStorage::grow(std::size_t newSize)
         return;
     }
     if (oldSize >= largeSize) {
-        m_begin = checked(mremap(m_begin, oldSize, newSize, MREMAP_MAYMOVE));
+        m_begin = pagesOf([&] { return mremap(m_begin, oldSize, newSize, MREMAP_MAYMOVE); });
     } else {
         unsigned char* const block = allocate(newSize);
         std::copy(m_begin, m_end, block);

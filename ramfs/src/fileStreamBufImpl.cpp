@@ -25,6 +25,7 @@ FileStreamBufImpl::~FileStreamBufImpl()
         } catch (const std::exception&) {
             // A destructor can't report it: the text is lost.
         }
+        FileManagerIf::getInstance().close(m_fileHandle);
     }
 }
 

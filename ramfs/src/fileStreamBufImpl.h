@@ -16,6 +16,8 @@ class FileStreamBufImpl : public FileStreamBufIf
 {
 public:
     FileStreamBufImpl() = default;
+    FileStreamBufImpl(const FileStreamBufImpl&) = delete;
+    FileStreamBufImpl& operator=(const FileStreamBufImpl&) = delete;
     ~FileStreamBufImpl() override;
 
     bool create(const std::string& fileName, unsigned int initialSize, int fileRef) override;

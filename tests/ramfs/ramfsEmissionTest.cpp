@@ -1,5 +1,5 @@
-/// What a handle emits when a file is full: a case that the random operations of the model don't reach. The path is the
-/// one that the site hands to libtpx, which this program replaces.
+/// What is emitted where the random operations of the model don't come: when a file is full, and when nothing is
+/// flushed. The path is the one that the site hands to libtpx, which this program replaces.
 #include <cstdint>
 
 #include <gmock/gmock.h>
@@ -45,6 +45,17 @@ TEST(FileHandleEmission, EveryFormOfWriteAndAppendTracesItsRefusal)
             byHandle(175, "append: log fileRef(3), length(2)"), byHandle(181, "append: FileEntry::write() " + refused),
             byHandle(192, "append: log fileRef(3), length(1)"),
             byHandle(198, "append: FileEntry::write() " + refused)));
+}
+
+TEST(FileStreamBufEmission, AFlushOfNothingIsAWriteOfNothing)
+{
+    FileStreamBufImpl buffer;
+    buffer.create("empty flush", 0, 9);
+    ProbeRecorder recorder;
+    buffer.pubsync();
+    EXPECT_THAT(recorder.take(), ElementsAre(byHandle(151, "write: empty flush fileRef(9), length(0)"),
+                                             byHandle(159, "write: FileEntry::write() returns <9>")));
+    FileManagerIf::getInstance().removeAll();
 }
 
 } // namespace
