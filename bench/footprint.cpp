@@ -30,7 +30,6 @@
 
 namespace {
 
-// NOLINTBEGIN(cppcoreguidelines-avoid-non-const-global-variables): the replaced functions below reach nothing else
 std::atomic<long> heapBytes{0};
 std::atomic<int> threadsStarted{0};
 
@@ -42,7 +41,6 @@ struct Client
     bool isWaiting = false;
     bool isMeasured = false;
 } client;
-// NOLINTEND(cppcoreguidelines-avoid-non-const-global-variables)
 
 long sizeOf(void* block)
 {

@@ -117,8 +117,7 @@ private:
         Place next;  // to be tried; the number of subnodes when all have been
     };
 
-    /// A node and 64 neighbouring words. Where a line has many ways, it meets a node at one word after the other, and
-    /// one bit for each of them is enough to remember.
+    /// A node and 64 neighbouring words. One bit says whether the node was tried with that word.
     struct TriedWords
     {
         const Node* node;
@@ -156,8 +155,8 @@ private:
         return node == m_firstWords.root ? m_firstWords.match(std::string(word)) : match(*node, word);
     }
 
-    /// Tries the placeholders depth first, the earliest registered first. Where none of an inner choice leads to a
-    /// handler, the line ends at the first of them if that has one.
+    /// Tries the placeholders depth first, the earliest registered first. If no placeholder of an inner choice leads to
+    /// a handler, but the first placeholder itself has a handler, the line ends there.
     ///
     /// Returns  the node at which the line ends, which has a handler; null if no way leads to one.
     NodePtr search(const Node& parent, Place first, unsigned long word)

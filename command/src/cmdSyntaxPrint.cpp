@@ -268,11 +268,7 @@ private:
         const NodePtr& first = node().subnodes[0];
         const NodePtr& second = node().subnodes[1];
         m_out << "[";
-        if (first->subnodes.front() == second) {
-            step();
-        } else {
-            printGroup(Level::upTo(second.get()), first);
-        }
+        printGroup(Level::upTo(second.get()), first);
         m_out << "] ";
     }
 

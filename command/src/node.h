@@ -18,7 +18,7 @@ using NodePtr = std::shared_ptr<Node>;
 /// One syntax word, and the words that may follow it. Always owned by std::shared_ptr: a node that follows a group has
 /// as many parents as there are ways through the group.
 ///
-/// Threads  none of its own; the graph's mutex guards the nodes.
+/// Threads  the graph's mutex guards the nodes. Only a handler is called without it.
 class Node
 {
 public:
@@ -48,8 +48,7 @@ public:
     /// Returns  the subnode that is the keyword `word`, in the list of subnodes, or null.
     const NodePtr* findKeyword(std::string_view word) const;
 
-    /// Returns  the place of the first placeholder among the subnodes from the place `from` on; if there is none, their
-    ///          number.
+    /// Returns  the index of the first placeholder at or after `from`; subnodes.size() if there is none.
     std::size_t findPlaceholder(std::size_t from) const;
 
     /// Returns  the placeholder among the subnodes if there is exactly one; otherwise null.

@@ -55,6 +55,7 @@ public:
 
     /// Gives this object the other's function and the other this one's.
     ///
+    /// Requires `other` is another object.
     /// Threads  others may call this object's function meanwhile; `other` must not be in use.
     void swap(ShellCommandFunction& other) noexcept;
 

@@ -16,8 +16,8 @@
 /// the synopsis: of "a | b" only "a" is registered, and a choice of whole commands is written "{ a | b }" or as two
 /// records. Everything between "<" and its ">" belongs to the word, blanks and brackets included, so a "<" that is
 /// never closed takes the rest of the synopsis into its word. A ">" with no "<" before it in its word cancels the next
-/// "<" of that word: "a><b c>" is the two words "a><b" and "c>". Registration reads a synopsis up to a NUL; help writes
-/// all of it.
+/// "<" of that word: "a><b c>" is the two words "a><b" and "c>". Registration reads a synopsis up to a NUL; help and
+/// the check of brackets read all of it.
 ///
 /// Owns     the application; the library copies what it keeps, and keeps no pointer into a record.
 /// Threads  plain data: constant tables may be used by several threads.

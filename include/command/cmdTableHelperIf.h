@@ -69,11 +69,13 @@ public:
     /// handler is taken. Words after the end of a synopsis don't matter; the handler gets them all the same.
     ///
     /// A line that leads to no handler runs nothing. What may be typed instead is written to `out`: "Usage: ", the
-    /// words that were understood, up to 65,536 words that may follow, and an empty line. The word "pelm"
-    /// is a command with a usage format of its own: a group that may be left out is written with all that is in it, and
-    /// with no blanks inside its brackets, as `[-l <file>]`.
+    /// words that were understood, up to 65,536 words that may follow, and an empty line. The usage of a line whose
+    /// first word is "pelm", a command or not, has a format of its own. Some groups are written there in compact form,
+    /// for example `[-l <file>]` at the end of a synopsis.
     ///
-    /// Requires  each word is a C string to the matching, to every handler and to the hooks: it ends at its first NUL.
+    /// Requires  `out` doesn't use the service: while a usage is written, registration and matching wait. The copy
+    ///           constructors of handlers and hooks don't use it either; they run under its locks.
+    ///           Each word is a C string to the matching, to every handler and to the hooks: it ends at its first NUL.
     /// Returns   what the handler returned; 20 if the line led to no handler.
     /// Errors    what the handler or a hook throws. After a handler has thrown no hook runs; after a hook has thrown
     ///           those behind it don't run, and the handler's result is lost.

@@ -72,7 +72,7 @@ public:
     /// Requires  `os` doesn't write into this very file.
     /// Returns   the number of characters written; 0xFFFFFFFF if the output was cut. It is cut after the byte with
     ///           which `maxLength` - 2 characters are reached, even if that is the last byte of the file. A `maxLength`
-    ///           of 0 stands for 4294967296, one of 1 for 4294967297.
+    ///           of 0 or 1 cuts no output of fewer than 4294967294 characters.
     /// Errors    what `os` throws; the position is then past the last byte read.
     virtual unsigned int readReadable(std::ostream & os, unsigned int maxLength) = 0;
 

@@ -74,7 +74,8 @@ public:
     /// after the other in no particular order, without a line end and without a flush. The form without a stream
     /// reports on std::cout.
     ///
-    /// Errors   a removal needs no memory, but a report does: std::bad_alloc, and some of the files may be removed.
+    /// Errors   a removal needs no memory unless it is traced, but a report does: std::bad_alloc, and some of the files
+    ///          may be removed.
     /// Returns  true if at least one file was removed.
     virtual bool remove(const std::string& fileName, std::ostream& out, bool verbose) = 0;
     virtual bool remove(const std::string& fileName, bool verbose) = 0;

@@ -23,6 +23,7 @@ enum class SchedulingPolicy : unsigned int
 };
 
 /// Threads  any, the active object's own thread included.
+// NOLINTNEXTLINE(cppcoreguidelines-special-member-functions): the unit's library has no others
 class ActiveObjectIf
 {
 public:
