@@ -2,6 +2,7 @@
 /// of its creation in nanoseconds in 16 hexadecimal digits, and its id in 8.
 ///
 /// A killed process leaves its sockets behind, where nothing answers. Mailboxes that are created later remove them.
+/// What fails for want of anything throws std::system_error.
 #ifndef ZEL_STANDIN_FOLDER_H
 #define ZEL_STANDIN_FOLDER_H
 
@@ -26,9 +27,7 @@ inline std::uint32_t idOf(const std::string& name)
     return static_cast<std::uint32_t>(std::strtoul(name.c_str() + name.size() - 8, nullptr, 16));
 }
 
-/// Opens the folder, which it makes if it isn't there.
-///
-/// Errors  std::system_error; std::runtime_error if the folder isn't this user's alone.
+/// Opens the folder, which it makes if it isn't there. Throws std::runtime_error if it isn't this user's alone.
 inline Fd openFolder()
 {
     const std::string own = "/zel-" + std::to_string(::geteuid());
@@ -58,7 +57,6 @@ inline std::string pathOf(const Fd& folder)
     return "/proc/self/fd/" + std::to_string(folder.get()) + "/";
 }
 
-/// Errors  std::system_error
 inline Fd openSocket()
 {
     Fd socket(::socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0));
@@ -77,7 +75,6 @@ int atAddress(const Call& call, const Fd& socket, const Fd& folder, const std::s
 
 /// Returns  the sockets of mailboxes with that name, or any if it is empty, and that id, or any if it is 0. Those of
 ///          one name begin with the oldest.
-/// Errors   std::system_error: without a descriptor nobody is found, but may be there.
 inline std::vector<std::string> socketsIn(const Fd& folder, const std::string& mailbox, std::uint32_t id)
 {
     std::vector<std::string> sockets;
@@ -93,7 +90,6 @@ inline std::vector<std::string> socketsIn(const Fd& folder, const std::string& m
 }
 
 /// Returns  a socket that is connected to the first of these that answers; if it is empty, errno says why.
-/// Errors   std::system_error
 inline Fd connectToFirst(const Fd& folder, const std::vector<std::string>& names, std::uint32_t& id)
 {
     errno = ENOENT;
@@ -108,9 +104,7 @@ inline Fd connectToFirst(const Fd& folder, const std::vector<std::string>& names
 }
 
 /// Gives a socket an address, and its messages the sender's process. Clears the folder of dead sockets before.
-///
 /// Returns  the address's file name.
-/// Errors   std::system_error
 inline std::string enterFolder(const Fd& folder, const Fd& socket, const std::string& mailbox)
 {
     const auto now = static_cast<std::uint64_t>(std::chrono::steady_clock::now().time_since_epoch().count());
@@ -126,7 +120,7 @@ inline std::string enterFolder(const Fd& folder, const Fd& socket, const std::st
     const int on = 1;
     ::setsockopt(socket.get(), SOL_SOCKET, SO_PASSCRED, &on, sizeof on);
     char unique[ending + 1] = {};
-    std::snprintf(unique, sizeof unique, ".%016" PRIx64 ".%08" PRIx32, now, id);
+    static_cast<void>(std::snprintf(unique, sizeof unique, ".%016" PRIx64 ".%08" PRIx32, now, id));
     if (atAddress(::bind, socket, folder, mailbox + unique) != 0) {
         throw std::system_error(errno, std::generic_category(), mailbox);
     }

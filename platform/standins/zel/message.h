@@ -10,6 +10,7 @@
 #include <array>
 #include <cerrno>
 #include <cstddef>
+#include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <memory>
@@ -24,12 +25,16 @@
 namespace Zel {
 
 /// A file descriptor with one owner, which closes it.
-class Fd
+class Fd // NOLINT(cppcoreguidelines-special-member-functions): it moves, so it can't be copied
 {
 public:
     explicit Fd(int fd = -1) : m_fd(fd) {}
     Fd(Fd&& other) noexcept : m_fd(std::exchange(other.m_fd, -1)) {}
-    Fd& operator=(Fd&& other) noexcept { return std::swap(m_fd, other.m_fd), *this; }
+    Fd& operator=(Fd&& other) noexcept
+    {
+        std::swap(m_fd, other.m_fd);
+        return *this;
+    }
     ~Fd() { m_fd < 0 ? 0 : ::close(m_fd); }
     int get() const { return m_fd; }
     explicit operator bool() const { return m_fd >= 0; }
@@ -53,8 +58,6 @@ struct FreeMessage
 };
 using Message = std::unique_ptr<Head, FreeMessage>;
 
-constexpr std::size_t smallestMessage = sizeof(std::uint32_t);
-constexpr std::size_t largestMessage = std::size_t{64} << 20U;
 constexpr std::size_t largestDatagram = 200000;
 constexpr int seals = F_SEAL_SHRINK | F_SEAL_GROW | F_SEAL_WRITE;
 
@@ -66,6 +69,14 @@ struct Datagram
         header.msg_iov = &part;
         header.msg_iovlen = 1;
         header.msg_control = ancillary;
+    }
+
+    void readAncillary(ucred& from, std::array<int, 2>& descriptors)
+    {
+        for (auto* found = CMSG_FIRSTHDR(&header); found != nullptr; found = CMSG_NXTHDR(&header, found)) {
+            void* const data = found->cmsg_type == SCM_RIGHTS ? static_cast<void*>(descriptors.data()) : &from;
+            std::memcpy(data, CMSG_DATA(found), found->cmsg_len - CMSG_LEN(0));
+        }
     }
 
     iovec part;
@@ -89,11 +100,15 @@ inline int sendDatagram(int connection, char* bytes, std::size_t size, int file)
     return error;
 }
 
+inline bool isMessageSize(std::size_t size)
+{
+    return size >= 4 && size <= std::size_t{64} << 20U;
+}
+
 /// Returns  a message with room for `size` bytes, none of them set; empty for a wrong size or want of memory.
 inline Message allocateMessage(std::size_t size)
 {
-    const bool isSize = size >= smallestMessage && size <= largestMessage;
-    void* const memory = isSize ? std::malloc(sizeof(Head) + size) : nullptr;
+    void* const memory = isMessageSize(size) ? std::malloc(sizeof(Head) + size) : nullptr;
     return Message(memory == nullptr ? nullptr : new (memory) Head{size});
 }
 
@@ -103,10 +118,17 @@ inline bool isShortage(int error)
     return error == EMFILE || error == ENFILE || error == ENOMEM || error == ENOBUFS || error == ETOOMANYREFS;
 }
 
-/// Sends a message, and waits while the receiver has too many. Returns 0 or an errno.
-inline int sendMessage(int connection, const Head& message)
+/// Reads what the datagram of a long message lacks. A file that isn't sealed may be any file, and reading it may block.
+inline bool readRest(const Fd& file, char* bytes, std::size_t size)
 {
-    auto* const bytes = reinterpret_cast<char*>(const_cast<Head*>(&message));
+    return size == 0 || (::fcntl(file.get(), F_GET_SEALS) == seals &&
+                         ::pread(file.get(), bytes, size, 0) == static_cast<ssize_t>(size));
+}
+
+/// Sends a message, and waits while the receiver has too many. Returns 0 or an errno.
+inline int sendMessage(int connection, Head& message)
+{
+    auto* const bytes = reinterpret_cast<char*>(&message);
     const std::size_t size = sizeof message + message.size;
     if (size <= largestDatagram) {
         return sendDatagram(connection, bytes, size, -1);
@@ -115,30 +137,24 @@ inline int sendMessage(int connection, const Head& message)
     const Fd file(::memfd_create("zel", MFD_CLOEXEC | MFD_ALLOW_SEALING));
     if (!file || ::write(file.get(), bytes + largestDatagram, rest) != static_cast<ssize_t>(rest) ||
         ::fcntl(file.get(), F_ADD_SEALS, seals) != 0) {
-        return isShortage(errno) ? errno : ENOMEM;
+        return isShortage(errno) ? errno : EFBIG; // it will never go
     }
     const int error = sendDatagram(connection, bytes, sizeof message, -1);
     return error != 0 ? error : sendDatagram(connection, bytes, largestDatagram, file.get());
 }
 
-/// What a receiver of messages keeps from one to the next: room for a datagram, and how many long ones are announced.
-struct Inbox
-{
-    Message room;
-    unsigned int announced = 0;
-};
-
-/// Takes the next datagram out of a socket; `message` stays empty if that isn't one from a process of this user.
+/// Takes the next datagram out of a socket; `message` stays empty if that isn't one from a process of this user. The
+/// receiver keeps room for a datagram, and how many long messages are announced, from one call to the next.
 ///
 /// Returns  0, or an errno: EAGAIN if there is none; another if it can't be taken now, and stays in the socket.
-inline int receiveMessage(int socket, Inbox& inbox, Message& message, bool mayWait)
+inline int receiveMessage(int socket, Message& room, int& announced, Message& message, bool mayWait)
 {
-    if (inbox.room == nullptr && (inbox.room = allocateMessage(largestDatagram - sizeof(Head))) == nullptr) {
+    if (room == nullptr && (room = allocateMessage(largestDatagram - sizeof(Head))) == nullptr) {
         return ENOMEM;
     }
-    Datagram datagram(inbox.room.get(), largestDatagram);
+    Datagram datagram(room.get(), largestDatagram);
     datagram.header.msg_controllen = sizeof datagram.ancillary;
-    const bool isLook = inbox.announced > 0;
+    const bool isLook = announced > 0;
     const int flags = MSG_CMSG_CLOEXEC | (mayWait ? 0 : MSG_DONTWAIT) | (isLook ? MSG_PEEK : 0);
     const ssize_t length = ::recvmsg(socket, &datagram.header, flags);
     if (length < 0) {
@@ -146,41 +162,29 @@ inline int receiveMessage(int socket, Inbox& inbox, Message& message, bool mayWa
     }
     ucred from = {0, static_cast<uid_t>(-1), 0};
     std::array<int, 2> descriptors = {-1, -1}; // a stranger may send a second one, for which there is room, too
-    for (auto* part = CMSG_FIRSTHDR(&datagram.header); part != nullptr; part = CMSG_NXTHDR(&datagram.header, part)) {
-        void* const data = part->cmsg_type == SCM_RIGHTS ? static_cast<void*>(descriptors.data()) : &from;
-        std::memcpy(data, CMSG_DATA(part), part->cmsg_len - CMSG_LEN(0));
-    }
+    datagram.readAncillary(from, descriptors);
     const Fd file(descriptors[0]);
     const Fd unwanted(descriptors[1]);
-    const bool isHead = length >= static_cast<ssize_t>(sizeof(Head)) && from.uid == ::geteuid() &&
-                        inbox.room->size >= smallestMessage && inbox.room->size <= largestMessage;
-    const std::size_t missing = isHead ? sizeof(Head) + inbox.room->size - static_cast<std::size_t>(length) : 0;
+    static const uid_t user = ::geteuid();
+    const bool isHead = length >= ssize_t{sizeof(Head)} && from.uid == user && isMessageSize(room->size);
+    const std::size_t missing = isHead ? sizeof(Head) + room->size - static_cast<std::size_t>(length) : 0;
     const bool isLong = isHead && length == largestDatagram && missing > 0;
-    Message taken = isLong || (isHead && missing == 0) ? allocateMessage(inbox.room->size) : Message();
+    Message taken = isLong || (isHead && missing == 0) ? allocateMessage(room->size) : Message();
     if (isLong && (taken == nullptr || (datagram.header.msg_flags & MSG_CTRUNC) != 0)) {
         return taken == nullptr ? ENOMEM : EMFILE;
     }
     if (taken != nullptr) {
-        std::memcpy(taken.get(), inbox.room.get(), static_cast<std::size_t>(length));
+        std::memcpy(taken.get(), room.get(), static_cast<std::size_t>(length));
     } else if (isHead && missing == 0) {
-        taken = std::move(inbox.room); // it has more room than it needs, but isn't lost
+        taken = std::move(room); // it has more room than it needs, but isn't lost
     }
-    // A file that isn't sealed may be any file, and reading it may block.
-    if (missing > 0 && taken != nullptr &&
-        (::fcntl(file.get(), F_GET_SEALS) != seals || ::pread(file.get(), reinterpret_cast<char*>(taken.get()) + length,
-                                                              missing, 0) != static_cast<ssize_t>(missing))) {
-        taken.reset();
-    }
-    if (taken != nullptr) {
+    if (taken != nullptr && readRest(file, reinterpret_cast<char*>(taken.get()) + length, missing)) {
         taken->process = from.pid;
         taken->program[sizeof taken->program - 1] = '\0';
+        message = std::move(taken);
     }
-    message = std::move(taken);
-    if (isLook) {
-        ::recv(socket, nullptr, 0, MSG_DONTWAIT);
-        inbox.announced -= isLong ? 1 : 0;
-    }
-    inbox.announced += isHead && length == sizeof(Head) ? 1 : 0;
+    isLook ? ::recv(socket, nullptr, 0, MSG_DONTWAIT) : 0;
+    announced += static_cast<int>(isHead && length == sizeof(Head)) - static_cast<int>(isLook && isLong);
     return 0;
 }
 

@@ -17,8 +17,7 @@ using namespace Zel;
 using std::chrono::milliseconds;
 
 constexpr std::size_t mostKeptBytes = std::size_t{64} << 20U;
-constexpr std::size_t overhead = sizeof(Head) + 32; // of a message that is kept
-constexpr milliseconds lookInterval{50};            // while a name, memory or a descriptor is waited for
+constexpr milliseconds lookInterval{50}; // while a name, memory or a descriptor is waited for
 
 bool matches(const Head& message, const std::uint32_t* numbers, std::uint32_t from)
 {
@@ -29,7 +28,7 @@ bool matches(const Head& message, const std::uint32_t* numbers, std::uint32_t fr
     return isWanted && (from == ZEL_ANY_SENDER || from == message.sender);
 }
 
-class Mailbox
+class Mailbox // NOLINT(cppcoreguidelines-special-member-functions): its constant members can't be copied
 {
 public:
     explicit Mailbox(const std::string& name) : m_name(enterFolder(m_folder, m_socket, name)) {}
@@ -55,7 +54,7 @@ public:
                 if (matches(*m_kept[looked], numbers, from)) {
                     Message message = std::move(m_kept[looked]);
                     m_kept.erase(m_kept.begin() + static_cast<std::ptrdiff_t>(looked));
-                    m_keptBytes -= message->size + overhead;
+                    m_keptBytes -= message->size + sizeof(Head);
                     return message;
                 }
             }
@@ -75,8 +74,9 @@ public:
         std::strncpy(message->program, program_invocation_short_name, sizeof message->program - 1);
         if (to == m_id && !m_isClosed) {
             keep(std::move(message));
+            return;
         }
-        while (message != nullptr && isShortage(trySend(*message, to))) {
+        while (isShortage(trySend(*message, to))) {
             ::poll(nullptr, 0, static_cast<int>(lookInterval.count()));
         }
     }
@@ -99,7 +99,7 @@ private:
     void keep(Message&& message)
     {
         m_kept.push_back(std::move(message));
-        m_keptBytes += m_kept.back()->size + overhead;
+        m_keptBytes += m_kept.back()->size + sizeof(Head);
     }
 
     int takeIn(milliseconds time)
@@ -111,12 +111,13 @@ private:
         }
         Message message;
         const bool hasRoom = m_isClosed || m_keptBytes < mostKeptBytes; // little comes after the end
-        const int error = hasRoom ? receiveMessage(m_socket.get(), m_inbox, message, time.count() > 0) : ENOMEM;
+        const int error =
+            hasRoom ? receiveMessage(m_socket.get(), m_room, m_announced, message, time.count() > 0) : ENOMEM;
         message != nullptr ? keep(std::move(message)) : void();
         return error;
     }
 
-    int trySend(const Head& message, std::uint32_t to)
+    int trySend(Head& message, std::uint32_t to)
     try {
         if (m_connectedTo != to) {
             const Fd folder = openFolder();
@@ -134,8 +135,9 @@ private:
     const std::string m_name; // of the socket, in the folder
     const std::uint32_t m_id = idOf(m_name);
     bool m_isClosed = false;
-    milliseconds m_timeout{0}; // of the socket
-    Inbox m_inbox;
+    milliseconds m_timeout{0};  // of the socket
+    Message m_room;             // for a datagram
+    int m_announced = 0;        // long messages
     std::deque<Message> m_kept; // arrived, and not received yet
     std::size_t m_keptBytes = 0;
     std::list<std::pair<std::string, Message>> m_requests; // for mailboxes that aren't there yet
@@ -149,13 +151,13 @@ thread_local std::unique_ptr<Mailbox> t_mailbox;
 const Head& headOf(const zel_msg* message)
 {
     static const Head none;
-    return message == nullptr ? none : static_cast<const Head*>(static_cast<const void*>(message))[-1];
+    return message == nullptr ? none : *(static_cast<const Head*>(static_cast<const void*>(message)) - 1);
 }
 
 Message takeOver(zel_msg** message)
 {
     zel_msg* const taken = message == nullptr ? nullptr : std::exchange(*message, nullptr);
-    return Message(taken == nullptr ? nullptr : const_cast<Head*>(&headOf(taken)));
+    return Message(taken == nullptr ? nullptr : static_cast<Head*>(static_cast<void*>(taken)) - 1);
 }
 
 zel_msg* handOver(Message message)
@@ -170,7 +172,8 @@ zel_msg* handOver(Message message)
 std::uint32_t __zel_create_mailbox(const char* name, std::uint32_t flags, const char* /*file*/, int /*line*/)
 try {
     const std::string_view chosen = name != nullptr ? name : "";
-    if (chosen.empty() || chosen.size() > 60 || chosen.find('/') != chosen.npos || flags != 0 || t_mailbox != nullptr) {
+    if (chosen.empty() || chosen.size() > 60 || chosen.find('/') != std::string_view::npos || flags != 0 ||
+        t_mailbox != nullptr) {
         throw std::runtime_error("a thread has one, with a name of 1 to 60 bytes without a slash, and flags 0");
     }
     [[maybe_unused]] static const int isRegistered = ::pthread_atfork(nullptr, nullptr, [] { t_mailbox.reset(); });

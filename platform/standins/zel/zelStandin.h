@@ -11,7 +11,6 @@
 #include <zel.h>
 
 extern "C" {
-
 /// Return  a message's size in bytes, its message number included; the process that sent it, as the kernel says; and
 ///         the name of up to 15 bytes that the sending program gives itself, which belongs to the message. 0 and ""
 ///         stand for null, and for the sender of a message that came from no other mailbox.
