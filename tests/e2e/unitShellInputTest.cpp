@@ -14,7 +14,6 @@
 namespace {
 
 using Corvane::Testing::runShell;
-using testing::HasSubstr;
 
 /// A file with the given content, for as long as the object lives.
 class TemporaryFile

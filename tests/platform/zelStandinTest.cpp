@@ -209,7 +209,7 @@ TEST_F(ZelStandin, ClearsAwayWhatAKilledProcessLeft)
 /// A child made by fork() that has no folder but its own at /run and /tmp.
 int inEmptySystem(const std::function<bool()>& isRight)
 {
-    constexpr std::uint32_t noNamespace = 2;
+    constexpr int noNamespace = 2;
     Peer child([&](const Peer&) {
         const bool isAlone =
             ::unshare(CLONE_NEWNS) == 0 && ::mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0 &&

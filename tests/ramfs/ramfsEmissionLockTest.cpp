@@ -16,7 +16,6 @@ namespace {
 using testing::AllOf;
 using testing::Each;
 using testing::ElementsAre;
-using testing::Not;
 using testing::SizeIs;
 
 class EmissionLockTest : public testing::Test
