@@ -121,7 +121,9 @@ TEST(PindleStandin, IsNeitherUsedNorWaitedForInAForkedChild)
             ::alarm(Corvane::Testing::timeToEnd()); // a release waits longer for jobs that don't end
             object->post([] {});
             object.reset();
-            waitForJobs(*start([] {})); // one of its own works
+            if (!Corvane::Testing::isEmulated()) { // the emulator starts no thread in a forked child
+                waitForJobs(*start([] {}));        // one of its own works
+            }
             ::_exit(0);
         });
         EXPECT_EQ(child.finish(), 0);
