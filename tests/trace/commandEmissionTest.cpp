@@ -1,5 +1,6 @@
 /// What the command service emits, at each of its three sites, with all arguments. This program replaces libtpx, so the
 /// path is the one that the site passes.
+#include <memory>
 #include <ostream>
 #include <sstream>
 #include <string>
@@ -20,6 +21,7 @@ using Corvane::Testing::allocatedBytes;
 using Corvane::Testing::ProbedEvent;
 using Corvane::Testing::ProbeRecord;
 using Corvane::Testing::ProbeRecorder;
+using Corvane::Testing::runAtNextEmission;
 using Corvane::Testing::shortenedPaths;
 using testing::ElementsAre;
 using testing::IsEmpty;
@@ -190,6 +192,35 @@ TEST_F(CommandEmission, TracesALineBeforeItsHandlerRuns)
     m_service.registerCmdTable("look", table);
     EXPECT_EQ(execute({"look"}), 3);
     EXPECT_THAT(seenByHandler, ElementsAre(executed("look")));
+}
+
+TEST_F(CommandEmission, LeavesTheHandlerOfALineAliveThoughTheServiceEndsBeforeItIsCalled)
+{
+    auto token = std::make_shared<int>(7);
+    const std::weak_ptr<int> observed = token;
+    m_service.registerCmdTable(
+        "x", std::vector<CmdDefinitionCpp>{{"x", [token](const auto&, std::ostream&) { return *token; }, nullptr}});
+    token.reset();
+    bool isAlive = false;
+    runAtNextEmission([&] {
+        m_service.end(false);
+        isAlive = !observed.expired();
+    });
+    const ProbeRecorder recorder({ProbedEvent::Trace1});
+    EXPECT_EQ(execute({"x"}), 7);
+    EXPECT_TRUE(isAlive);
+    EXPECT_TRUE(observed.expired());
+}
+
+TEST_F(CommandEmission, RunsTheNewHandlerOfALineThatIsReplacedBeforeItIsCalled)
+{
+    registerSynopses("x", {"x"});
+    runAtNextEmission([&] {
+        const auto answer = [](const auto&, std::ostream&) { return 2; };
+        m_service.registerCmdTable("x", std::vector<CmdDefinitionCpp>{{"x", answer, nullptr}});
+    });
+    const ProbeRecorder recorder({ProbedEvent::Trace1});
+    EXPECT_EQ(execute({"x"}), 2);
 }
 
 TEST_F(CommandEmission, BuildsNoTextAtAnySiteWhileItsEventIsOff)

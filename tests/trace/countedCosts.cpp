@@ -3,6 +3,7 @@
 
 #include <cstdlib>
 #include <new>
+#include <utility>
 
 #include <tpx.h>
 
@@ -10,6 +11,7 @@ namespace {
 
 thread_local std::size_t bytes = 0;
 thread_local unsigned int paths = 0;
+thread_local std::function<void()> atNextEmission;
 
 } // namespace
 
@@ -23,6 +25,11 @@ std::size_t allocatedBytes()
 unsigned int shortenedPaths()
 {
     return paths;
+}
+
+void runAtNextEmission(std::function<void()> action)
+{
+    atNextEmission = std::move(action);
 }
 
 } // namespace Corvane::Testing
@@ -49,5 +56,8 @@ void operator delete(void* memory, std::size_t) noexcept
 const char* tpx_short_fname(const char* path)
 {
     ++paths;
+    if (const auto action = std::exchange(atNextEmission, nullptr)) {
+        action();
+    }
     return path;
 }

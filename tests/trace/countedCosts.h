@@ -5,6 +5,7 @@
 #define CORVANE_TESTS_TRACE_COUNTEDCOSTS_H
 
 #include <cstddef>
+#include <functional>
 
 namespace Corvane::Testing {
 
@@ -13,6 +14,9 @@ std::size_t allocatedBytes();
 
 /// Returns  how often this thread has called tpx_short_fname(), which here returns the path as it is.
 unsigned int shortenedPaths();
+
+/// Has `action` run when this thread calls tpx_short_fname() next, that is, in the middle of an emission.
+void runAtNextEmission(std::function<void()> action);
 
 } // namespace Corvane::Testing
 
