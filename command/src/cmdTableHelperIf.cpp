@@ -25,7 +25,8 @@ CmdTableHelperIf& CmdTableHelperIf::getInstance()
     return instance;
 }
 
-// The instance of the process uses neither this constructor nor the destructor. They make an object of its own whole.
+// The process's instance uses neither the default constructor nor the destructor. They serve a facade that owns its
+// implementation on the heap.
 
 CmdTableHelperIf::CmdTableHelperIf() : CmdTableHelperIf(new CmdTableHelperImpl) {}
 
