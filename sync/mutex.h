@@ -82,8 +82,8 @@ private:
     SharedMutex& m_mutex;
 };
 
-/// Takes a lock when a process ends, where waiting for it might never end: a child made by fork() has the locks of
-/// threads that it doesn't have, and exit() may be called by a thread that holds the lock.
+/// Takes a lock when a process ends, where waiting for it might never end. A child made by fork() may have locks that
+/// threads of its parent held, and a thread that holds the lock may call exit().
 ///
 /// Returns  whether the lock is held now. The caller releases it.
 template <typename AnyMutex>

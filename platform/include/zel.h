@@ -9,9 +9,9 @@
 ///           without that variable in /run/user/<uid>, or in /tmp if there is no such folder. The folder must belong to
 ///           this user alone. If it is removed and made again, mailboxes in the old one are no longer found.
 ///
-///           A child made by fork() has none of its parent's mailboxes; its threads may create their own. A child that
-///           neither ends nor calls exec() keeps mailboxes of other threads of a killed parent alive: senders to them
-///           then wait until the child ends.
+///           A child made by fork() has none of its parent's mailboxes; its threads may create their own. If the
+///           parent is killed, mailboxes of its other threads live on while a child neither ends nor calls exec():
+///           senders to them wait until the child ends.
 /// Threads   any; each call concerns the calling thread's own mailbox. A message belongs to one thread at a time.
 /// Errors    nothing is thrown.
 #ifndef ZEL_H
@@ -61,7 +61,8 @@ void __zel_locate_async(const char* name, union zel_msg** reply, uint32_t from, 
 /// each whole or not at all.
 ///
 /// Stand-in  null for `filter`, or a count of 0, matches every message number; a time-out of 0xFFFFFFFF waits for ever.
-///           While 64 MiB of messages wait that no receive wanted, no others are looked at. Signals don't end the wait.
+///           While 64 MiB of messages wait that matched no receive, no others are looked at. Signals
+///           don't end the wait.
 /// Requires  `filter` is an array of words: a count, then as many message numbers. `from` is ZEL_ANY_SENDER or the one
 ///           sender's id.
 /// Returns   the message; null when the time is up. Without a mailbox of the calling thread, null at once.
@@ -77,7 +78,7 @@ uint32_t __zel_sender(const union zel_msg* msg, const char* file, int line);
 /// Frees a message and sets `*msg` to null. Stand-in: null is ignored.
 void __zel_free(union zel_msg** msg, const char* file, int line);
 
-/// Sends a message. Messages of up to 16 MiB are delivered at least.
+/// Sends a message. At least messages of up to 16 MiB are delivered.
 ///
 /// While the receiver has more messages waiting than it takes, the call waits: nothing is lost and nothing piles up. A
 /// message to a mailbox that doesn't exist, or that ends before it has taken the message, is discarded silently.
