@@ -63,16 +63,28 @@ auto handler(std::size_t most, Action action, Parts&... parts)
     };
 }
 
+/// Returns  whether the whole word is a number, which is then in `number`.
+template <typename Number>
+bool toNumber(const std::string& word, Number& number)
+{
+    if constexpr (std::is_floating_point_v<Number>) { // GCC 10 has no from_chars() for it
+        std::istringstream text(word);
+        text.imbue(std::locale::classic());
+        return text >> std::noskipws >> number && text.peek() == std::char_traits<char>::eof();
+    } else {
+        const char* const end = word.data() + word.size();
+        const auto [stop, error] = std::from_chars(word.data(), end, number);
+        return error == std::errc() && stop == end;
+    }
+}
+
 /// Returns  the number from `low` to `high` that the word stands for. `what` names it in the answer to a wrong word.
 template <typename Number = unsigned int>
 Number readNumber(const std::string& word, const char* what, Number low = std::numeric_limits<Number>::lowest(),
                   Number high = std::numeric_limits<Number>::max())
 {
     Number number = 0;
-    const char* const end = word.data() + word.size();
-    const auto [stop, error] = std::from_chars(word.data(), end, number);
-    const bool isInRange = number >= low && number <= high; // false for NaN
-    if (error == std::errc() && stop == end && isInRange) {
+    if (toNumber(word, number) && number >= low && number <= high) {
         return number;
     }
     std::ostringstream text;
