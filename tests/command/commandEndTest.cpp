@@ -3,9 +3,9 @@
 
 #include <dlfcn.h>
 #include <gtest/gtest.h>
-#include <malloc.h>
 
 #include "tests/support/childProcess.h"
+#include "tests/support/usedMemory.h"
 
 namespace {
 
@@ -29,12 +29,15 @@ TEST(CommandService, LetsAForkedChildExitWhileThreadsOfItsParentUseIt)
 
 TEST(CommandService, LeavesNothingOnTheHeapOfAProcessThatUnloadsTheLibrary)
 {
+#if !__GLIBC_PREREQ(2, 34)
+    GTEST_SKIP() << "the loader of this C library keeps memory at each loading of a library with thread-local data";
+#endif
     constexpr int rounds = 1000;
     constexpr std::size_t smallestBlock = 24; // of malloc(); the loader itself takes less in a round
     std::size_t before = 0;
     for (int round = -100; round < rounds; ++round) {
         if (round == 0) {
-            before = ::mallinfo2().uordblks;
+            before = Corvane::Testing::usedMemory();
         }
         void* const plugin = ::dlopen(CORVANE_COMMAND_PLUGIN, RTLD_NOW | RTLD_LOCAL);
         ASSERT_NE(plugin, nullptr) << ::dlerror();
@@ -42,7 +45,7 @@ TEST(CommandService, LeavesNothingOnTheHeapOfAProcessThatUnloadsTheLibrary)
         ASSERT_EQ(::dlclose(plugin), 0);
         ASSERT_EQ(::dlopen("libcorvane.so.0", RTLD_NOW | RTLD_NOLOAD), nullptr) << "it is still loaded";
     }
-    EXPECT_LT(::mallinfo2().uordblks, before + rounds * smallestBlock);
+    EXPECT_LT(Corvane::Testing::usedMemory(), before + rounds * smallestBlock);
 }
 
 } // namespace

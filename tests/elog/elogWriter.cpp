@@ -27,15 +27,11 @@
 #include <vector>
 
 #include <elog/elogIf.h>
-#include <malloc.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include "tests/elog/numberedEntries.h"
-
-#ifdef CORVANE_TEST_SANITIZED // not every compiler brings the sanitizers' header
-extern "C" std::size_t __sanitizer_get_current_allocated_bytes();
-#endif
+#include "tests/support/usedMemory.h"
 
 namespace {
 
@@ -98,17 +94,6 @@ void startThreadsThatGoOn(unsigned int threadCount, unsigned int entryCount, uns
         std::cout << number << ' ';
     }
     std::cout << std::endl;
-}
-
-/// Returns  the bytes of memory that are allocated and not freed.
-std::size_t usedMemory()
-{
-#ifdef CORVANE_TEST_SANITIZED // the C library doesn't count what a sanitizer's functions allocate
-    return __sanitizer_get_current_allocated_bytes();
-#else
-    const struct mallinfo2 memory = ::mallinfo2();
-    return memory.uordblks + memory.hblkhd;
-#endif
 }
 
 std::ptrdiff_t openFiles()

@@ -4,6 +4,7 @@
 #include <array>
 #include <cerrno>
 #include <csignal>
+#include <filesystem>
 #include <stdexcept>
 #include <system_error>
 #include <utility>
@@ -90,7 +91,12 @@ int start(std::vector<std::string> command, std::vector<std::string> environment
     posix_spawn_file_actions_adddup2(&actions, in, 0);
     posix_spawn_file_actions_adddup2(&actions, out, 1);
     posix_spawn_file_actions_adddup2(&actions, err, 2);
-    posix_spawn_file_actions_addclosefrom_np(&actions, 3);
+    for (const auto& entry : std::filesystem::directory_iterator("/proc/self/fd")) {
+        const int file = std::stoi(entry.path().filename().string());
+        if (file > 2) {
+            posix_spawn_file_actions_addclose(&actions, file);
+        }
+    }
     std::vector<std::string> variables = joinEnvironment(environment);
     pid_t pid = -1;
     const int error = posix_spawnp(&pid, command.at(0).c_str(), &actions, nullptr, pointersTo(command).data(),

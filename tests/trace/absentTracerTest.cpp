@@ -26,6 +26,9 @@ ProgramResult runWithoutTracer(const std::vector<std::string>& command, const st
 
 TEST(AbsentTracer, LeavesTheLibraryWorkingWithEveryEventOff)
 {
+#if defined(__aarch64__) && !__GLIBC_PREREQ(2, 35)
+    GTEST_SKIP() << "the loader of this C library loses a register in a process that has an audit module";
+#endif
     const ProgramResult result = runWithoutTracer({CORVANE_ABSENT_TRACER});
     EXPECT_EQ(result.status, 0);
     EXPECT_EQ(result.out, "tracepoint library: absent\n"
