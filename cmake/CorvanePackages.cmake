@@ -12,13 +12,13 @@ set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
 set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_COMPONENTS_ALL runtime development debug)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
-set(CPACK_DEBIAN_PACKAGE_ARCHITECTURE "${corvane_sdk_arch}")
+set(CPACK_DEBIAN_PACKAGE_ARCHITECTURE "${corvane_arch}")
 set(CPACK_DEBIAN_COMPRESSION_TYPE xz)
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 
 # Written by hand, because a cross build has no package database to look them up. A test compares the versions with the
 # symbol versions that the files need.
-if(CORVANE_LTTNG STREQUAL "sdk")
+if(corvane_lttng_version STREQUAL "2.12")
   set(corvane_tracer "liblttng-ust0 (>= 2.12)")
   set(corvane_tracer_headers "liblttng-ust-dev (>= 2.12), liblttng-ust-dev (<< 2.13)")
 else()
