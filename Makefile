@@ -5,9 +5,10 @@
 #   make test     build all and run the tests
 #   make check    everything that CI runs
 #   make package  make the Debian packages, in build/PRESET/packages
+#   make dist     make the source archive of the last commit, in build/dist
 #   make clean    remove the build trees
 
-.PHONY: build demo test check check-wider package clean
+.PHONY: build demo test check check-wider package dist clean
 
 CTEST_FLAGS ?= -j2
 
@@ -32,6 +33,10 @@ check-wider:
 package:
 	@tools/prerequisites build
 	@tools/package
+
+dist:
+	@tools/prerequisites dist
+	@tools/dist
 
 docs/architecture.svg: docs/architecture.dot
 	@tools/prerequisites docs
