@@ -3,7 +3,7 @@
 #   make build    build all (preset desk; distro if the LTTng-UST 2.12 SDK can't be downloaded)
 #   make demo     run the example shell on a script, and show the trace of that run
 #   make test     build all and run the tests
-#   make check    everything that CI runs
+#   make check    everything that CI runs; notes in build/checked that the commit passed
 #   make package  make the Debian packages, in build/PRESET/packages
 #   make dist     make the source archive of the last commit, in build/dist
 #   make clean    remove the build trees
@@ -24,7 +24,8 @@ test:
 	@tools/prerequisites build test
 	@profile=$$(tools/profile) && tools/build $$profile && tools/test $$profile $(CTEST_FLAGS)
 
-check: test check-wider
+check:
+	@tools/checked $(MAKE) --no-print-directory test check-wider
 
 check-wider:
 	@tools/prerequisites build test unit check
