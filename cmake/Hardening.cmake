@@ -19,7 +19,7 @@ function(corvane_harden target)
   if(NOT CORVANE_SANITIZE) # the sanitizers check the same calls themselves
     # It needs optimisation. -U comes first because some compilers define it themselves and would warn.
     target_compile_options(${target} PRIVATE
-      "$<$<CONFIG:Release,RelWithDebInfo,MinSizeRel>:-U_FORTIFY_SOURCE;-D_FORTIFY_SOURCE=2>")
+      "$<$<OR:$<CONFIG:Release>,$<CONFIG:RelWithDebInfo>,$<CONFIG:MinSizeRel>>:-U_FORTIFY_SOURCE;-D_FORTIFY_SOURCE=2>")
   endif()
   target_link_options(${target} PRIVATE
     "LINKER:-z,relro" "LINKER:-z,now" "LINKER:-z,text" "LINKER:-z,noexecstack")
