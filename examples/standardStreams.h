@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// What the examples do about a standard stream that was closed before they started.
 #ifndef CORVANE_EXAMPLES_STANDARDSTREAMS_H
 #define CORVANE_EXAMPLES_STANDARDSTREAMS_H

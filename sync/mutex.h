@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// Mutexes that the compiler checks: clang refuses an access to a guarded member without its lock.
 ///
 /// A member says by which mutex it is guarded (CORVANE_GUARDED_BY), a function says which mutex its caller holds

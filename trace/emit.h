@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// The one way in which the library emits its trace events.
 ///
 /// Each function tests its event first. While the event is off nothing else happens: `writeText` is not called, no

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// Builds the syntax graph from synopses.
 #include "command/src/cmdSyntax.h"
 

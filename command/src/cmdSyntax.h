@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// The syntax graph: the synopses of all registered commands, merged into one graph of words.
 ///
 /// Construction is in cmdSyntax.cpp, matching and dispatch in cmdSyntaxMatch.cpp, the usage printers in

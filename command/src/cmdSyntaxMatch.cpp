@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// Matches typed lines against the syntax graph and dispatches them.
 #include "command/src/cmdSyntax.h"
 

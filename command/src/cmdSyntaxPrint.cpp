@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// Writes the syntax that may follow a node, rebuilt from the graph's shape alone.
 ///
 /// A synopsis such as "x [w p] w" makes the graph cyclic. Printing ends where a loop comes to a node for the second

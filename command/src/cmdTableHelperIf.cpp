@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// The exported facade of the command-table service: it owns the implementation and forwards every call.
 #include <command/cmdTableHelperIf.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// Registers commands, executes lines, writes help and calls hooks.
 #include "command/src/cmdTableHelperImplV2.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// What the command-table service does: registration, execution, help and hooks on the process's one syntax graph.
 #ifndef CORVANE_COMMAND_CMDTABLEHELPERIMPLV2_H
 #define CORVANE_COMMAND_CMDTABLEHELPERIMPLV2_H

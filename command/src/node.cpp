@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// Attaches and finds subnodes.
 #include "command/src/node.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// The nodes of the syntax graph, and how each finds its subnodes.
 #ifndef CORVANE_COMMAND_NODE_H
 #define CORVANE_COMMAND_NODE_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// Calls a handler of any form with one command line.
 #include "command/src/shellCommandFunction.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// One handler of a command, in any of the forms that an application can give it.
 #ifndef CORVANE_COMMAND_SHELLCOMMANDFUNCTION_H
 #define CORVANE_COMMAND_SHELLCOMMANDFUNCTION_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// Collects the exits of groups: the nodes after which a line may leave them.
 #include "command/src/syntaxGroup.h"
 

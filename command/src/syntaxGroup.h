@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// The groups "[ ]" and "{ }" that are open while a synopsis is read, and the nodes at which they end.
 #ifndef CORVANE_COMMAND_SYNTAXGROUP_H
 #define CORVANE_COMMAND_SYNTAXGROUP_H

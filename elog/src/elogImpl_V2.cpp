@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// The event-log client.
 #include "elog/src/elogImpl_V2.h"
 

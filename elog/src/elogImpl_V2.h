@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// The event-log client: an active object that finds the engine's mailbox and sends it one message per entry.
 #ifndef CORVANE_ELOG_ELOGIMPL_V2_H
 #define CORVANE_ELOG_ELOGIMPL_V2_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// The event-log process: receives the entries of all clients of a user in the mailbox "ElogEngine" and prints them.
 #include <algorithm>
 #include <cerrno>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// The lock file lies where the user's mailboxes meet: no other user can open it, and engines that use different
 /// folders don't disturb each other.
 #include "engineLock.h"

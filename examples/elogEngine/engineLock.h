@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// Keeps a second engine from running for the same user.
 #ifndef ELOGENGINE_ENGINELOCK_H
 #define ELOGENGINE_ENGINELOCK_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// The layout of the message that carries an entry, and the two forms of an entry's line.
 #include "entry.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// An event-log entry: read from a message that isn't trusted, and written as a line.
 #ifndef ELOGENGINE_ENTRY_H
 #define ELOGENGINE_ENTRY_H

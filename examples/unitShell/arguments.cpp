@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// What handlers have in common, as far as it depends on no type.
 #include "arguments.h"
 

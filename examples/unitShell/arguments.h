@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// What the commands' handlers have in common: reading values out of words, and refusing a command.
 ///
 /// Errors  a reader throws Refusal if a word is wrong. Handlers made by handler() then answer with its text.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// The tables that the shell has registered. The service keeps no help texts, so the shell keeps the tables for "help".
 #ifndef UNITSHELL_COMMANDTABLES_H
 #define UNITSHELL_COMMANDTABLES_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// The shell's command tables, and what it writes to the event log by itself.
 ///
 /// The three kinds of records differ in what their handlers get: C strings, C strings and a stream, or strings and a

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// What goes to the event log: entries that are typed ("elog"), and the unit's alarms.
 #include <elog/elogIf.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// Notes a signal, and wakes up whoever waits for input.
 #include "interrupts.h"
 

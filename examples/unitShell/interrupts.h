@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// The signals that end the shell: SIGINT and SIGTERM.
 ///
 /// The first signal asks the shell to end; a second one of the same kind kills it. A signal that is ignored when the

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// Lines from a file or a pipe.
 #include "lineSource.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// Where the shell's lines come from: a file or a pipe, or a terminal.
 #ifndef UNITSHELL_LINESOURCE_H
 #define UNITSHELL_LINESOURCE_H

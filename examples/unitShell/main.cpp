@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// A shell for a simulated radio unit, as an example of an application: its command line, and what it consists of.
 #include <exception>
 #include <iostream>

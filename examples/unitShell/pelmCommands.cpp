@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// The command "pelm": measures the unit and sets its limits.
 ///
 /// The service prints the usage of a command of this name in a format of its own, which also shows the placeholders

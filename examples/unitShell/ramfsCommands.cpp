@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// The command "ramfs": the in-memory files of this process.
 ///
 /// Each command opens its file anew. "list" and "stat" look at all files at once instead: opening a file that is marked

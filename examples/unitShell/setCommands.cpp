@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// The command "set": changes the unit. Its handlers get the words as C strings.
 ///
 /// "set carrier" has two placeholders in the same place: the words after them decide which one is meant.

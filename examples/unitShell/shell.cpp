@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// Runs typed lines.
 #include "shell.h"
 

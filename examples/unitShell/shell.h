@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// Runs lines: splits each into words, lets the service execute them, and keeps the shell's exit status.
 ///
 /// The commands' answers go to std::cout, the shell's own messages to std::cerr.

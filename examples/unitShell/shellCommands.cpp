@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// The commands about the shell itself: "help", "show statistics" and "exit".
 #include <iostream>
 

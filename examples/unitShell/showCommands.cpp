@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// The command "show": looks at the unit. Its handlers get the words as strings.
 #include "arguments.h"
 #include "commands.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// Counts and times the commands that run.
 #include "statistics.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// Counts and times the commands that run, in a hook that the service calls after each of them.
 #ifndef UNITSHELL_STATISTICS_H
 #define UNITSHELL_STATISTICS_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// Lines from a terminal, with the line editing and the history of libedit.
 #include <cerrno>
 #include <clocale>

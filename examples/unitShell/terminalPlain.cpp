@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// Lines from a terminal, for a shell that is built without line editing.
 #include <unistd.h>
 

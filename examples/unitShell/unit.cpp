@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// The simulated radio unit that the commands look at and change.
 #include "unit.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// The simulated radio unit that the commands look at and change: carriers, a temperature and alarms.
 ///
 /// Threads  only the one that runs the commands: there is no lock.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// Turns a typed line into words, and a word into bytes.
 #include "words.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// Splits a typed line into words, with the quoting of a shell, and turns the escapes in a word into bytes.
 ///
 /// Blanks, tabs and carriage returns separate words. Text between single quotes is taken as it is. Between double

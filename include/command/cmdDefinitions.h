@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// The records of which an application makes its command tables, one kind for each form of handler.
 ///
 /// A record pairs a synopsis with the function that runs when a typed line follows the synopsis to its end, and with a

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// Command tables: typed lines are matched against the synopses of all registered commands and run their handlers.
 ///
 /// There is one service in a process, reached through getInstance(). An application registers tables of commands,

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// The event-log client: any thread hands over entries; a thread of the library sends them to the event-log engine, the
 /// process that has the mailbox "ElogEngine".
 ///

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// One open of a file of the in-memory file system: a position of its own over bytes that all opens of the file share.
 ///
 /// A file is a header, a content and a footer laid end to end. Positions and sizes count the bytes of all three: 0 is

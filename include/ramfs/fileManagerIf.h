@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// The directory of the in-memory file system: where files get a name and a number, are found, opened and removed.
 ///
 /// There is one directory in a process, reached through getInstance(). A file lives in process memory. The directory

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// A stream buffer through which any std::ostream writes into a file of the in-memory file system.
 ///
 /// FileManagerIf::getFileStreamBuf() makes one, closed. What is streamed while it is open is collected in memory and

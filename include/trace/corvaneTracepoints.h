@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// The tracepoint provider com_brimlow_kelpsys_corvane: twenty events shared by the library and its applications.
 ///
 /// An application links the library, includes this header and emits through the library's own tracepoint objects:

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// Runs the conformance suite: what the platform contract promises, tried on the libraries that the loader finds.
 ///
 /// LD_LIBRARY_PATH=FOLDER names others than those it was built with: libzel.so.1, libpindle.so.0 or both. A test that

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// What pindle/activeObjectIf.h promises.
 #include <csignal>
 #include <set>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// What tests of the platform libraries share: other processes, numbered messages, and short forms of the calls.
 ///
 /// Each test runs in a process of its own. It makes its peers before it uses the libraries: what these do in a child

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// What zel.h promises, between threads and between processes.
 #include <atomic>
 #include <map>

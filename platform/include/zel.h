@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// Interface of the unit's messaging library, libzel.so.1, as far as libcorvane uses it: mailboxes between threads and
 /// processes. "Stand-in" marks what the stand-in that is built here chose. The unit's library may do it differently.
 ///

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// Growth of a file's storage: small blocks come from the heap, large ones are pages of their own.
 #include "ramfs/src/contentStorage.h"
 

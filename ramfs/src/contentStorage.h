@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// The storage of a file's content: zero-filled bytes that only grow.
 #ifndef CORVANE_RAMFS_CONTENTSTORAGE_H
 #define CORVANE_RAMFS_CONTENTSTORAGE_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// The bytes of one file: reading across its regions, writing into its content, growth and limits.
 #include "ramfs/src/fileEntry.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// One file of the in-memory file system: its bytes, its number, and the lock that guards them.
 #ifndef CORVANE_RAMFS_FILEENTRY_H
 #define CORVANE_RAMFS_FILEENTRY_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// File handles: the traced operations on a file entry, and the readable dump.
 #include "ramfs/src/fileHandleImpl.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// A file handle: a name and a position over a shared file entry.
 #ifndef CORVANE_RAMFS_FILEHANDLEIMPL_H
 #define CORVANE_RAMFS_FILEHANDLEIMPL_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// The directory: naming, numbering, opening and removal of files.
 #include "ramfs/src/fileManagerImpl.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// The directory of the in-memory file system.
 #ifndef CORVANE_RAMFS_FILEMANAGERIMPL_H
 #define CORVANE_RAMFS_FILEMANAGERIMPL_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// Collects streamed text and moves it into a file.
 #include "ramfs/src/fileStreamBufImpl.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// The stream buffer that writes into a file of the in-memory file system.
 #ifndef CORVANE_RAMFS_FILESTREAMBUFIMPL_H
 #define CORVANE_RAMFS_FILESTREAMBUFIMPL_H

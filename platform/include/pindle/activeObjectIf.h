@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// Interface of the unit's framework library, libpindle.so.0, as far as libcorvane uses it: the active object.
 /// "Stand-in" marks what the stand-in that is built here chose. The unit's library may do it differently.
 ///

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// Stand-in for the unit's framework library, libpindle.so.0. Its contract is in pindle/activeObjectIf.h.
 #include <pindle/activeObjectIf.h>
 

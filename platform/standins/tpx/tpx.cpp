@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// Stand-in for the unit's trace helper library, libtpx.so.0. Its contract is in tpx.h.
 #include <tpx.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// The folder in which the mailboxes of one user meet. Each has its socket there: "<name>.<time>.<id>", with the time
 /// of its creation in nanoseconds in 16 hexadecimal digits, and its id in 8.
 ///

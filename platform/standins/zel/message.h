@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// Messages in memory, and how they travel.
 ///
 /// A datagram is a message's head and bytes. The datagram of a long message holds its first bytes, so that the kernel

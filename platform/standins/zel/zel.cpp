@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// Stand-in for the unit's messaging library, libzel.so.1. Its contract is in zel.h, what it adds in zelStandin.h.
 ///
 /// A mailbox is a datagram socket. The kernel keeps what arrives until the thread asks for it: each message whole or

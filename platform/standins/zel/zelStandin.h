@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// What the stand-in for libzel adds, for a process that receives messages from processes it doesn't trust. The unit's
 /// library has none of it, so libcorvane uses none of it.
 ///
