@@ -15,6 +15,7 @@
 #include <getopt.h>
 #include <poll.h>
 #include <unistd.h>
+#include <version/corvaneVersion.h>
 #include <zelStandin.h>
 
 #include "../standardStreams.h"
@@ -31,8 +32,9 @@ Receives the event-log entries of this user's programs and prints a line for
 each: time, sequence number, program and process id of its writer, event id,
 parameters and text. To keep the lines: elogEngine >> FILE
 
-  --json  print each entry as a JSON object
-  --help  print this text
+  --json     print each entry as a JSON object
+  --help     print this text
+  --version  print the version
 
 SIGTERM, SIGINT and SIGHUP end the engine; it first prints the entries that
 have already arrived. Under nohup SIGHUP has no effect. A message that is not
@@ -184,11 +186,19 @@ private:
 /// Returns  the exit status if there is nothing more to do.
 std::optional<int> readOptions(int argc, char** argv, bool& json)
 {
-    static const option known[] = {
-        {"json", no_argument, nullptr, 'j'}, {"help", no_argument, nullptr, 'h'}, {nullptr, 0, nullptr, 0}};
+    static const option known[] = {{"json", no_argument, nullptr, 'j'},
+                                   {"help", no_argument, nullptr, 'h'},
+                                   {"version", no_argument, nullptr, 'v'},
+                                   {nullptr, 0, nullptr, 0}};
     for (int found = 0; (found = ::getopt_long(argc, argv, "", known, nullptr)) != -1;) {
         if (found == 'h') {
             std::cout << help << std::flush;
+            return std::cout ? 0 : 1;
+        }
+        if (found == 'v') {
+            std::cout << "elogEngine " << CORVANE_VERSION_MAJOR << '.' << CORVANE_VERSION_MINOR << '.'
+                      << CORVANE_VERSION_PATCH << "\n"
+                      << std::flush;
             return std::cout ? 0 : 1;
         }
         if (found != 'j') {
