@@ -1,4 +1,5 @@
-# Installation: the library with its headers and package files. The stand-ins are a component of their own.
+# Installation: the library with its headers and package files. The stand-ins, their headers and the programs are
+# components of their own.
 
 include(CMakePackageConfigHelpers)
 
@@ -24,6 +25,7 @@ endif()
 # An installation on this machine names the SDK's folders.
 set(corvane_config_lttng_includes "")
 set(corvane_config_lttng_libdir "")
+set(corvane_config_platform_libdir "")
 set(corvane_pc_lttng_cflags "")
 set(corvane_pc_lttng_libs "")
 if(CORVANE_LTTNG STREQUAL "sdk" AND NOT CORVANE_SYSTEM_PATHS)
@@ -32,6 +34,9 @@ if(CORVANE_LTTNG STREQUAL "sdk" AND NOT CORVANE_SYSTEM_PATHS)
   list(JOIN corvane_lttng_includes " -isystem" corvane_pc_lttng_cflags)
   set(corvane_pc_lttng_cflags " -isystem${corvane_pc_lttng_cflags}")
   set(corvane_pc_lttng_libs " -Wl,-rpath-link,${corvane_lttng_libdir}")
+endif()
+if(NOT CORVANE_SYSTEM_PATHS)
+  set(corvane_config_platform_libdir "${corvane_platform_libdir}")
 endif()
 configure_package_config_file("${PROJECT_SOURCE_DIR}/cmake/CorvaneConfig.cmake.in"
   "${PROJECT_BINARY_DIR}/CorvaneConfig.cmake" INSTALL_DESTINATION "${corvane_package_dir}")
@@ -50,3 +55,32 @@ file(RELATIVE_PATH corvane_pc_prefix
 string(REGEX REPLACE "/$" "" corvane_pc_prefix "${corvane_pc_prefix}")
 configure_file("${PROJECT_SOURCE_DIR}/cmake/corvane.pc.in" "${PROJECT_BINARY_DIR}/corvane.pc" @ONLY)
 install(FILES "${PROJECT_BINARY_DIR}/corvane.pc" DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig" COMPONENT development)
+
+if(CORVANE_PLATFORM STREQUAL "host") # for those who write an engine or tests
+  configure_file("${PROJECT_SOURCE_DIR}/cmake/corvane-platform.pc.in" "${PROJECT_BINARY_DIR}/corvane-platform.pc" @ONLY)
+  install(TARGETS zel LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}" NAMELINK_ONLY COMPONENT standins_development)
+  install(FILES "${PROJECT_SOURCE_DIR}/platform/include/zel.h" "${PROJECT_SOURCE_DIR}/platform/standins/zel/zelStandin.h"
+    DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/corvane-platform" COMPONENT standins_development)
+  install(FILES "${PROJECT_BINARY_DIR}/corvane-platform.pc"
+    DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig" COMPONENT standins_development)
+endif()
+
+# Installs a program, and what lies beside its sources under its name: man page (.1), completion file (.bash), and a
+# systemd unit (.service), which a user's service manager runs.
+function(corvane_install_program target)
+  set_target_properties(${target} PROPERTIES POSITION_INDEPENDENT_CODE ON)
+  target_link_options(${target} PRIVATE -pie) # not every compiler's default
+  if(CORVANE_SYSTEM_PATHS) # installed programs are not debugged
+    set_target_properties(${target} PROPERTIES BUILD_WITH_INSTALL_RPATH ON)
+    target_link_options(${target} PRIVATE "LINKER:--strip-all")
+  else()
+    set_target_properties(${target} PROPERTIES INSTALL_RPATH "$ORIGIN/../${CMAKE_INSTALL_LIBDIR}")
+  endif()
+  install(TARGETS ${target} RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}" COMPONENT tools)
+  install(FILES ${target}.1 DESTINATION "${CMAKE_INSTALL_MANDIR}/man1" COMPONENT tools)
+  install(FILES ${target}.bash RENAME ${target}
+    DESTINATION "${CMAKE_INSTALL_DATADIR}/bash-completion/completions" COMPONENT tools)
+  if(CORVANE_SYSTEM_PATHS AND EXISTS "${CMAKE_CURRENT_SOURCE_DIR}/${target}.service")
+    install(FILES ${target}.service DESTINATION lib/systemd/user COMPONENT tools)
+  endif()
+endfunction()

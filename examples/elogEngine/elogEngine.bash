@@ -1,0 +1,2 @@
+# bash completion for elogEngine
+complete -W '--help --json --version' elogEngine
