@@ -4,7 +4,7 @@
 #   make demo     run the example shell on a script, and show the trace of that run
 #   make test     build all and run the tests
 #   make check    everything that CI runs; notes in build/checked that the commit passed
-#   make package  make the Debian packages, in build/PRESET/packages
+#   make package  make the Debian packages for this machine, in build/distro/packages
 #   make dist     make the source archive of the last commit, in build/dist
 #   make clean    remove the build trees
 
