@@ -59,7 +59,8 @@ install(FILES "${PROJECT_BINARY_DIR}/corvane.pc" DESTINATION "${CMAKE_INSTALL_LI
 if(CORVANE_PLATFORM STREQUAL "host") # for those who write an engine or tests
   configure_file("${PROJECT_SOURCE_DIR}/cmake/corvane-platform.pc.in" "${PROJECT_BINARY_DIR}/corvane-platform.pc" @ONLY)
   install(TARGETS zel LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}" NAMELINK_ONLY COMPONENT standins_development)
-  install(FILES "${PROJECT_SOURCE_DIR}/platform/include/zel.h" "${PROJECT_SOURCE_DIR}/platform/standins/zel/zelStandin.h"
+  install(FILES
+    "${PROJECT_SOURCE_DIR}/platform/include/zel.h" "${PROJECT_SOURCE_DIR}/platform/standins/zel/zelStandin.h"
     DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/corvane-platform" COMPONENT standins_development)
   install(FILES "${PROJECT_BINARY_DIR}/corvane-platform.pc"
     DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig" COMPONENT standins_development)

@@ -1,8 +1,8 @@
 # Debian packages, made by `cpack` in a build with CORVANE_SYSTEM_PATHS: see tools/package.
 #
-# CPack makes them and not debhelper, because packages for a unit are cross-built by a preset, against a sysroot: there
-# debhelper's own build and dpkg-shlibdeps, which asks the machine's package database, can't be used. And so there is one
-# list of what is installed where, for `cmake --install` and for the packages. lintian checks the result.
+# CPack makes them and not debhelper, because packages for a unit are cross-built by a preset, against a sysroot. There
+# neither debhelper's own build nor dpkg-shlibdeps, which asks the machine's package database, can be used. And so there
+# is one list of what is installed where, for `cmake --install` and for the packages. lintian checks the result.
 
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME corvane)
@@ -23,8 +23,8 @@ set(CPACK_DEBIAN_COMPRESSION_TYPE xz)
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 set(CPACK_PRE_BUILD_SCRIPTS "${PROJECT_SOURCE_DIR}/packaging/finishPackages.cmake")
 
-# Each release line of LTTng-UST has its own library package, which CPACK_PRE_BUILD_SCRIPTS finds. Its headers are of one
-# package name in all lines.
+# LTTng-UST's library package is named after its soname; finishPackages.cmake reads that from the built files. The package
+# of its headers has the same name in all versions.
 set(CPACK_CORVANE_TRACER_VERSION "${corvane_lttng_version}")
 set(corvane_tracer_headers "liblttng-ust-dev (>= ${corvane_lttng_version})")
 if(corvane_lttng_version VERSION_LESS 2.13)
@@ -74,8 +74,8 @@ ${corvane_changes}
   execute_process(COMMAND gzip --best --no-name --force "${corvane_control}/changelog" COMMAND_ERROR_IS_FATAL ANY)
 endif()
 
-# Makes a package of a component. What its programs and libraries need needn't be given. CONTROL_EXTRA are control files;
-# packaging/NAME.lintian-overrides comes along, if there is one.
+# Makes a package of a component. DEPENDS names only what can't be read from its programs and libraries. CONTROL_EXTRA
+# are control files; packaging/NAME.lintian-overrides comes along, if there is one.
 function(corvane_add_package component)
   cmake_parse_arguments(PARSE_ARGV 1 arg ""
     "NAME;SECTION;DESCRIPTION;DEPENDS;RECOMMENDS;SUGGESTS;PROVIDES;CONFLICTS" "CONTROL_EXTRA")
