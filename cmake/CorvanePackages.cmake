@@ -147,7 +147,10 @@ engine or tests: mailboxes, messages, and what the stand-in adds for a
 process that receives messages from processes it doesn't trust.
 
 Applications don't need it: libcorvane-dev is enough for them.")
+endif()
 
+get_property(corvane_programs GLOBAL PROPERTY CORVANE_PROGRAMS)
+if(corvane_programs)
   corvane_add_package(tools NAME corvane-tools SECTION utils
     DEPENDS "corvane-platform-standins (= ${PROJECT_VERSION})"
     DESCRIPTION "event-log engine for applications that use libcorvane
