@@ -37,14 +37,13 @@ file(CONFIGURE OUTPUT "${corvane_control}/triggers" CONTENT "activate-noawait ld
 file(CONFIGURE OUTPUT "${corvane_control}/shlibs" CONTENT "libcorvane 0 libcorvane0 (>= ${PROJECT_VERSION})\n")
 
 # Each package carries the license, and this version's part of CHANGELOG.md in Debian's form.
-if(CORVANE_SYSTEM_PATHS)
-  file(READ "${PROJECT_SOURCE_DIR}/LICENSE" corvane_license)
-  string(REGEX MATCH "Copyright \\(c\\) ([^\n]+)\n+(.*)" corvane_license "${corvane_license}")
-  set(corvane_holder "${CMAKE_MATCH_1}")
-  string(STRIP "${CMAKE_MATCH_2}" corvane_license)
-  string(REPLACE "\n" "\n " corvane_license "${corvane_license}")
-  string(REPLACE "\n \n" "\n .\n" corvane_license "${corvane_license}")
-  file(CONFIGURE OUTPUT "${corvane_control}/copyright" @ONLY CONTENT
+file(READ "${PROJECT_SOURCE_DIR}/LICENSE" corvane_license)
+string(REGEX MATCH "Copyright \\(c\\) ([^\n]+)\n+(.*)" corvane_license "${corvane_license}")
+set(corvane_holder "${CMAKE_MATCH_1}")
+string(STRIP "${CMAKE_MATCH_2}" corvane_license)
+string(REPLACE "\n" "\n " corvane_license "${corvane_license}")
+string(REPLACE "\n \n" "\n .\n" corvane_license "${corvane_license}")
+file(CONFIGURE OUTPUT "${corvane_control}/copyright" @ONLY CONTENT
 "Format: https://www.debian.org/doc/packaging-manuals/copyright-format/1.0/
 Upstream-Name: libcorvane
 
@@ -54,25 +53,24 @@ License: Expat
  ${corvane_license}
 ")
 
-  file(READ "${PROJECT_SOURCE_DIR}/CHANGELOG.md" corvane_changes)
-  string(REGEX REPLACE "^.*\n## ${PROJECT_VERSION}[^\n]*\n+" "" corvane_changes "${corvane_changes}")
-  string(REGEX REPLACE "\n+## .*$" "" corvane_changes "${corvane_changes}")
-  file(CONFIGURE OUTPUT "${corvane_control}/changes" CONTENT "${corvane_changes}" @ONLY)
-  execute_process(COMMAND fmt --tagged-paragraph --width=76 "${corvane_control}/changes"
-    OUTPUT_VARIABLE corvane_changes COMMAND_ERROR_IS_FATAL ANY)
-  string(STRIP "${corvane_changes}" corvane_changes)
-  string(REPLACE "\n" "\n  " corvane_changes "  ${corvane_changes}")
-  string(REPLACE "  - " "  * " corvane_changes "${corvane_changes}")
-  string(TIMESTAMP corvane_date "%a, %d %b %Y %H:%M:%S +0000" UTC) # of SOURCE_DATE_EPOCH, if set
-  file(CONFIGURE OUTPUT "${corvane_control}/changelog" @ONLY CONTENT
+file(READ "${PROJECT_SOURCE_DIR}/CHANGELOG.md" corvane_changes)
+string(REGEX REPLACE "^.*\n## ${PROJECT_VERSION}[^\n]*\n+" "" corvane_changes "${corvane_changes}")
+string(REGEX REPLACE "\n+## .*$" "" corvane_changes "${corvane_changes}")
+file(CONFIGURE OUTPUT "${corvane_control}/changes" CONTENT "${corvane_changes}" @ONLY)
+execute_process(COMMAND fmt --tagged-paragraph --width=76 "${corvane_control}/changes"
+  OUTPUT_VARIABLE corvane_changes COMMAND_ERROR_IS_FATAL ANY)
+string(STRIP "${corvane_changes}" corvane_changes)
+string(REPLACE "\n" "\n  " corvane_changes "  ${corvane_changes}")
+string(REPLACE "  - " "  * " corvane_changes "${corvane_changes}")
+string(TIMESTAMP corvane_date "%a, %d %b %Y %H:%M:%S +0000" UTC) # of SOURCE_DATE_EPOCH, if set
+file(CONFIGURE OUTPUT "${corvane_control}/changelog" @ONLY CONTENT
 "corvane (${PROJECT_VERSION}) unstable; urgency=medium
 
 ${corvane_changes}
 
  -- ${CPACK_PACKAGE_CONTACT}  ${corvane_date}
 ")
-  execute_process(COMMAND gzip --best --no-name --force "${corvane_control}/changelog" COMMAND_ERROR_IS_FATAL ANY)
-endif()
+execute_process(COMMAND gzip --best --no-name --force "${corvane_control}/changelog" COMMAND_ERROR_IS_FATAL ANY)
 
 # Makes a package of a component. DEPENDS names only what can't be read from its programs and libraries. CONTROL_EXTRA
 # are control files; packaging/NAME.lintian-overrides comes along, if there is one.
@@ -87,13 +85,11 @@ function(corvane_add_package component)
   endforeach()
   set(${prefix}_DESCRIPTION "${arg_DESCRIPTION}" PARENT_SCOPE)
   set(CPACK_COMPONENTS_ALL ${CPACK_COMPONENTS_ALL} ${component} PARENT_SCOPE)
-  if(CORVANE_SYSTEM_PATHS)
-    install(FILES "${corvane_control}/changelog.gz" "${corvane_control}/copyright"
-      DESTINATION "share/doc/${arg_NAME}" COMPONENT ${component})
-    set(overrides "${PROJECT_SOURCE_DIR}/packaging/${arg_NAME}.lintian-overrides")
-    if(EXISTS "${overrides}")
-      install(FILES "${overrides}" DESTINATION share/lintian/overrides RENAME ${arg_NAME} COMPONENT ${component})
-    endif()
+  install(FILES "${corvane_control}/changelog.gz" "${corvane_control}/copyright"
+    DESTINATION "share/doc/${arg_NAME}" COMPONENT ${component})
+  set(overrides "${PROJECT_SOURCE_DIR}/packaging/${arg_NAME}.lintian-overrides")
+  if(EXISTS "${overrides}")
+    install(FILES "${overrides}" DESTINATION share/lintian/overrides RENAME ${arg_NAME} COMPONENT ${component})
   endif()
 endfunction()
 
