@@ -23,7 +23,7 @@ int answer(const std::vector<std::string>&, std::ostream&)
 void Corvane::Bench::countCommand()
 {
     CmdTableHelperIf& commands = CmdTableHelperIf::getInstance();
-    commands.registerCmdTable("shows", std::vector<CmdDefinitionCpp>{{"show [-l] <file> { on | off }", answer, ""}});
+    commands.registerCmdTable("show", std::vector<CmdDefinitionCpp>{{"show [-l] <file> { on | off }", answer, ""}});
     std::ostringstream out;
     const std::vector<std::string> line = {"show", "-l", "interfaces.txt", "on"};
     count("executeCmd", [&] { commands.executeCmd(line, out); });
