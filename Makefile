@@ -4,11 +4,12 @@
 #   make demo     run the example shell on a script, and show the trace of that run
 #   make test     build all and run the tests
 #   make check    everything that CI runs; notes in build/checked that the commit passed
+#   make bench    measure the library beside its peers (about 15 minutes, on an idle machine)
 #   make package  make the Debian packages for this machine, in build/distro/packages
 #   make dist     make the source archive of the last commit, in build/dist
 #   make clean    remove the build trees
 
-.PHONY: build demo test check check-wider package dist clean
+.PHONY: build demo test check check-wider bench package dist clean
 
 CTEST_FLAGS ?= -j2
 
@@ -28,8 +29,12 @@ check:
 	@tools/checked $(MAKE) --no-print-directory test check-wider
 
 check-wider:
-	@tools/prerequisites build test unit check
+	@tools/prerequisites build test unit check bench
 	@tools/check
+
+bench:
+	@tools/prerequisites build test bench
+	@tools/bench run
 
 package:
 	@tools/prerequisites build
