@@ -82,13 +82,13 @@ def read_goals(path):
 
 
 def goals_of(section, row):
-    """Returns the goals of a row, each line "FIGURE [(/|-) FIGURE] (<=|>=) NUMBER"."""
+    """Returns the goals of a row, each line "FIGURE [(/|-) FIGURE] [(<=|>=) NUMBER]"."""
     goals = []
     for line in section["goals"].strip().splitlines():
-        match = re.fullmatch(r"(\S+/\S+)(?: ([/-]) (\S+/\S+))? (<=|>=) (\S+)", line.strip())
+        match = re.fullmatch(r"(\S+/\S+)(?: ([/-]) (\S+/\S+))?(?: (<=|>=) (\S+))?", line.strip())
         if not match:
             raise ValueError(f"the goal of {row} is not understood: {line}")
-        goals.append(Comparison(row, match[1], match[2] or "", match[3] or "", match[4], match[5]))
+        goals.append(Comparison(row, match[1], match[2] or "", match[3] or "", match[4] or "", match[5] or ""))
     return goals
 
 
