@@ -2,6 +2,7 @@
 import html
 import math
 import os
+import shutil
 import statistics
 import textwrap
 
@@ -9,7 +10,8 @@ from results import comparisons, value_of
 
 GROUPS = {"C": "Command tables", "F": "In-memory files", "E": "Event log", "T": "Tracing", "H": "Headers and loading",
           "L": "Headers and loading"}
-LABELS, PLOT, NOTES, BAR = 330, 420, 210, 22  # the widths of the chart's columns, and the height of a bar
+LABELS, PLOT, NOTES = 330, 420, 210  # the widths of a chart's columns
+TOP, BAR = 66, 22  # the heights of its head and of a bar
 STYLE = """
   text { font: 12px sans-serif; fill: #1a1a1a } .row { font-weight: bold } .end { text-anchor: end }
   .middle { text-anchor: middle } .paper { fill: #ffffff } .grid { stroke: #c8c8c8 } .one { stroke: #1a1a1a }
@@ -66,41 +68,29 @@ def place(comparison, value):
     return math.log2(value) * (-1 if comparison.relation == ">=" else 1)
 
 
-def ratios(rows):
-    """Returns for each row with charted ratios its title and them."""
-    found = ((title, [one for one in of_row if one.operator == "/" and one.value and one.value.middle > 0])
-             for title, of_row in rows)
-    return [(title, of_row) for title, of_row in found if of_row]
-
-
-def chart(rows):
-    """Returns the chart of a group as SVG: a bar for each ratio, from 1 to the left if ours is faster."""
-    bars = [one for _, of_row in rows for one in of_row]
+def chart(title, bars):
+    """Returns the chart of a row as SVG: a bar for each ratio, from 1 to the left if ours is faster."""
     places = [place(one, one.value.middle) for one in bars]
     places += [place(one, goal_of(one)) for one in bars if one.limit]
     low, high = min(-1, math.floor(min(places))), max(1, math.ceil(max(places)))
     x = lambda position: LABELS + (position - low) / (high - low) * PLOT
-    height = 40 + len(rows) * (BAR + 6) + len(bars) * BAR + 10
+    height = TOP + len(bars) * BAR + 10
     svg = [f'<svg xmlns="http://www.w3.org/2000/svg" viewBox="0 0 {LABELS + PLOT + NOTES} {height}">',
            f"<style>{STYLE}</style>",
            '<defs><pattern id="hatch" width="6" height="6" patternUnits="userSpaceOnUse" patternTransform="rotate(45)">'
            '<rect class="ground" width="6" height="6"/><path class="dash" d="M0 0V6"/></pattern></defs>',
            '<rect class="paper" width="100%" height="100%"/>',
-           f'<text class="end" x="{x(0) - 8:.0f}" y="16">← ours takes less</text>',
-           f'<text x="{x(0) + 8:.0f}" y="16">ours takes more →</text>']
+           f'<text class="row" x="8" y="18">{html.escape(title.replace("`", ""))}</text>',
+           f'<text class="end" x="{x(0) - 8:.0f}" y="38">← ours takes less</text>',
+           f'<text x="{x(0) + 8:.0f}" y="38">ours takes more →</text>']
     step = max(1, math.ceil((high - low) / 10))
     for power in range(low, high + 1):
         if power % step == 0:
             label = f"1/{2 ** -power}" if power < 0 else str(2 ** power)
-            svg.append(f'<path class="{"grid" if power else "one"}" d="M{x(power):.0f} 36V{height - 8}"/>'
-                       f'<text class="middle" x="{x(power):.0f}" y="32">{label}</text>')
-    y = 40
-    for title, of_row in rows:
-        svg.append(f'<text class="row" x="8" y="{y + 20}">{html.escape(title)}</text>')
-        y += BAR + 6
-        for one in of_row:
-            svg += bar(one, x, y)
-            y += BAR
+            svg.append(f'<path class="{"grid" if power else "one"}" d="M{x(power):.0f} {TOP - 4}V{height - 8}"/>'
+                       f'<text class="middle" x="{x(power):.0f}" y="{TOP - 8}">{label}</text>')
+    for line, one in enumerate(bars):
+        svg += bar(one, x, TOP + line * BAR)
     return "\n".join(svg + ["</svg>", ""])
 
 
@@ -127,9 +117,13 @@ def bar(one, x, y):
 def table(of_row):
     lines = ["| what | measured | quartiles | goal | |", "|---|---:|---|---|---|"]
     for one in of_row:
-        value = one.value
-        measured = [amount(one, value.middle), f"{amount(one, value.low)} to {amount(one, value.high)}"] if value else ["", ""]
-        lines.append(f"| {one.name} | {' | '.join(measured)} | {goal_text(one) if one.limit else ''} | {verdict(one)} |")
+        if one.is_listed:
+            value = one.value
+            measured = ["", ""]
+            if value:
+                measured = [amount(one, value.middle), f"{amount(one, value.low)} to {amount(one, value.high)}"]
+            goal = goal_text(one) if one.limit else ""
+            lines.append(f"| {one.name} | {' | '.join(measured)} | {goal} | {verdict(one)} |")
     return lines
 
 
@@ -164,22 +158,23 @@ def write(folder, results, goals):
     figures = results["figures"]
     rows = {row: comparisons(figures, goals[row], row) for row in goals.sections()}
     page = head(results, [one for of_row in rows.values() for one in of_row if one.limit])
-    os.makedirs(folder + "/benchmarks", exist_ok=True)
-    for group in dict.fromkeys(GROUPS.values()):
-        members = [row for row in rows if GROUPS[row[0]] == group]
-        if not members:
-            continue
-        charted = ratios((f"{row}  {goals[row]['what']}", rows[row]) for row in members)
-        page += ["", f"## {group}"]
-        if charted:
-            name = group.lower().replace(" ", "-")
-            with open(f"{folder}/benchmarks/{name}.svg", "w") as file:
-                file.write(chart(charted))
-            page += ["", f"![{group}: our time beside that of others](benchmarks/{name}.svg)"]
-        for row in members:
-            page += ["", f"### {row}: {goals[row]['what']}", ""] + table(rows[row])
-            if any("missed" in verdict(one) for one in rows[row]) and "reason" in goals[row]:
-                page += ["", textwrap.fill("Why not: " + goals[row]["reason"], 120, break_on_hyphens=False)]
+    shutil.rmtree(folder + "/benchmarks", ignore_errors=True)
+    os.mkdir(folder + "/benchmarks")
+    group = ""
+    for row, of_row in rows.items():
+        if group != GROUPS[row[0]]:
+            group = GROUPS[row[0]]
+            page += ["", f"## {group}"]
+        title = f"{row}: {goals[row]['what']}"
+        page += ["", f"### {title}"]
+        ratios = [one for one in of_row if one.operator == "/" and one.value and one.value.middle > 0]
+        if ratios:
+            with open(f"{folder}/benchmarks/{row}.svg", "w") as file:
+                file.write(chart(title, ratios))
+            page += ["", f"![{row}: our figures beside those of others](benchmarks/{row}.svg)"]
+        page += [""] + table(of_row)
+        if any("missed" in verdict(one) for one in of_row) and "reason" in goals[row]:
+            page += ["", textwrap.fill("Why not: " + goals[row]["reason"], 120, break_on_hyphens=False)]
     page += [""] + all_figures(figures)
     with open(folder + "/benchmarks.md", "w") as file:
         file.write("\n".join(page) + "\n")

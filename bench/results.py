@@ -38,6 +38,7 @@ class Comparison:
     relation: str = ""
     limit: str = ""
     value: Value = None
+    is_listed: bool = False
 
     @property
     def name(self):
@@ -88,7 +89,8 @@ def goals_of(section, row):
         match = re.fullmatch(r"(\S+/\S+)(?: ([/-]) (\S+/\S+))?(?: (<=|>=) (\S+))?", line.strip())
         if not match:
             raise ValueError(f"the goal of {row} is not understood: {line}")
-        goals.append(Comparison(row, match[1], match[2] or "", match[3] or "", match[4] or "", match[5] or ""))
+        goals.append(Comparison(row, match[1], match[2] or "", match[3] or "", match[4] or "", match[5] or "",
+                                is_listed=True))
     return goals
 
 
