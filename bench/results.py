@@ -113,12 +113,18 @@ def measure(figures, comparison):
 
 
 def comparisons(figures, section, row):
-    """Returns the goals of a row, and our time beside that of all others in the same case."""
+    """Returns the goals of a row, and our figure beside that of all others in the same case: the figure of the case's
+    first goal, else the time."""
     found = [measure(figures, goal) for goal in goals_of(section, row)]
+    counters = {}
+    for one in found:
+        case, who = one.left.split("/")
+        counters.setdefault(case, "".join(who.partition(".")[1:]))
     for name in figures:
         of_row, case, who = name.split("/")
         if of_row == row and who != "ours":
-            pair = Comparison(row, f"{case}/ours", "/", f"{case}/{who}")
+            counter = counters.get(case, "")
+            pair = Comparison(row, f"{case}/ours{counter}", "/", f"{case}/{who}{counter}")
             if not any((one.left, one.operator, one.right) == (pair.left, "/", pair.right) for one in found):
                 pair = measure(figures, pair)
                 found += [pair] if pair.value else []
