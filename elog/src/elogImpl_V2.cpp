@@ -4,7 +4,6 @@
 
 #include <chrono>
 #include <cstring>
-#include <functional>
 #include <limits>
 #include <new>
 #include <thread>
@@ -37,13 +36,8 @@ constexpr std::uint32_t locateTimeoutMs = 60000;
 constexpr std::size_t wordSize = sizeof(std::uint32_t);
 constexpr std::size_t headWords = 4;
 constexpr std::size_t nulWords = 1; // a whole word for the text's NUL; three of its bytes are never set
+constexpr std::size_t unsetBytes = 3;
 static_assert(sizeof(unsigned int) == wordSize, "parameters are copied as they are");
-
-void putWord(unsigned char* message, std::size_t index, std::size_t value)
-{
-    const auto word = static_cast<std::uint32_t>(value);
-    std::memcpy(message + index * wordSize, &word, wordSize);
-}
 
 /// Keeps the library loaded until the process ends: the client's thread runs its code for as long.
 ///
@@ -129,6 +123,48 @@ std::optional<std::uint32_t> messageSize(std::size_t textLength, std::size_t num
     return size > most ? std::nullopt : std::optional(static_cast<std::uint32_t>(size));
 }
 
+/// An entry as it waits: its message without the first word, in one block. A job must be copyable, so an entry is.
+class WaitingEntry
+{
+public:
+    WaitingEntry(unsigned int event, const std::string& text, const std::vector<unsigned int>& params)
+        : WaitingEntry(event, messageSize(text.size(), params.size()).value_or(0))
+    {
+        if (sizeOfMessage == 0) {
+            return;
+        }
+        const std::uint32_t head[] = {event, static_cast<std::uint32_t>(params.size()),
+                                      static_cast<std::uint32_t>(text.size())};
+        unsigned char* place = bytes.get();
+        std::memcpy(place, head, sizeof head);
+        place += sizeof head;
+        if (!params.empty()) { // the data of an empty vector may be null
+            std::memcpy(place, params.data(), params.size() * wordSize);
+        }
+        std::memcpy(place + params.size() * wordSize, text.c_str(), text.size() + 1);
+    }
+    WaitingEntry(const WaitingEntry& other) : WaitingEntry(other.eventId, other.sizeOfMessage)
+    {
+        std::memcpy(bytes.get(), other.bytes.get(), size());
+    }
+    WaitingEntry(WaitingEntry&&) = default;
+    WaitingEntry& operator=(const WaitingEntry&) = delete;
+    WaitingEntry& operator=(WaitingEntry&&) = delete;
+    ~WaitingEntry() = default;
+
+    std::size_t size() const { return sizeOfMessage == 0 ? 0 : sizeOfMessage - wordSize - unsetBytes; }
+
+    const unsigned int eventId;
+    const std::uint32_t sizeOfMessage; // 0: the message would be too long, so there is none
+    std::unique_ptr<unsigned char[]> bytes;
+
+private:
+    WaitingEntry(unsigned int event, std::uint32_t messageBytes)
+        : eventId(event), sizeOfMessage(messageBytes), bytes(new unsigned char[size()]) // not set, unlike a vector's
+    {
+    }
+};
+
 ElogIf::~ElogIf() = default;
 
 ElogIf& ElogIf::getInstance()
@@ -153,8 +189,7 @@ void ElogImpl::elogWrite(unsigned int eventId, const std::string& text, const st
 {
     const Writer writer(m_writers);
     if (writer.isCounted()) {
-        // Without an initialiser the copies would be const, as the parameters are, and be copied again for the job.
-        activeObject->post([this, eventId, text = text, params = params] { aoElogWrite(eventId, text, params); });
+        activeObject->post([this, entry = WaitingEntry(eventId, text, params)] { aoElogWrite(entry); });
     }
 }
 
@@ -187,29 +222,18 @@ void ElogImpl::aoInit()
     __zel_free(&reply, "", 0);
 }
 
-void ElogImpl::aoElogWrite(unsigned int eventId, const std::string& text, const std::vector<unsigned int>& params) const
+void ElogImpl::aoElogWrite(const WaitingEntry& entry) const
 {
     zel_msg* message = nullptr;
-    if (elogEngineMbox != ZEL_NO_MAILBOX) {
-        if (const auto size = messageSize(text.size(), params.size())) {
-            message = __zel_alloc(*size, writeNo, "", 0);
-        }
+    if (elogEngineMbox != ZEL_NO_MAILBOX && entry.sizeOfMessage != 0) {
+        message = __zel_alloc(entry.sizeOfMessage, writeNo, "", 0);
     }
     if (message == nullptr) {
         Trace::info(__FILE__, TraceLine::discarded,
-                    [&](std::ostream& msg) { msg << "ABN: Discarding elog write for eventId: " << eventId; });
+                    [&](std::ostream& msg) { msg << "ABN: Discarding elog write for eventId: " << entry.eventId; });
         return;
     }
-    auto* bytes = reinterpret_cast<unsigned char*>(message);
-    putWord(bytes, 1, eventId);
-    putWord(bytes, 2, params.size());
-    putWord(bytes, 3, text.size());
-    bytes += headWords * wordSize;
-    const std::size_t paramsSize = params.size() * wordSize;
-    if (paramsSize > 0) { // the data of an empty vector may be null
-        std::memcpy(bytes, params.data(), paramsSize);
-    }
-    std::memcpy(bytes + paramsSize, text.c_str(), text.size() + 1);
+    std::memcpy(reinterpret_cast<unsigned char*>(message) + wordSize, entry.bytes.get(), entry.size());
     __zel_send(&message, elogEngineMbox, ZEL_OWN_MAILBOX, "", 0);
 }
 

@@ -19,6 +19,8 @@ namespace Corvane::Elog::V2 {
 /// Returns  the bytes to allocate for an entry's message; empty if they don't fit 32 bits.
 std::optional<std::uint32_t> messageSize(std::size_t textLength, std::size_t numParams);
 
+class WaitingEntry;
+
 class ElogImpl : public ElogIf
 {
 public:
@@ -40,13 +42,15 @@ private:
 
     // On the active object's thread. No other thread uses elogEngineMbox.
     void aoInit();
-    void aoElogWrite(unsigned int eventId, const std::string& text, const std::vector<unsigned int>& params) const;
+    void aoElogWrite(const WaitingEntry& entry) const;
 
     // A test pins the order of the first two members: tools on the unit read these objects.
     std::shared_ptr<Pindle::ActiveObject::V1::ActiveObjectIf> activeObject;
     std::uint32_t elogEngineMbox;
-    std::atomic<std::uint32_t>
-        m_writers; // how many threads are inside elogWrite(); the top bit says that the end began
+
+    // How many threads are inside elogWrite(); the top bit says that the end began. On a cache line of its own: writers
+    // change it while the active object's thread reads elogEngineMbox.
+    alignas(64) std::atomic<std::uint32_t> m_writers;
 };
 
 } // namespace Corvane::Elog::V2
