@@ -2,10 +2,13 @@
 #include <array>
 #include <atomic>
 #include <chrono>
+#include <cstdarg>
 #include <thread>
 
+#include <dlfcn.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <linux/futex.h>
 #include <pthread.h>
 #include <sys/syscall.h>
 
@@ -28,10 +31,18 @@ extern "C" [[gnu::visibility("default")]] pid_t getpid() noexcept
     return static_cast<pid_t>(::syscall(SYS_getpid));
 }
 
-extern "C" [[gnu::visibility("default")]] int pthread_cond_signal(pthread_cond_t* condition) noexcept
+extern "C" [[gnu::visibility("default")]] long syscall(long number, ...) noexcept
 {
-    ++t_wakes;
-    return ::pthread_cond_broadcast(condition); // only one thread waits
+    std::va_list list;
+    va_start(list, number);
+    std::array<long, 6> values = {};
+    for (long& value : values) {
+        value = va_arg(list, long);
+    }
+    va_end(list);
+    t_wakes += number == SYS_futex && (values[1] & FUTEX_CMD_MASK) == FUTEX_WAKE ? 1 : 0;
+    static const auto original = reinterpret_cast<long (*)(long, ...)>(::dlsym(RTLD_NEXT, "syscall"));
+    return original(number, values[0], values[1], values[2], values[3], values[4], values[5]);
 }
 #endif
 

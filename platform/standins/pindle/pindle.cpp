@@ -4,7 +4,7 @@
 
 #include <atomic>
 #include <chrono>
-#include <condition_variable>
+#include <ctime>
 #include <deque>
 #include <fstream>
 #include <mutex>
@@ -13,7 +13,9 @@
 #include <thread>
 #include <utility>
 
+#include <linux/futex.h>
 #include <pthread.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 
 namespace Pindle::ActiveObject::V1 {
@@ -23,11 +25,25 @@ namespace {
 using Clock = std::chrono::steady_clock;
 using Job = std::function<void()>;
 
-constexpr int looksThatFindItBlocked = 10; // one a millisecond
+constexpr int looksThatFindItBlocked = 10;
+constexpr timespec lookInterval = {0, 1000000};
 constexpr std::chrono::seconds longestJobAtTheEnd{5};
 
 /// Another number in a child made by fork(): tells without a system call that an object was inherited.
 std::atomic<unsigned int> forkCount{0};
+
+// A thread sleeps while a word is 0. Who wakes it doesn't touch the word, as a condition variable's would be: the
+// object may have ended by then, and an address is all that the kernel wants.
+
+void sleepOn(std::atomic<int>& word, const timespec* longest)
+{
+    ::syscall(SYS_futex, &word, FUTEX_WAIT_PRIVATE, 0, longest, nullptr, 0);
+}
+
+void wakeSleeper(std::atomic<int>* word)
+{
+    ::syscall(SYS_futex, word, FUTEX_WAKE_PRIVATE, 1, nullptr, nullptr, 0);
+}
 
 /// Returns  true if the kernel says that the thread sleeps, or says nothing.
 bool isAsleep(pid_t threadId)
@@ -40,7 +56,7 @@ bool isAsleep(pid_t threadId)
 }
 
 /// Its users and its thread own it: the users can leave the thread alone.
-class ActiveObject final : public ActiveObjectIf, public std::enable_shared_from_this<ActiveObject>
+class ActiveObject final : public ActiveObjectIf
 {
 public:
     /// Returns  the users' ownership. Its end is the release.
@@ -61,10 +77,10 @@ public:
             return;
         }
         m_jobs.push_back(std::move(job));
-        if (std::exchange(m_isIdle, false)) {
-            const auto self = shared_from_this(); // once unlocked, the job may release the last owner
-            lock.unlock();                        // before the woken thread wants to lock
-            m_changed.notify_one();
+        if (m_isBusy == 0) {
+            m_isBusy = 1;
+            lock.unlock(); // before the woken thread wants to lock; from here on the job may release the last owner
+            wakeSleeper(&m_isBusy);
         }
     }
 
@@ -86,16 +102,18 @@ private:
             m_initialising = 0;
             m_lastProgress = m_isReleased ? Clock::now() : m_lastProgress;
             while (m_jobs.empty() && !m_isReleased) {
-                m_isIdle = true;
-                m_changed.wait(lock);
+                m_isBusy = 0;
+                lock.unlock();
+                sleepOn(m_isBusy, nullptr);
+                lock.lock();
             }
             if (!m_jobs.empty()) {
                 job = std::move(m_jobs.front());
                 m_jobs.pop_front();
             }
         }
-        m_isOver = true;
-        m_changed.notify_one();
+        m_isOver = 1;
+        wakeSleeper(&m_isOver);
     }
 
     void release()
@@ -106,32 +124,34 @@ private:
         std::unique_lock<std::mutex> lock(m_mutex);
         m_isReleased = true;
         m_lastProgress = Clock::now();
-        m_changed.notify_one();
+        m_isBusy = 1;
+        wakeSleeper(&m_isBusy);
         const bool isOwnThread = m_thread.get_id() == std::this_thread::get_id();
-        for (int looks = 0; !isOwnThread && !m_isOver && looks < looksThatFindItBlocked &&
+        for (int looks = 0; !isOwnThread && m_isOver == 0 && looks < looksThatFindItBlocked &&
                             Clock::now() < m_lastProgress + longestJobAtTheEnd;) {
             looks = m_initialising != 0 && isAsleep(m_initialising) ? looks + 1 : 0;
-            m_changed.wait_for(lock, std::chrono::milliseconds(1));
+            lock.unlock();
+            sleepOn(m_isOver, &lookInterval);
+            lock.lock();
         }
         std::deque<Job> dropped;
         if (!isOwnThread) { // a thread that is left alone finds no job after the one that it runs
             dropped.swap(m_jobs);
         }
-        const bool isOver = m_isOver;
+        const bool isOver = m_isOver != 0;
         lock.unlock(); // before the dropped jobs are destroyed: what they own may post
         isOver ? m_thread.join() : m_thread.detach();
     }
 
+    std::thread m_thread; // the users'
     const unsigned int m_forkCount = forkCount;
-    std::thread m_thread;              // the users'
-    std::condition_variable m_changed; // for the idle thread and, later, for the release: only one waits
-    std::mutex m_mutex;                // guards what follows
-    std::deque<Job> m_jobs;
-    Clock::time_point m_lastProgress; // when the release began, or a job ended after that
-    pid_t m_initialising = 0;         // the thread, while it runs the initial job
-    bool m_isIdle = false;            // the thread waits for a job, and nobody has woken it yet
+    std::mutex m_mutex;               // guards what follows
+    std::atomic<int> m_isBusy{1};     // 0: the thread waits for a job, and nobody has woken it yet
+    std::atomic<int> m_isOver{0};     // 1: the thread has run its last job
     bool m_isReleased = false;        // no job is queued any more
-    bool m_isOver = false;            // the thread has run its last job
+    pid_t m_initialising = 0;         // the thread, while it runs the initial job
+    Clock::time_point m_lastProgress; // when the release began, or a job ended after that
+    std::deque<Job> m_jobs;
 };
 
 } // namespace
