@@ -15,8 +15,8 @@
 
 #include <locale>
 #include <new>
+#include <ostream>
 #include <sstream>
-#include <string>
 
 #include <tpx.h>
 #include <trace/corvaneTracepoints.h>
@@ -25,48 +25,70 @@ namespace Corvane::Trace {
 
 namespace Detail {
 
-template <typename WriteText>
-std::string textOf(const WriteText& writeText)
+/// The text of an event. It is read where it was written: a string stream gives only copies.
+///
+/// Its operations are out of line, so that the sites share them.
+class Text : private std::stringbuf
 {
-    std::ostringstream text;
-    if (text.getloc() != std::locale::classic()) { // one of the application's may group the digits of numbers
-        text.imbue(std::locale::classic());
+public:
+    [[gnu::noinline]] Text() : std::stringbuf(std::ios_base::out), m_stream(this)
+    {
+        if (m_stream.getloc() != std::locale::classic()) { // one of the application's may group the digits of numbers
+            m_stream.imbue(std::locale::classic());
+        }
     }
-    writeText(text);
-    if (!text) { // a stream swallows a failed allocation, and the text would be cut
-        throw std::bad_alloc();
+    Text(const Text&) = delete;
+    Text& operator=(const Text&) = delete;
+    [[gnu::noinline]] ~Text() override = default;
+
+    std::ostream& stream() { return m_stream; }
+
+    /// Returns  what was written. Nothing may be written afterwards.
+    [[gnu::noinline]] const char* end()
+    {
+        m_stream.put('\0');
+        if (!m_stream) { // a stream swallows a failed allocation, and the text would be cut
+            throw std::bad_alloc();
+        }
+        return pbase();
     }
-    return text.str();
-}
+
+private:
+    std::ostream m_stream;
+};
 
 // Out of line, so that a site stays small where it is compiled into the service's code.
 
 template <typename WriteText>
 [[gnu::noinline, gnu::cold]] void emitTrace1(const char* path, unsigned int line, const WriteText& writeText)
 {
-    const std::string msg = textOf(writeText);
-    do_tracepoint(com_brimlow_kelpsys_corvane, TRACE1, tpx_short_fname(path), line, "-", msg.c_str());
+    Text msg;
+    writeText(msg.stream());
+    do_tracepoint(com_brimlow_kelpsys_corvane, TRACE1, tpx_short_fname(path), line, "-", msg.end());
 }
 
 template <typename WriteText>
 [[gnu::noinline, gnu::cold]] void emitTrace2(const char* path, unsigned int line, const WriteText& writeText)
 {
-    const std::string msg = textOf(writeText);
-    do_tracepoint(com_brimlow_kelpsys_corvane, TRACE2, tpx_short_fname(path), line, "-", msg.c_str());
+    Text msg;
+    writeText(msg.stream());
+    do_tracepoint(com_brimlow_kelpsys_corvane, TRACE2, tpx_short_fname(path), line, "-", msg.end());
 }
 
 template <typename WriteText>
 [[gnu::noinline, gnu::cold]] void emitInfo(const char* path, unsigned int line, const WriteText& writeText)
 {
-    const std::string msg = textOf(writeText);
-    do_tracepoint(com_brimlow_kelpsys_corvane, INFO, tpx_short_fname(path), line, msg.c_str());
+    Text msg;
+    writeText(msg.stream());
+    do_tracepoint(com_brimlow_kelpsys_corvane, INFO, tpx_short_fname(path), line, msg.end());
 }
 
 template <typename WriteText>
 [[gnu::noinline, gnu::cold]] void emitError(const char* path, unsigned int line, const WriteText& writeText)
 {
-    const std::string msg = textOf(writeText);
-    do_tracepoint(com_brimlow_kelpsys_corvane, ERROR, tpx_short_fname(path), line, msg.c_str());
+    Text msg;
+    writeText(msg.stream());
+    do_tracepoint(com_brimlow_kelpsys_corvane, ERROR, tpx_short_fname(path), line, msg.end());
 }
 
 } // namespace Detail

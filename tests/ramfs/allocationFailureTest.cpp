@@ -133,7 +133,7 @@ TEST_F(AllocationFailureTest, AWriteWhoseResultCannotBeTracedIsDoneOnce)
         expected.insert(expected.size() - 3, written, 'x');
         EXPECT_EQ(wholeFile(handle), expected) << "allocation " << count;
     }
-    EXPECT_GE(failed, 4);
+    EXPECT_GE(failed, 2); // one for each trace
 }
 
 /// Denies the process further pages.
