@@ -5,6 +5,7 @@
 /// "ElogEngine", the others to a datagram socket.
 #include <algorithm>
 #include <atomic>
+#include <cerrno>
 #include <chrono>
 #include <condition_variable>
 #include <csignal>
@@ -19,6 +20,7 @@
 #include <mutex>
 #include <new>
 #include <string>
+#include <system_error>
 #include <thread>
 #include <utility>
 #include <vector>
@@ -144,16 +146,18 @@ public:
     explicit RawSocket(int type)
     {
         int ends[2] = {};
-        ::socketpair(AF_UNIX, type, 0, ends);
-        if (type == SOCK_DGRAM) {
+        if (type != SOCK_DGRAM) {
+            ::socketpair(AF_UNIX, type, 0, ends);
+        } else {
             ends[0] = ::socket(AF_UNIX, type, 0);
             sockaddr_un address = {};
             address.sun_family = AF_UNIX;
             (std::string(folder.path) + "/raw").copy(address.sun_path, sizeof address.sun_path - 1);
             const auto* const place = static_cast<const sockaddr*>(static_cast<const void*>(&address));
             ends[1] = ::socket(AF_UNIX, type, 0);
-            ::bind(ends[1], place, sizeof address);
-            ::connect(ends[0], place, sizeof address);
+            if (::bind(ends[1], place, sizeof address) != 0 || ::connect(ends[0], place, sizeof address) != 0) {
+                throw std::system_error(errno, std::generic_category(), "raw socket");
+            }
         }
         m_socket = ends[0];
         m_receiver = std::make_unique<Receiver>([&] { return ends[1]; },
