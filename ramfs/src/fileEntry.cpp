@@ -48,24 +48,43 @@ unsigned int FileEntry::read(unsigned int& pos, unsigned char* buffer, unsigned 
         return 0;
     }
     const SharedLock lock(m_mutex);
-    unsigned int copied = 0;
-    std::uint64_t regionStart = 0;
-    const auto copyFrom = [&](const unsigned char* region, std::size_t size) {
-        // Regions come in the order of their positions, so one that has bytes left to copy begins at or before `pos`.
-        // Nothing past the last position can be read, however large the regions are.
-        const std::uint64_t regionEnd = std::min<std::uint64_t>(regionStart + size, maxSize);
-        if (copied < length && pos < regionEnd) {
-            const auto count = static_cast<unsigned int>(std::min<std::uint64_t>(length - copied, regionEnd - pos));
-            std::memcpy(buffer + copied, region + (pos - regionStart), count);
-            pos += count;
-            copied += count;
-        }
-        regionStart += size;
+    const std::uint64_t headerSize = m_header.size();
+    const std::uint64_t last = std::uint64_t{pos} + length;
+    if (length != 0 && headerSize <= pos && last <= std::min(headerSize + m_contentSize, maxSize)) {
+        // Most reads are like this: all bytes are in the content.
+        const unsigned char* const first = m_content.data() + (pos - headerSize);
+        pos = static_cast<unsigned int>(last);
+        std::memcpy(buffer, first, length);
+        return length;
+    }
+    return readAcross(pos, buffer, length);
+}
+
+unsigned int FileEntry::readAcross(unsigned int& pos, unsigned char* buffer, unsigned int length) const
+{
+    struct Region
+    {
+        const unsigned char* bytes;
+        std::uint64_t size;
     };
-    copyFrom(m_header.data(), m_header.size());
-    copyFrom(m_content.data(), m_contentSize);
-    copyFrom(m_footer.data(), m_footer.size());
-    return copied;
+    const Region regions[] = {
+        {m_header.data(), m_header.size()}, {m_content.data(), m_contentSize}, {m_footer.data(), m_footer.size()}};
+    const std::uint64_t start = pos;
+    // Nothing past the last position can be read, however large the regions are.
+    const std::uint64_t end = std::min(start + length, maxSize);
+    std::uint64_t at = start;
+    std::uint64_t regionStart = 0;
+    for (const Region& region : regions) {
+        // Regions come in the order of their positions, so one that has bytes left to copy begins at or before `at`.
+        const std::uint64_t last = std::min(regionStart + region.size, end);
+        if (at < last) {
+            std::memcpy(buffer + (at - start), region.bytes + (at - regionStart), last - at);
+            at = last;
+        }
+        regionStart += region.size;
+    }
+    pos = static_cast<unsigned int>(at);
+    return static_cast<unsigned int>(at - start);
 }
 
 std::uint64_t FileEntry::storageFor(std::uint64_t contentSize)
@@ -73,82 +92,99 @@ std::uint64_t FileEntry::storageFor(std::uint64_t contentSize)
     return std::min(contentSize + contentSize / 10, maxSize);
 }
 
-FileEntry::Outcome FileEntry::writeAt(std::uint64_t& pos, const unsigned char* p_buffer, std::uint64_t length)
+unsigned int FileEntry::writeAt(std::uint64_t& pos, const unsigned char* p_buffer, std::uint64_t length, Notes* notes)
 {
-    Outcome outcome;
     if (p_buffer == nullptr) {
-        outcome.hadNoData = true;
-        return outcome;
+        if (notes != nullptr) {
+            notes->hadNoData = true;
+        }
+        return 0;
     }
     const std::uint64_t headerSize = m_header.size();
     const std::uint64_t end = headerSize + m_contentSize;
-    const std::uint64_t start = std::clamp(pos, headerSize, end);
+    const std::uint64_t start = std::min(std::max(pos, headerSize), end);
     const std::uint64_t last = start + length;
     if (length != 0 && last > maxSize) {
-        outcome.wasRefused = true;
-        return outcome;
+        if (notes != nullptr) {
+            notes->wasRefused = true;
+        }
+        return 0;
     }
-    outcome.movedToStart = pos < headerSize;
-    outcome.movedToEnd = end < pos;
-    const std::uint64_t newSize = last > end ? last - headerSize : m_contentSize;
-    if (m_content.size() < newSize) {
+    const std::uint64_t newSize = std::max(last, end) - headerSize;
+    const bool grows = m_content.size() < newSize;
+    if (grows) {
         m_content.grow(storageFor(newSize));
-        outcome.grownTo = static_cast<unsigned int>(m_content.size());
+    }
+    if (notes != nullptr) {
+        notes->movedToStart = pos < headerSize;
+        notes->movedToEnd = end < pos;
+        notes->grownTo = grows ? static_cast<unsigned int>(m_content.size()) : 0;
     }
     m_contentSize = static_cast<unsigned int>(newSize);
     if (length != 0) {
         std::memcpy(m_content.data() + (start - headerSize), p_buffer, length);
     }
     pos = last;
-    outcome.bytesWritten = static_cast<unsigned int>(length);
-    return outcome;
+    return static_cast<unsigned int>(length);
 }
 
-FileEntry::Outcome FileEntry::tryWrite(unsigned int& pos, const unsigned char* p_buffer, std::uint64_t length)
+unsigned int FileEntry::tryWrite(unsigned int& pos, const unsigned char* p_buffer, std::uint64_t length, Notes* notes)
 {
     const WriteLock lock(m_mutex);
     std::uint64_t position = pos;
-    const Outcome outcome = writeAt(position, p_buffer, length);
+    const unsigned int bytesWritten = writeAt(position, p_buffer, length, notes);
     pos = static_cast<unsigned int>(position);
-    return outcome;
+    return bytesWritten;
 }
 
-FileEntry::Outcome FileEntry::tryAppend(unsigned int& position, const unsigned char* p_buffer, std::uint64_t length)
+unsigned int FileEntry::tryAppend(unsigned int& pos, const unsigned char* p_buffer, std::uint64_t length, Notes* notes)
 {
     const WriteLock lock(m_mutex);
-    std::uint64_t end = std::uint64_t{m_header.size()} + m_footer.size() + m_contentSize;
-    const Outcome outcome = writeAt(end, p_buffer, length);
-    position = static_cast<unsigned int>(std::min(end, maxSize));
-    return outcome;
+    std::uint64_t position = fileSize();
+    const unsigned int bytesWritten = writeAt(position, p_buffer, length, notes);
+    if (bytesWritten == length || p_buffer == nullptr) {
+        pos = static_cast<unsigned int>(std::min(position, maxSize));
+    }
+    return bytesWritten;
 }
 
-std::string FileEntry::textOf(const Outcome& outcome) const
+std::string FileEntry::textOf(const Notes& notes) const
 {
     std::string text = std::to_string(m_fileRef);
-    if (outcome.hadNoData) {
+    if (notes.hadNoData) {
         text += " p_buffer is empty";
     }
-    if (outcome.wasRefused) {
-        text += " content can't exceed " + std::to_string(maxSize) + " bytes";
+    if (notes.wasRefused) {
+        static_assert(maxSize == 4294967295);
+        text += " content can't exceed 4294967295 bytes";
     }
-    if (outcome.movedToStart) {
+    if (notes.movedToStart) {
         text += " can't update header, Move the offset to the start of the content \n";
     }
-    if (outcome.movedToEnd) {
+    if (notes.movedToEnd) {
         text += " can't update header, Move the offset to the end of the content \n";
     }
-    if (outcome.grownTo != 0) {
-        text += " FileEntry::lockFreeWrite() extending file vector to " + std::to_string(outcome.grownTo) + " bytes";
+    if (notes.grownTo != 0) {
+        text += " FileEntry::lockFreeWrite() extending file vector to ";
+        text += std::to_string(notes.grownTo);
+        text += " bytes";
     }
     return text;
 }
 
+[[gnu::noinline]] unsigned int FileEntry::writeNoted(std::uint64_t& pos, const unsigned char* p_buffer,
+                                                     unsigned int length, Notes& notes)
+{
+    return writeAt(pos, p_buffer, length, &notes);
+}
+
 FileEntry::WriteResult FileEntry::lockFreeWrite(unsigned int& pos, const unsigned char* p_buffer, unsigned int length)
 {
+    Notes notes;
     std::uint64_t position = pos;
-    const Outcome outcome = writeAt(position, p_buffer, length);
+    const unsigned int bytesWritten = writeNoted(position, p_buffer, length, notes);
     pos = static_cast<unsigned int>(position);
-    return {outcome.bytesWritten, textOf(outcome)};
+    return {bytesWritten, textOf(notes)};
 }
 
 FileEntry::WriteResult FileEntry::write(unsigned int& pos, const unsigned char* p_buffer, unsigned int length)
@@ -159,9 +195,11 @@ FileEntry::WriteResult FileEntry::write(unsigned int& pos, const unsigned char* 
 
 FileEntry::AppendResult FileEntry::append(const unsigned char* p_buffer, unsigned int length)
 {
-    unsigned int position = 0;
-    const Outcome outcome = tryAppend(position, p_buffer, length);
-    return {position, outcome.bytesWritten, textOf(outcome)};
+    const WriteLock lock(m_mutex);
+    Notes notes;
+    std::uint64_t position = fileSize();
+    const unsigned int bytesWritten = writeNoted(position, p_buffer, length, notes);
+    return {static_cast<unsigned int>(std::min(position, maxSize)), bytesWritten, textOf(notes)};
 }
 
 void FileEntry::insertHeader(const unsigned char* data, unsigned int length)
@@ -199,7 +237,7 @@ bool FileEntry::contentResize(unsigned int newSize)
 std::size_t FileEntry::getFileSize() const
 {
     const SharedLock lock(m_mutex);
-    return m_header.size() + m_footer.size() + m_contentSize;
+    return fileSize();
 }
 
 unsigned int FileEntry::getUserCount() const

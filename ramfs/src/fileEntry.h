@@ -25,10 +25,9 @@ public:
     /// The largest content and the largest position.
     static constexpr std::uint64_t maxSize = UINT32_MAX;
 
-    /// What a write did. textOf() makes a text of it, for those who want to read it.
-    struct Outcome
+    /// What is worth a note about a write. textOf() makes a text of it, for those who want to read it.
+    struct Notes
     {
-        unsigned int bytesWritten = 0;
         unsigned int grownTo = 0; // the storage's new size; 0 if it didn't grow
         bool hadNoData = false;
         bool wasRefused = false; // it would have passed the largest content or position
@@ -65,18 +64,21 @@ public:
     unsigned int read(unsigned int& pos, unsigned char* buffer, unsigned int length);
 
     /// Writes into the content at `pos` and advances `pos`. A `pos` outside the content is first moved into it.
+    /// `notes` may be null.
     ///
-    /// Errors  std::bad_alloc, with `pos` and the content as they were.
-    Outcome tryWrite(unsigned int& pos, const unsigned char* p_buffer, std::uint64_t length);
+    /// Returns  the number of bytes written.
+    /// Errors   std::bad_alloc, with `pos` and the content as they were.
+    unsigned int tryWrite(unsigned int& pos, const unsigned char* p_buffer, std::uint64_t length, Notes* notes);
 
-    /// Writes at the end of the content. `position` becomes the one after the write; where nothing is written it
-    /// becomes the end of the file, but at most the largest position.
+    /// Writes at the end of the content. `pos` becomes the position after the write. If there is no data it becomes the
+    /// end of the file, but at most the largest position; if the write is refused it stays. `notes` may be null.
     ///
-    /// Errors  std::bad_alloc, with the content as it was.
-    Outcome tryAppend(unsigned int& position, const unsigned char* p_buffer, std::uint64_t length);
+    /// Returns  the number of bytes written.
+    /// Errors   std::bad_alloc, with `pos` and the content as they were.
+    unsigned int tryAppend(unsigned int& pos, const unsigned char* p_buffer, std::uint64_t length, Notes* notes);
 
-    /// Returns  the reference number and notes on what a write did.
-    std::string textOf(const Outcome& outcome) const;
+    /// Returns  the reference number and the notes.
+    std::string textOf(const Notes& notes) const;
 
     /// These do the same and make the text. If the text finds no memory, the bytes are written all the same.
     WriteResult lockFreeWrite(unsigned int& pos, const unsigned char* p_buffer, unsigned int length)
@@ -116,10 +118,20 @@ private:
     // Returns the size of the storage for a content of that many bytes, reserve included.
     static std::uint64_t storageFor(std::uint64_t contentSize);
 
-    // In 64 bits: header, content and footer together may be larger than the largest position. Inline: to pass the
-    // outcome on costs as much as a small write.
-    [[gnu::always_inline]] inline Outcome writeAt(std::uint64_t& pos, const unsigned char* p_buffer,
-                                                  std::uint64_t length) CORVANE_REQUIRES(m_mutex);
+    std::uint64_t fileSize() const CORVANE_REQUIRES_SHARED(m_mutex)
+    {
+        return std::uint64_t{m_header.size()} + m_footer.size() + m_contentSize;
+    }
+
+    unsigned int readAcross(unsigned int& pos, unsigned char* buffer, unsigned int length) const
+        CORVANE_REQUIRES_SHARED(m_mutex);
+
+    // In 64 bits: header, content and footer together may be larger than the largest position. Inline: so `pos` stays
+    // in a register of the caller.
+    [[gnu::always_inline]] inline unsigned int writeAt(std::uint64_t& pos, const unsigned char* p_buffer,
+                                                       std::uint64_t length, Notes* notes) CORVANE_REQUIRES(m_mutex);
+    unsigned int writeNoted(std::uint64_t& pos, const unsigned char* p_buffer, unsigned int length, Notes& notes)
+        CORVANE_REQUIRES(m_mutex);
 
     // A test pins the order of the members: tools on the unit read these objects.
     const int m_fileRef;

@@ -33,6 +33,13 @@ const unsigned char* bytesOf(const std::string& data)
     return bytesOf(data.data());
 }
 
+/// Whether the most frequent operations have to be traced. What it takes to make their texts is kept out of them: it
+/// would cost each of them as much as a small write.
+bool isTraced()
+{
+    return tracepoint_enabled(com_brimlow_kelpsys_corvane, TRACE1);
+}
+
 void putHex(std::ostream& os, unsigned char byte)
 {
     constexpr char digits[] = "0123456789ABCDEF";
@@ -53,11 +60,18 @@ FileHandleImpl::FileHandleImpl(const std::string& name, const std::shared_ptr<Fi
     });
 }
 
-void FileHandleImpl::setPos(unsigned long offset)
+[[gnu::noinline, gnu::cold]] void FileHandleImpl::traceSetPos(unsigned long offset) const
 {
     Trace::trace1(__FILE__, TraceLine::setPos, [&](std::ostream& msg) {
         msg << "setPos: " << m_fileName << " fileRef(" << m_fileEntry->getFileRef() << "), offset(" << offset << ")";
     });
+}
+
+void FileHandleImpl::setPos(unsigned long offset)
+{
+    if (isTraced()) {
+        traceSetPos(offset);
+    }
     // A file may be larger than the largest position.
     const std::uint64_t end = std::min<std::uint64_t>(getFileSize(), FileEntry::maxSize);
     m_pos = static_cast<unsigned int>(std::min<std::uint64_t>(offset, end));
@@ -118,45 +132,44 @@ unsigned int FileHandleImpl::dump(std::ostream& os, unsigned int maxLength, bool
     return count + 1;
 }
 
-void FileHandleImpl::traceCall(const char* operation, unsigned int line, std::uint64_t length) const
+/// An operation that copies bytes into the file, and what the trace says about it.
+struct FileHandleImpl::Transfer
 {
-    Trace::trace1(__FILE__, line, [&](std::ostream& msg) {
-        msg << operation << ": " << m_fileName << " fileRef(" << m_fileEntry->getFileRef() << "), length(" << length
+    unsigned int (FileEntry::*operation)(unsigned int&, const unsigned char*, std::uint64_t, FileEntry::Notes*);
+    const char* name;
+    unsigned int line;
+    unsigned int resultLine;
+};
+
+const FileHandleImpl::Transfer FileHandleImpl::writing{&FileEntry::tryWrite, "write", TraceLine::write,
+                                                       TraceLine::writeResult};
+const FileHandleImpl::Transfer FileHandleImpl::appending{&FileEntry::tryAppend, "append", TraceLine::append,
+                                                         TraceLine::appendResult};
+const FileHandleImpl::Transfer FileHandleImpl::appendingString{&FileEntry::tryAppend, "append", TraceLine::appendString,
+                                                               TraceLine::appendStringResult};
+
+[[gnu::noinline, gnu::cold]] unsigned int FileHandleImpl::traced(const Transfer& transfer, const unsigned char* data,
+                                                                 std::uint64_t length)
+{
+    Trace::trace1(__FILE__, transfer.line, [&](std::ostream& msg) {
+        msg << transfer.name << ": " << m_fileName << " fileRef(" << m_fileEntry->getFileRef() << "), length(" << length
             << ")";
     });
-}
-
-void FileHandleImpl::traceResult(const char* operation, unsigned int line,
-                                 const FileEntry::Outcome& outcome) const noexcept
-{
+    FileEntry::Notes notes;
+    const unsigned int bytesWritten = ((*m_fileEntry).*transfer.operation)(m_pos, data, length, &notes);
     try {
-        Trace::trace1(__FILE__, line, [&](std::ostream& msg) {
-            msg << operation << ": FileEntry::write() returns <" << m_fileEntry->textOf(outcome) << ">";
+        Trace::trace1(__FILE__, transfer.resultLine, [&](std::ostream& msg) {
+            msg << transfer.name << ": FileEntry::write() returns <" << m_fileEntry->textOf(notes) << ">";
         });
     } catch (const std::bad_alloc&) {
         // The bytes are written. A caller that got this exception would write them again.
     }
+    return bytesWritten;
 }
 
 unsigned int FileHandleImpl::writeFrom(const unsigned char* data, std::uint64_t length)
 {
-    traceCall("write", TraceLine::write, length);
-    const FileEntry::Outcome outcome = m_fileEntry->tryWrite(m_pos, data, length);
-    traceResult("write", TraceLine::writeResult, outcome);
-    return outcome.bytesWritten;
-}
-
-unsigned int FileHandleImpl::appendFrom(const unsigned char* data, std::uint64_t length, unsigned int line,
-                                        unsigned int resultLine)
-{
-    traceCall("append", line, length);
-    unsigned int position = 0;
-    const FileEntry::Outcome outcome = m_fileEntry->tryAppend(position, data, length);
-    if (!outcome.wasRefused) {
-        m_pos = position;
-    }
-    traceResult("append", resultLine, outcome);
-    return outcome.bytesWritten;
+    return isTraced() ? traced(writing, data, length) : m_fileEntry->tryWrite(m_pos, data, length, nullptr);
 }
 
 unsigned int FileHandleImpl::write(const unsigned char* data, unsigned int length)
@@ -177,7 +190,7 @@ unsigned int FileHandleImpl::write(const std::string& data)
 
 unsigned int FileHandleImpl::append(const unsigned char* data, unsigned int length)
 {
-    return appendFrom(data, length, TraceLine::append, TraceLine::appendResult);
+    return isTraced() ? traced(appending, data, length) : m_fileEntry->tryAppend(m_pos, data, length, nullptr);
 }
 
 unsigned int FileHandleImpl::append(const char* data, unsigned int length)
@@ -187,7 +200,8 @@ unsigned int FileHandleImpl::append(const char* data, unsigned int length)
 
 unsigned int FileHandleImpl::append(const std::string& data)
 {
-    return appendFrom(bytesOf(data), data.size(), TraceLine::appendString, TraceLine::appendStringResult);
+    return isTraced() ? traced(appendingString, bytesOf(data), data.size())
+                      : m_fileEntry->tryAppend(m_pos, bytesOf(data), data.size(), nullptr);
 }
 
 void FileHandleImpl::insertHeader(const unsigned char* data, unsigned int length)

@@ -49,12 +49,13 @@ public:
 private:
     friend struct FileHandleTestAccess;
 
+    struct Transfer;
+    static const Transfer writing, appending, appendingString;
+
     // `length` has 64 bits because a string may be longer than a file can be; the file then refuses it.
     unsigned int writeFrom(const unsigned char* data, std::uint64_t length);
-    unsigned int appendFrom(const unsigned char* data, std::uint64_t length, unsigned int line,
-                            unsigned int resultLine);
-    void traceCall(const char* operation, unsigned int line, std::uint64_t length) const;
-    void traceResult(const char* operation, unsigned int line, const FileEntry::Outcome& outcome) const noexcept;
+    unsigned int traced(const Transfer& transfer, const unsigned char* data, std::uint64_t length);
+    void traceSetPos(unsigned long offset) const;
 
     // A test pins the order of the members: tools on the unit read these objects.
     std::string m_fileName;
