@@ -6,6 +6,7 @@
 #include <cctype>
 #include <new>
 #include <ostream>
+#include <streambuf>
 
 #include "trace/emit.h"
 
@@ -40,11 +41,32 @@ bool isTraced()
     return tracepoint_enabled(com_brimlow_kelpsys_corvane, TRACE1);
 }
 
+/// Reaches the put area of any stream buffer.
+struct PutArea : std::streambuf
+{
+    static bool hasRoom(const std::streambuf& buffer)
+    {
+        return (buffer.*&PutArea::pptr)() < (buffer.*&PutArea::epptr)();
+    }
+};
+
+/// Does what os.put() does. A character that only goes into the put area is put there at once: os.put() would take
+/// several times as long to find out that nothing else is to be done.
+void put(std::ostream& os, char c)
+{
+    if (os.good() && os.tie() == nullptr && (os.flags() & std::ios_base::unitbuf) == 0 &&
+        PutArea::hasRoom(*os.rdbuf())) {
+        os.rdbuf()->sputc(c);
+    } else {
+        os.put(c);
+    }
+}
+
 void putHex(std::ostream& os, unsigned char byte)
 {
-    constexpr char digits[] = "0123456789ABCDEF";
-    os.put(digits[byte >> 4U]);
-    os.put(digits[byte & 0xFU]);
+    static constexpr char digits[] = "0123456789ABCDEF";
+    put(os, digits[byte >> 4U]);
+    put(os, digits[byte & 0xFU]);
 }
 
 } // namespace
@@ -94,9 +116,15 @@ unsigned int FileHandleImpl::readReadable(std::ostream& os, unsigned int maxLeng
 
 unsigned int FileHandleImpl::dump(std::ostream& os, unsigned int maxLength, bool limited)
 {
+    constexpr std::uint64_t never = std::uint64_t{UINT32_MAX} + 1;
     const std::size_t headerSize = readHeader().size();
     const std::size_t footerSize = readFooter().size();
-    const auto footerStart = static_cast<unsigned int>(getFileSize() - footerSize);
+    // Both boundaries count from the start of this call, wherever in the file it began. All is counted in 32 bits: so a
+    // limit of 0 or 1 wraps round to one that is never reached.
+    const auto endOfContent = static_cast<unsigned int>(getFileSize() - footerSize);
+    const std::uint64_t contentStart = headerSize != 0 ? headerSize : never;
+    const std::uint64_t footerStart = footerSize != 0 ? endOfContent : never;
+    const std::uint64_t limit = limited ? maxLength - 2 : never;
     bool textMode = true;
     unsigned int count = 0;
     unsigned int outLength = 0;
@@ -104,21 +132,19 @@ unsigned int FileHandleImpl::dump(std::ostream& os, unsigned int maxLength, bool
     while (read(&byte, 1) == 1) {
         ++count;
         if (textMode && (std::isprint(byte) != 0 || std::isspace(byte) != 0)) {
-            os.put(static_cast<char>(byte));
+            put(os, static_cast<char>(byte));
             outLength += 1;
         } else {
             putHex(os, byte);
             outLength += 2;
             textMode = false;
         }
-        // Both boundaries count from the start of this call, wherever in the file it began.
-        if (footerSize != 0 && footerStart <= count) {
+        if (footerStart <= count) {
             textMode = true;
-        } else if (headerSize != 0 && headerSize <= count) {
+        } else if (contentStart <= count) {
             textMode = false;
         }
-        // In 32 bits: a limit of 0 or 1 wraps round to one that is never reached.
-        if (limited && outLength >= maxLength - 2) {
+        if (outLength >= limit) {
             return outputCut;
         }
     }
@@ -128,7 +154,7 @@ unsigned int FileHandleImpl::dump(std::ostream& os, unsigned int maxLength, bool
     if (textMode && byte == '\n') {
         return count;
     }
-    os.put('\n');
+    put(os, '\n');
     return count + 1;
 }
 

@@ -3,6 +3,7 @@
 #include <ostream>
 #include <stdexcept>
 #include <streambuf>
+#include <string>
 
 #include <gtest/gtest.h>
 
@@ -150,6 +151,93 @@ TEST_F(FileDumpStreamTest, AStreamThatFailsDoesNotEndTheDump)
     EXPECT_EQ(handle.dump(out), 7U);
     EXPECT_TRUE(out.bad());
     EXPECT_EQ(pos(), 6U);
+}
+
+/// Has a put area of three characters.
+class SmallBuffer : public std::streambuf
+{
+public:
+    SmallBuffer() { setp(m_room, m_room + sizeof m_room); }
+
+    std::string text() const { return m_text + std::string(pbase(), pptr()); }
+
+    int overflows = 0;
+    int syncs = 0;
+
+protected:
+    int_type overflow(int_type c) override
+    {
+        ++overflows;
+        empty();
+        return sputc(traits_type::to_char_type(c));
+    }
+
+    int sync() override
+    {
+        ++syncs;
+        empty();
+        return 0;
+    }
+
+private:
+    void empty()
+    {
+        m_text.append(pbase(), pptr());
+        setp(m_room, m_room + sizeof m_room);
+    }
+
+    char m_room[3] = {};
+    std::string m_text;
+};
+
+TEST_F(FileDumpStreamTest, AFullPutAreaOverflows)
+{
+    makeFile("", "abc\x01", "");
+    SmallBuffer buffer;
+    std::ostream out(&buffer);
+    EXPECT_EQ(handle.dump(out), 5U);
+    EXPECT_EQ(buffer.text(), "abc01\n");
+    EXPECT_EQ(buffer.overflows, 1);
+    EXPECT_EQ(buffer.syncs, 0);
+}
+
+TEST_F(FileDumpStreamTest, AStreamThatFlushesItselfDoesSoAfterEachCharacter)
+{
+    makeFile("", "ab\x01", "");
+    SmallBuffer buffer;
+    std::ostream out(&buffer);
+    out << std::unitbuf;
+    handle.dump(out);
+    EXPECT_EQ(buffer.text(), "ab01\n");
+    EXPECT_EQ(buffer.syncs, 5);
+}
+
+TEST_F(FileDumpStreamTest, ATiedStreamIsFlushedBeforeEachCharacter)
+{
+    makeFile("", "ab\x01", "");
+    SmallBuffer tiedBuffer;
+    std::ostream tied(&tiedBuffer);
+    SmallBuffer buffer;
+    std::ostream out(&buffer);
+    out.tie(&tied);
+    handle.dump(out);
+    EXPECT_EQ(buffer.text(), "ab01\n");
+    EXPECT_EQ(tiedBuffer.syncs, 5);
+}
+
+TEST_F(FileDumpStreamTest, ABadStreamWithRoomGetsNothing)
+{
+    makeFile("", "ab", "");
+    SmallBuffer buffer;
+    std::ostream out(&buffer);
+    out.setstate(std::ios_base::eofbit);
+    EXPECT_EQ(handle.dump(out), 3U);
+    EXPECT_EQ(buffer.text(), "");
+    out.clear();
+    out.rdbuf(nullptr);
+    handle.setPos(0);
+    EXPECT_EQ(handle.dump(out), 3U);
+    EXPECT_TRUE(out.bad());
 }
 
 TEST_F(FileDumpStreamTest, TheFormatOfTheStreamDoesNotMatter)
