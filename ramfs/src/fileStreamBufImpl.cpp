@@ -2,6 +2,7 @@
 /// Collects streamed text and moves it into a file.
 #include "ramfs/src/fileStreamBufImpl.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <exception>
 
@@ -13,6 +14,9 @@ namespace {
 
 /// A flush keeps this much memory for the next text and gives the rest back.
 constexpr std::size_t keptCapacity = 4096;
+
+/// Room for further characters is made in steps, so that a large text touches little memory that it may never use.
+constexpr std::size_t roomStep = 4096;
 
 } // namespace
 
@@ -53,7 +57,7 @@ void FileStreamBufImpl::close()
 {
     sync();
     FileManagerIf::getInstance().close(m_fileHandle); // closing a file is the directory's task
-    m_text.shrink_to_fit();
+    freeText();
 }
 
 std::string FileStreamBufImpl::getFileName() const
@@ -71,9 +75,9 @@ int FileStreamBufImpl::sync()
     if (m_fileHandle) {
         writePendingText();
     }
-    m_text.clear();
+    m_length = 0;
     if (m_text.capacity() > keptCapacity) {
-        m_text.shrink_to_fit();
+        freeText();
     }
     return 0;
 }
@@ -84,17 +88,33 @@ FileStreamBufImpl::int_type FileStreamBufImpl::overflow(int_type c)
         return traits_type::eof();
     }
     if (isOpen()) {
-        m_text.push_back(traits_type::to_char_type(c));
+        if (m_length == m_text.size()) {
+            growText();
+        }
+        m_text[m_length++] = traits_type::to_char_type(c);
     }
     return c;
 }
 
+[[gnu::noinline, gnu::cold]] void FileStreamBufImpl::growText()
+{
+    m_text.resize(m_length + 1);
+    m_text.resize(std::min(m_text.capacity(), m_length + roomStep));
+}
+
+void FileStreamBufImpl::freeText()
+{
+    m_text.clear();
+    m_text.shrink_to_fit();
+}
+
 void FileStreamBufImpl::writePendingText()
 {
-    if (m_text.size() > UINT32_MAX) {
+    if (m_length > UINT32_MAX) {
+        m_text.resize(m_length);
         m_fileHandle->write(m_text); // refused: no file can hold it, and no 32-bit length can express it
     } else {
-        m_fileHandle->write(m_text.data(), static_cast<unsigned int>(m_text.size()));
+        m_fileHandle->write(m_text.data(), static_cast<unsigned int>(m_length));
     }
 }
 

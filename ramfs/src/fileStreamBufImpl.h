@@ -3,6 +3,7 @@
 #ifndef CORVANE_RAMFS_FILESTREAMBUFIMPL_H
 #define CORVANE_RAMFS_FILESTREAMBUFIMPL_H
 
+#include <cstddef>
 #include <memory>
 #include <string>
 
@@ -36,10 +37,15 @@ private:
     friend struct FileStreamBufTestAccess;
 
     void writePendingText();
+    void growText();
+    void freeText();
 
     // A test pins the order of the members: tools on the unit read these objects.
     std::shared_ptr<FileHandleIf> m_fileHandle; // empty while the buffer is closed
-    std::string m_text;                         // what was streamed since the last flush
+    std::string m_text;                         // what was streamed since the last flush, and then room
+    // The length of what was streamed. To store a character in room that the string has already is half the work of
+    // appending one.
+    std::size_t m_length = 0;
 };
 
 } // namespace Corvane::RamFs::V1

@@ -282,15 +282,14 @@ TEST(FourGibibytesTest, AStringOfMoreThanTheLargestLengthIsRefused)
 
     const auto refusing = std::make_shared<RefusingHandle>("a", FileEntry::create(3, 0));
     FileStreamBufImpl buffer;
-    std::string& text = FileStreamBufTestAccess::pendingText(buffer);
-    text = std::move(huge);
+    FileStreamBufTestAccess::setPendingText(buffer, std::move(huge));
     FileStreamBufTestAccess::handle(buffer) = refusing;
     EXPECT_THROW(buffer.pubsync(), std::runtime_error); // so the text stays
     EXPECT_EQ(refusing->noted, "string 4294967298");
-    text.resize(limit);
+    FileStreamBufTestAccess::cutPendingText(buffer, limit);
     EXPECT_THROW(buffer.pubsync(), std::runtime_error);
     EXPECT_EQ(refusing->noted, "text 4294967295");
-    EXPECT_THROW(refusing->writeAsEver(text), std::runtime_error);
+    EXPECT_THROW(refusing->writeAsEver(FileStreamBufTestAccess::pendingText(buffer)), std::runtime_error);
     EXPECT_EQ(refusing->noted, "bytes 4294967295");
 }
 

@@ -102,7 +102,17 @@ struct FileStreamBufTestAccess
     {
         return dynamic_cast<FileStreamBufImpl&>(buffer).m_fileHandle;
     }
-    static std::string& pendingText(FileStreamBufIf& buffer) { return dynamic_cast<FileStreamBufImpl&>(buffer).m_text; }
+    static std::string pendingText(FileStreamBufIf& buffer)
+    {
+        const auto& impl = dynamic_cast<FileStreamBufImpl&>(buffer);
+        return impl.m_text.substr(0, impl.m_length);
+    }
+    static void setPendingText(FileStreamBufImpl& buffer, std::string text)
+    {
+        buffer.m_text = std::move(text);
+        buffer.m_length = buffer.m_text.size();
+    }
+    static void cutPendingText(FileStreamBufImpl& buffer, std::size_t length) { buffer.m_length = length; }
     static std::vector<const void*> members(const FileStreamBufImpl& buffer)
     {
         return {&buffer.m_fileHandle, &buffer.m_text};
