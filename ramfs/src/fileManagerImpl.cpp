@@ -211,26 +211,29 @@ bool FileManagerImpl::remove(const std::string& fileName, std::ostream& out, boo
 {
     Trace::trace1(__FILE__, TraceLine::removeByName,
                   [&](std::ostream& msg) { msg << "remove: filename(" << fileName << ")"; });
-    const NamePattern pattern(fileName);
-    std::string report = "File '";
+    std::string others;
     bool isExact = false;
     bool removed = false;
     {
         Files::node_type exact; // the files are freed after the lock, and before the report
-        Nodes others;
+        Nodes taken;
         const WriteLock lock(m_mutex);
         exact = m_files.extract(fileName);
         isExact = !exact.empty();
-        removed = isExact || takeOut(others, [&](const Files::value_type& file) {
-                      const bool matches = pattern.matches(file.first);
-                      if (matches && verbose) {
-                          report += file.first + pattern.reason() + fileName + "'";
-                      }
-                      return matches;
-                  });
+        removed = isExact;
+        if (!isExact) {
+            const NamePattern pattern(fileName);
+            removed = takeOut(taken, [&](const Files::value_type& file) {
+                const bool matches = pattern.matches(file.first);
+                if (matches && verbose) {
+                    others += file.first + pattern.reason() + fileName + "'";
+                }
+                return matches;
+            });
+        }
     }
     if (verbose) {
-        writeTo(out, isExact ? report + fileName + "' deleted" : report);
+        writeTo(out, "File '" + (isExact ? fileName + "' deleted" : others));
     }
     return removed;
 }
