@@ -1,13 +1,102 @@
 /// The counted operations of the file system.
+#include <ostream>
+#include <streambuf>
+#include <string>
+
 #include <ramfs/fileManagerIf.h>
 
 #include "bench/instructions/operations.h"
 
 using Corvane::RamFs::V1::FileManagerIf;
 
+namespace {
+
+/// Takes all text and forgets it.
+class Sink : public std::streambuf
+{
+public:
+    Sink() { setp(m_room, m_room + sizeof m_room); }
+
+protected:
+    int_type overflow(int_type c) override
+    {
+        setp(m_room, m_room + sizeof m_room);
+        return sputc(traits_type::to_char_type(c));
+    }
+
+private:
+    char m_room[4096] = {};
+};
+
+void countHandle(FileManagerIf& files)
+{
+    unsigned char bytes[64] = {};
+    const auto handle = files.create("file", 65536, 1);
+    handle->append(bytes, sizeof bytes);
+    Corvane::Bench::count("setPos", [&] { handle->setPos(0); });
+    Corvane::Bench::count("setPos-write", [&] {
+        handle->setPos(0);
+        handle->write(bytes, 16);
+    });
+    Corvane::Bench::count("setPos-read", [&] {
+        handle->setPos(0);
+        handle->read(bytes, 16);
+    });
+    const auto reserved = files.create("reserved", 65536, 2);
+    Corvane::Bench::count("append-reserved", [&] { reserved->append(bytes, sizeof bytes); });
+    Corvane::Bench::count("create-append-growing", [&] {
+        const auto growing = files.create("growing", 0, 3);
+        for (int i = 0; i < 100; ++i) {
+            growing->append(bytes, sizeof bytes);
+        }
+        files.remove("growing", false);
+    });
+}
+
+void countDirectory(FileManagerIf& files)
+{
+    for (int i = 0; i < 100; ++i) { // a small directory is searched without its hash table
+        files.create("other" + std::to_string(i), 0, 0);
+    }
+    const std::string name = "file";
+    Corvane::Bench::count("exists", [&] { files.exists(name); });
+    Corvane::Bench::count("open", [&] { files.open(name); });
+    const std::string newName = "new";
+    Corvane::Bench::count("create-remove", [&] {
+        files.create(newName, 0, 4);
+        files.remove(newName, false);
+    });
+}
+
+void countStreams(FileManagerIf& files)
+{
+    const auto buffer = files.getFileStreamBuf();
+    buffer->create("stream", 65536, 5);
+    std::ostream out(buffer.get());
+    const std::string line = std::string(64, 'x') + "\n";
+    Corvane::Bench::count("line-flush", [&] { out << line << std::flush; });
+    Sink sink;
+    std::ostream readable(&sink);
+    const auto text = files.create("text", 0, 6);
+    text->write(std::string(1000, 'x'));
+    Corvane::Bench::count("dump-text", [&] {
+        text->setPos(0);
+        text->dump(readable);
+    });
+    const auto binary = files.create("binary", 0, 7);
+    binary->write(std::string(1000, '\0'));
+    Corvane::Bench::count("dump-hexadecimal", [&] {
+        binary->setPos(0);
+        binary->dump(readable);
+    });
+}
+
+} // namespace
+
 void Corvane::Bench::countRamfs()
 {
     FileManagerIf& files = FileManagerIf::getInstance();
-    files.create("file", 0, 1);
-    count("exists", [&] { files.exists("file"); });
+    countHandle(files);
+    countDirectory(files);
+    countStreams(files);
 }
