@@ -1,12 +1,15 @@
 /// The counted operations of the file system.
+#include <memory>
 #include <ostream>
 #include <streambuf>
 #include <string>
+#include <vector>
 
 #include <ramfs/fileManagerIf.h>
 
 #include "bench/instructions/operations.h"
 
+using Corvane::RamFs::V1::FileHandleIf;
 using Corvane::RamFs::V1::FileManagerIf;
 
 namespace {
@@ -44,13 +47,6 @@ void countHandle(FileManagerIf& files)
     });
     const auto reserved = files.create("reserved", 65536, 2);
     Corvane::Bench::count("append-reserved", [&] { reserved->append(bytes, sizeof bytes); });
-    Corvane::Bench::count("create-append-growing", [&] {
-        const auto growing = files.create("growing", 0, 3);
-        for (int i = 0; i < 100; ++i) {
-            growing->append(bytes, sizeof bytes);
-        }
-        files.remove("growing", false);
-    });
 }
 
 void countDirectory(FileManagerIf& files)
@@ -61,11 +57,23 @@ void countDirectory(FileManagerIf& files)
     const std::string name = "file";
     Corvane::Bench::count("exists", [&] { files.exists(name); });
     Corvane::Bench::count("open", [&] { files.open(name); });
-    const std::string newName = "new";
-    Corvane::Bench::count("create-remove", [&] {
-        files.create(newName, 0, 4);
-        files.remove(newName, false);
-    });
+    // Each call has a new file.
+    std::vector<std::string> names;
+    for (int i = 0; i < 210; ++i) {
+        names.push_back("new" + std::to_string(i));
+    }
+    auto created = names.begin();
+    Corvane::Bench::count("create", [&] { files.create(*created++, 0, 4); });
+    std::vector<std::shared_ptr<FileHandleIf>> handles;
+    for (const std::string& one : names) {
+        handles.push_back(files.open(one));
+    }
+    auto grown = handles.begin();
+    const std::string record(64, 'x');
+    Corvane::Bench::count("append-growing", [&] { (*grown++)->append(record.data(), 64); });
+    handles.clear();
+    auto removed = names.begin();
+    Corvane::Bench::count("remove", [&] { files.remove(*removed++, false); });
 }
 
 void countStreams(FileManagerIf& files)
