@@ -34,14 +34,15 @@ bool isBlank(char c)
 ///
 /// Returns  the node of that word.
 template <typename Nodes>
-NodePtr join(const std::string& word, const Nodes& nodes)
+NodePtr join(std::string_view word, const Nodes& nodes)
 {
+    const Subnodes::Hash hash = Subnodes::hashOf(word);
     NodePtr joined;
     for (const NodePtr& node : nodes) {
         if (joined && joined != node) {
             node->addExistingSubnode(joined);
         } else {
-            joined = node->addNewSubnode(word);
+            joined = node->addNewSubnode(word, hash);
         }
     }
     return joined;
@@ -71,10 +72,7 @@ void SyntaxGraph::end(bool isForkedChild)
         const NodePtr node = std::move(doomed.back());
         doomed.pop_back();
         if (node) { // the root is null if the graph has ended before
-            for (NodePtr& subnode : node->subnodes) {
-                doomed.push_back(std::move(subnode));
-            }
-            node->subnodes.clear();
+            node->subnodes.moveTo(doomed);
         }
     }
 }

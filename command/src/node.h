@@ -4,17 +4,14 @@
 #define CORVANE_COMMAND_NODE_H
 
 #include <cstddef>
-#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "command/src/shellCommandFunction.h"
+#include "command/src/subnodes.h"
 
 namespace Corvane::CmdTableHelper {
-
-class Node;
-using NodePtr = std::shared_ptr<Node>;
 
 /// One syntax word, and the words that may follow it. Always owned by std::shared_ptr: a node that follows a group has
 /// as many parents as there are ways through the group.
@@ -23,25 +20,32 @@ using NodePtr = std::shared_ptr<Node>;
 class Node
 {
 public:
-    explicit Node(const std::string& word);
-    ~Node();
+    explicit Node(std::string_view word) : Node(word, Subnodes::hashOf(word)) {}
+    Node(std::string_view word, Subnodes::Hash hash);
     Node(const Node&) = delete;
     Node& operator=(const Node&) = delete;
+    ~Node() = default;
 
     /// Returns  the first subnode with that name, or an empty pointer.
-    NodePtr findExactSubnode(const std::string& subnodeName) const;
+    NodePtr findExactSubnode(std::string_view subnodeName) const;
 
     /// Returns  the subnode with that name, made and attached if there was none.
-    NodePtr addNewSubnode(const std::string& subnodeName);
+    NodePtr addNewSubnode(std::string_view subnodeName)
+    {
+        return addNewSubnode(subnodeName, Subnodes::hashOf(subnodeName));
+    }
+
+    /// The same for a caller that knows the hash of the name.
+    NodePtr addNewSubnode(std::string_view subnodeName, Subnodes::Hash hash);
 
     /// Attaches `node` unless a subnode with its name is there already.
     ///
     /// Returns  `node` itself, also where it was not attached.
-    NodePtr addExistingSubnode(NodePtr node);
+    const NodePtr& addExistingSubnode(const NodePtr& node);
 
     /// Returns  the subnodes that a typed word may stand for: the keyword with exactly that name or else every
     ///          placeholder, in order.
-    std::vector<NodePtr> findMatchingSubnodes(const std::string& word) const;
+    std::vector<NodePtr> findMatchingSubnodes(std::string_view word) const;
 
     /// Returns  every placeholder among the subnodes, in order.
     std::vector<NodePtr> placeholders() const;
@@ -57,19 +61,16 @@ public:
 
     /// The words that may follow, in the order in which they were first attached; no two have the same name. Only the
     /// operations above attach any.
-    std::vector<NodePtr> subnodes;
+    Subnodes subnodes;
     /// What runs when a line ends here; holds nothing until a synopsis ends here.
     ShellCommandFunction handler;
     /// Whether the word stands for a value that the user types.
-    bool isArgument;
+    const bool isArgument;
+    /// Whether the word is the name of a command, and this node a keyword after the root.
+    bool isCommand = false;
+    const Subnodes::Hash nameHash;
     /// The word as it is written in the synopsis.
-    std::string name;
-
-private:
-    const NodePtr* findSubnode(std::string_view subnodeName) const;
-
-    class Index;
-    std::unique_ptr<Index> m_index; // once there are many subnodes
+    const std::string name;
 };
 
 } // namespace Corvane::CmdTableHelper

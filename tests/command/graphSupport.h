@@ -60,10 +60,11 @@ inline int resultOf(const ShellCommandFunction& function)
     return function.callCommandHandlerFunction(0, nullptr, out);
 }
 
-inline std::vector<std::string> namesOf(const std::vector<NodePtr>& nodes)
+template <typename Nodes = std::vector<NodePtr>>
+std::vector<std::string> namesOf(const Nodes& nodes)
 {
     std::vector<std::string> names;
-    for (const auto& node : nodes) {
+    for (const NodePtr& node : nodes) {
         names.push_back(node->name);
     }
     return names;
