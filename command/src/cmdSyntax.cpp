@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <iterator>
 #include <optional>
 #include <utility>
 
@@ -180,26 +181,34 @@ void SyntaxGraph::addSynopsis(const std::string& synopsis, const ShellCommandFun
     }
 }
 
+// NOLINTNEXTLINE(readability-make-member-function-const): it changes the graph, if not the pointer to its root
+bool SyntaxGraph::resolveByKeyword(const std::string& name)
+{
+    const NodePtr* const keyword = root->findKeyword(name);
+    if (keyword == nullptr) {
+        return false;
+    }
+    (*keyword)->isCommand = true;
+    commandNodes.erase(name); // it may have led to a placeholder so far
+    return true;
+}
+
 void SyntaxGraph::registerCommandName(const std::string& commandName)
 {
-    if (!commandName.empty() && commandNodes.count(commandName) == 0) {
+    if (!commandName.empty() && commandNodes.count(commandName) == 0 && !resolveByKeyword(commandName)) {
         pendingCommandNames.insert(commandName);
     }
     std::optional<const NodePtr*> placeholder; // looked for at most once: the root may have many subnodes
     for (auto pending = pendingCommandNames.begin(); pending != pendingCommandNames.end();) {
-        const NodePtr* match = root->findKeyword(*pending);
-        if (match == nullptr) {
+        bool isResolved = resolveByKeyword(*pending);
+        if (!isResolved) {
             placeholder = placeholder ? placeholder : root->findOnlyPlaceholder();
-            match = *placeholder;
+            if (*placeholder != nullptr) {
+                commandNodes[*pending] = **placeholder;
+                isResolved = (**placeholder)->name == *pending;
+            }
         }
-        if (match != nullptr) {
-            commandNodes[*pending] = *match;
-        }
-        if (match != nullptr && (*match)->name == *pending) {
-            pending = pendingCommandNames.erase(pending);
-        } else {
-            ++pending;
-        }
+        pending = isResolved ? pendingCommandNames.erase(pending) : std::next(pending);
     }
 }
 

@@ -6,6 +6,7 @@
 #ifndef CORVANE_COMMAND_CMDSYNTAX_H
 #define CORVANE_COMMAND_CMDSYNTAX_H
 
+#include <functional>
 #include <iosfwd>
 #include <map>
 #include <memory>
@@ -34,6 +35,20 @@ public:
     /// The nodes after which the next word of a synopsis goes.
     using Frontier = std::vector<NodePtr>;
     using Synopses = std::vector<std::pair<std::string, ShellCommandFunction>>;
+
+    /// What a line led to: a node with a handler, and the function that the handler held. Both live on as long as this
+    /// object does.
+    struct Command
+    {
+        /// Calls the function that the handler holds now.
+        int call(int argc, const char* const* argv, std::ostream& out) const
+        {
+            return node->handler.callCommandHandlerFunction(function, argc, argv, out);
+        }
+
+        NodePtr node;
+        ShellCommandFunction::SharedFunction function;
+    };
 
     /// Ends the graph: its nodes and handlers are released, it is empty from now on, and addCommand() adds nothing.
     ///
@@ -88,8 +103,8 @@ public:
 
     /// The same for a caller that calls the handler while another thread may end the graph.
     ///
-    /// Returns  the node with the handler, which the caller keeps alive, or null.
-    NodePtr findCommand(unsigned long argc, const char* const* argv, std::ostream& out) const;
+    /// Returns  the command, or one without a node.
+    Command findCommand(unsigned long argc, const char* const* argv, std::ostream& out) const;
 
     /// Writes what may follow `node`, up to the first set of alternatives.
     static void printSyntax(std::shared_ptr<Node> node, std::ostream& out);
@@ -112,14 +127,20 @@ public:
     /// The parent of the first words of all synopses; null once the graph has ended.
     NodePtr root CORVANE_GUARDED_BY(mutex);
     /// Names of commands with which no synopsis begins yet.
-    std::set<std::string> pendingCommandNames CORVANE_GUARDED_BY(mutex);
-    /// The root's subnode that each command leads to.
-    std::map<std::string, NodePtr> commandNodes CORVANE_GUARDED_BY(mutex);
+    std::set<std::string, std::less<>> pendingCommandNames CORVANE_GUARDED_BY(mutex);
+    /// The placeholder after the root to which each command leads whose name no synopsis begins with. Every other
+    /// command leads to the keyword of its name, which is marked as a command.
+    std::map<std::string, NodePtr, std::less<>> commandNodes CORVANE_GUARDED_BY(mutex);
 
 private:
     /// Adds one synopsis and moves the handlers that it replaces into `replaced`.
     void addSynopsis(const std::string& synopsis, const ShellCommandFunction& function,
                      std::vector<ShellCommandFunction>& replaced) CORVANE_REQUIRES(mutex);
+
+    /// Makes `name` a command if it is a keyword after the root.
+    ///
+    /// Returns  whether it is.
+    bool resolveByKeyword(const std::string& name) CORVANE_REQUIRES(mutex);
 };
 
 } // namespace Corvane::CmdTableHelper

@@ -2,6 +2,7 @@
 /// Matches typed lines against the syntax graph and dispatches them.
 #include "command/src/cmdSyntax.h"
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <functional>
@@ -54,58 +55,108 @@ std::string_view textOf(const char* word)
     return word;
 }
 
-/// The members of a graph that tell what the first word of a line stands for.
-struct FirstWords
+/// Finds what each word of one line may stand for.
+struct LineMatcher
 {
     const NodePtr& root;
-    const std::map<std::string, NodePtr>& commandNodes;
-    const std::set<std::string>& pendingCommandNames;
+    const std::map<std::string, NodePtr, std::less<>>& commandNodes;
+    const std::set<std::string, std::less<>>& pendingCommandNames;
+    unsigned long argc;
+    const char* const* argv;
 
-    Matches match(const std::string& word) const
+    Matches matchFirst(std::string_view word) const
     {
+        if (!root) { // the graph has ended
+            return {};
+        }
+        const NodePtr* const keyword = root->findKeyword(word);
+        if (keyword != nullptr && (*keyword)->isCommand) {
+            return {keyword};
+        }
         const auto command = commandNodes.find(word);
         if (command != commandNodes.end()) {
             return {&command->second};
         }
         return pendingCommandNames.count(word) != 0 ? matchPlaceholders(*root) : Matches();
     }
+
+    Matches match(const NodePtr& node, unsigned long i) const
+    {
+        const std::string_view word = textOf(argv[i]);
+        return node == root ? matchFirst(word) : CmdTableHelper::match(*node, word);
+    }
 };
 
-/// One walk of one line through the graph.
-class LineWalk
+/// The way of a line through the graph. Its text is needed for a usage only.
+class UsedWords
 {
 public:
-    LineWalk(const FirstWords& firstWords, unsigned long argc, const char* const* argv)
-        : m_firstWords(firstWords), m_argc(argc), m_argv(argv)
+    void add(const Node& node)
     {
+        if (m_count < fewWords) {
+            m_first[m_count++] = &node;
+        } else {
+            m_further.push_back(&node);
+        }
     }
 
-    /// Walks from `start` and appends the words matched on the way to `usedWords`.
-    ///
-    /// Returns  the node reached.
-    NodePtr run(const NodePtr& start, std::string* usedWords)
+    /// The line took a placeholder among which there was a choice: the last word stands as it was typed.
+    void addTyped(const char* word) { m_typed = word; }
+
+    /// Appends the words to `text`. The name of the command stands as it was typed.
+    void appendTo(std::string& text, const char* const* argv) const
     {
-        const NodePtr* node = &start;
-        for (unsigned long i = 0; i < m_argc; ++i) {
-            const Matches matches = matchesOf(*node, i);
-            if (matches.areNone()) {
-                return *node;
-            }
-            if (matches.areSeveral()) {
-                NodePtr end = search(**node, matches.first, i);
-                if (!end) {
-                    append(usedWords, m_argv[i]);
-                    end = (*node)->subnodes[matches.first];
-                }
-                return end;
-            }
-            node = matches.only;
-            if (i + 1 == m_argc && (*node)->handler.hasFunction()) {
-                return *node;
-            }
-            append(usedWords, i == 0 ? std::string_view(m_argv[0]) : (*node)->name);
+        for (std::size_t i = 0; i < m_count; ++i) {
+            append(text, i == 0 ? std::string_view(argv[0]) : m_first[i]->name);
         }
-        return *node;
+        for (const Node* const node : m_further) {
+            append(text, node->name);
+        }
+        if (m_typed != nullptr) {
+            append(text, m_typed);
+        }
+    }
+
+private:
+    static void append(std::string& text, std::string_view word) { text.append(word).append(1, ' '); }
+
+    static constexpr std::size_t fewWords = 16; // lines of no more words need no memory of the heap
+    std::array<const Node*, fewWords> m_first;  // as many as m_count
+    std::size_t m_count = 0;
+    std::vector<const Node*> m_further;
+    const char* m_typed = nullptr;
+};
+
+/// Looks for a way on where several placeholders match a word.
+class Search
+{
+public:
+    explicit Search(const LineMatcher& line) : m_line(line) {}
+
+    /// Tries the placeholders of `parent` from `first` on for a word, depth first, the earliest registered first. If no
+    /// placeholder of an inner choice leads to a handler, but the first placeholder itself has a handler, the line ends
+    /// there.
+    ///
+    /// Returns  the node at which the line ends, which has a handler; null if no way leads to one.
+    const NodePtr* run(const Node& parent, Place first, unsigned long word)
+    {
+        m_choices.push_back({&parent, word, first, first});
+        while (!m_choices.empty()) {
+            Choice& choice = m_choices.back();
+            const Subnodes& subnodes = choice.parent->subnodes;
+            if (choice.next < subnodes.size()) {
+                const NodePtr& node = subnodes[choice.next];
+                choice.next = choice.parent->findPlaceholder(choice.next + 1);
+                if (const NodePtr* const end = follow(node, choice.word + 1)) {
+                    return end;
+                }
+            } else if (m_choices.size() > 1 && subnodes[choice.first]->handler.hasFunction()) {
+                return &subnodes[choice.first];
+            } else {
+                m_choices.pop_back();
+            }
+        }
+        return nullptr;
     }
 
 private:
@@ -134,7 +185,7 @@ private:
         }
     };
 
-    /// Returns  whether `node` has not been tried with this word before in this walk.
+    /// Returns  whether `node` has not been tried with this word before in this search.
     bool isNew(const Node& node, unsigned long word)
     {
         std::uint64_t& tried = m_tried[{&node, word / 64}];
@@ -143,78 +194,66 @@ private:
         return tried != before;
     }
 
-    static void append(std::string* usedWords, std::string_view word)
-    {
-        if (usedWords != nullptr) {
-            usedWords->append(word).append(" ");
-        }
-    }
-
-    Matches matchesOf(const NodePtr& node, unsigned long i) const
-    {
-        const std::string_view word = textOf(m_argv[i]);
-        return node == m_firstWords.root ? m_firstWords.match(std::string(word)) : match(*node, word);
-    }
-
-    /// Tries the placeholders depth first, the earliest registered first. If no placeholder of an inner choice leads to
-    /// a handler, but the first placeholder itself has a handler, the line ends there.
-    ///
-    /// Returns  the node at which the line ends, which has a handler; null if no way leads to one.
-    NodePtr search(const Node& parent, Place first, unsigned long word)
-    {
-        std::vector<Choice> choices{{&parent, word, first, first}};
-        while (!choices.empty()) {
-            Choice& choice = choices.back();
-            const auto& subnodes = choice.parent->subnodes;
-            if (choice.next < subnodes.size()) {
-                const NodePtr& node = subnodes[choice.next];
-                choice.next = choice.parent->findPlaceholder(choice.next + 1);
-                if (NodePtr end = follow(node, choice.word + 1, choices)) {
-                    return end;
-                }
-            } else if (choices.size() > 1 && subnodes[choice.first]->handler.hasFunction()) {
-                return subnodes[choice.first];
-            } else {
-                choices.pop_back();
-            }
-        }
-        return nullptr;
-    }
-
-    /// Follows the line from `start` as far as there is no choice, and adds the choice that it meets to `choices`.
+    /// Follows the line from `start` as far as there is no choice, and adds the choice that it meets to the choices.
     ///
     /// Returns  the node at which the line ends, if it has a handler; otherwise null.
-    NodePtr follow(const NodePtr& start, unsigned long word, std::vector<Choice>& choices)
+    const NodePtr* follow(const NodePtr& start, unsigned long word)
     {
         const NodePtr* node = &start;
-        for (; word < m_argc; ++word) {
+        for (; word < m_line.argc; ++word) {
             if (!isNew(**node, word)) {
                 return nullptr; // has led to no handler before
             }
-            const Matches matches = matchesOf(*node, word);
+            const Matches matches = m_line.match(*node, word);
             if (matches.areNone()) {
                 break;
             }
             if (matches.areSeveral()) {
-                choices.push_back({node->get(), word, matches.first, matches.first});
+                m_choices.push_back({node->get(), word, matches.first, matches.first});
                 return nullptr;
             }
             node = matches.only;
         }
-        return (*node)->handler.hasFunction() ? *node : nullptr;
+        return (*node)->handler.hasFunction() ? node : nullptr;
     }
 
-    const FirstWords m_firstWords;
-    unsigned long m_argc;
-    const char* const* m_argv;
+    const LineMatcher& m_line;
+    std::vector<Choice> m_choices;
     std::unordered_map<TriedWords, std::uint64_t, TriedWordsHash> m_tried;
 };
+
+/// Walks a line from `start` and notes the way in `usedWords`.
+///
+/// Returns  the node reached, in the list of subnodes of its parent.
+const NodePtr& walk(const LineMatcher& line, const NodePtr& start, UsedWords& usedWords)
+{
+    const NodePtr* node = &start;
+    for (unsigned long i = 0; i < line.argc; ++i) {
+        const Matches matches = line.match(*node, i);
+        if (matches.areNone()) {
+            break;
+        }
+        if (matches.areSeveral()) {
+            if (const NodePtr* const end = Search(line).run(**node, matches.first, i)) {
+                return *end;
+            }
+            usedWords.addTyped(line.argv[i]);
+            return (*node)->subnodes[matches.first];
+        }
+        node = matches.only;
+        if (i + 1 == line.argc && (*node)->handler.hasFunction()) {
+            break;
+        }
+        usedWords.add(**node);
+    }
+    return *node;
+}
 
 } // namespace
 
 std::vector<NodePtr> SyntaxGraph::findMatchingRootSubnodes(const std::string& word) const
 {
-    const Matches matches = FirstWords{root, commandNodes, pendingCommandNames}.match(word);
+    const Matches matches = LineMatcher{root, commandNodes, pendingCommandNames, 0, nullptr}.matchFirst(word);
     if (matches.areSeveral()) {
         return root->placeholders();
     }
@@ -224,24 +263,31 @@ std::vector<NodePtr> SyntaxGraph::findMatchingRootSubnodes(const std::string& wo
 NodePtr SyntaxGraph::findCommandArguments(std::shared_ptr<Node> node, std::string* usedWords, unsigned long argc,
                                           const char* const* argv) const
 {
-    return LineWalk({root, commandNodes, pendingCommandNames}, argc, argv).run(node, usedWords);
+    UsedWords used;
+    NodePtr found = walk({root, commandNodes, pendingCommandNames, argc, argv}, node, used);
+    if (usedWords != nullptr) {
+        used.appendTo(*usedWords, argv);
+    }
+    return found;
 }
 
 const ShellCommandFunction* SyntaxGraph::dispatchCommand(unsigned long argc, const char* const* argv,
                                                          std::ostream& out) const
 {
-    const NodePtr found = findCommand(argc, argv, out);
-    return found ? &found->handler : nullptr;
+    const Command found = findCommand(argc, argv, out);
+    return found.node ? &found.node->handler : nullptr;
 }
 
-NodePtr SyntaxGraph::findCommand(unsigned long argc, const char* const* argv, std::ostream& out) const
+SyntaxGraph::Command SyntaxGraph::findCommand(unsigned long argc, const char* const* argv, std::ostream& out) const
 {
     const ExclusiveLock lock(mutex);
-    std::string usedWords;
-    NodePtr found = findCommandArguments(root, &usedWords, argc, argv);
+    UsedWords used;
+    const NodePtr& found = walk({root, commandNodes, pendingCommandNames, argc, argv}, root, used);
     if (found && found->handler.hasFunction()) {
-        return found;
+        return {found, found->handler.function()};
     }
+    std::string usedWords;
+    used.appendTo(usedWords, argv);
     out << "Usage: " << usedWords;
     if (argc != 0 && textOf(argv[0]) == "pelm") {
         printPelmSyntax(found, out);
@@ -249,7 +295,7 @@ NodePtr SyntaxGraph::findCommand(unsigned long argc, const char* const* argv, st
         printSyntax(found, out);
     }
     out << "\n\n";
-    return nullptr;
+    return {};
 }
 
 } // namespace Corvane::CmdTableHelper

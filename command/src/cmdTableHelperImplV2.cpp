@@ -105,13 +105,10 @@ void CmdTableHelperImpl::registerCmdTable(const std::string& commandName, const 
 
 int CmdTableHelperImpl::executeCmd(const std::vector<std::string>& words, std::ostream& out)
 {
-    std::vector<const char*> argv;
-    argv.reserve(words.size());
-    for (const std::string& word : words) {
-        argv.push_back(word.c_str());
-    }
-    const NodePtr command = m_syntaxGraph.findCommand(argv.size(), argv.data(), out);
-    if (!command) {
+    std::vector<const char*> argv(words.size());
+    std::transform(words.begin(), words.end(), argv.begin(), [](const std::string& word) { return word.c_str(); });
+    const SyntaxGraph::Command command = m_syntaxGraph.findCommand(argv.size(), argv.data(), out);
+    if (!command.node) {
         return noSuchCommand;
     }
     Trace::trace1(__FILE__, TraceLine::executeCmd, [&](std::ostream& msg) {
@@ -123,7 +120,7 @@ int CmdTableHelperImpl::executeCmd(const std::vector<std::string>& words, std::o
         }
     });
     const int argc = static_cast<int>(argv.size());
-    const int result = command->handler.callCommandHandlerFunction(argc, argv.data(), out);
+    const int result = command.call(argc, argv.data(), out);
     invokePostExecutionHooks(result, argc, argv.data());
     return result;
 }

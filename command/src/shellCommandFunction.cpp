@@ -27,32 +27,50 @@ std::vector<std::string> wordsOf(int argc, const char* const* argv)
     return {argv, argv + argc};
 }
 
+int call(const ShellCommandFunction::Function& function, int argc, const char* const* argv, std::ostream& out)
+{
+    using Held = ShellCommandFunction;
+    const auto callHeld =
+        overload{[](std::monostate) { return noHandler; },
+                 [&](const Held::ArgvFunction& handler) { return handler(argc, argv); },
+                 [&](const Held::ArgvStreamFunction& handler) { return handler(argc, argv, out); },
+                 [&](const Held::WordsFunction& handler) { return handler(wordsOf(argc, argv)); },
+                 [&](const Held::WordsStreamFunction& handler) { return handler(wordsOf(argc, argv), out); }};
+    return std::visit(callHeld, function);
+}
+
 } // namespace
 
+ShellCommandFunction::ShellCommandFunction(SharedFunction function) noexcept
+    : m_function(std::move(function)), m_current(m_function.get())
+{
+}
+
 ShellCommandFunction::ShellCommandFunction(ArgvFunction function)
-    : m_function(std::make_shared<const Function>(std::move(function)))
+    : ShellCommandFunction(std::make_shared<const Function>(std::move(function)))
 {
 }
 
 ShellCommandFunction::ShellCommandFunction(ArgvStreamFunction function)
-    : m_function(std::make_shared<const Function>(std::move(function)))
+    : ShellCommandFunction(std::make_shared<const Function>(std::move(function)))
 {
 }
 
 ShellCommandFunction::ShellCommandFunction(WordsFunction function)
-    : m_function(std::make_shared<const Function>(std::move(function)))
+    : ShellCommandFunction(std::make_shared<const Function>(std::move(function)))
 {
 }
 
 ShellCommandFunction::ShellCommandFunction(WordsStreamFunction function)
-    : m_function(std::make_shared<const Function>(std::move(function)))
+    : ShellCommandFunction(std::make_shared<const Function>(std::move(function)))
 {
 }
 
 ShellCommandFunction::ShellCommandFunction(const ShellCommandFunction& other)
 {
     if (const auto function = std::atomic_load(&other.m_function)) {
-        m_function = std::make_shared<const Function>(*function);
+        ShellCommandFunction copy(std::make_shared<const Function>(*function));
+        swap(copy);
     }
 }
 
@@ -79,15 +97,14 @@ int ShellCommandFunction::callCommandHandlerFunction(int argc, const char* const
 {
     // Keeps the function alive while it runs, even if the object gets another one meanwhile.
     const auto function = std::atomic_load(&m_function);
-    if (!function) {
-        return noHandler;
-    }
-    const auto call = overload{[](std::monostate) { return noHandler; },
-                               [&](const ArgvFunction& handler) { return handler(argc, argv); },
-                               [&](const ArgvStreamFunction& handler) { return handler(argc, argv, out); },
-                               [&](const WordsFunction& handler) { return handler(wordsOf(argc, argv)); },
-                               [&](const WordsStreamFunction& handler) { return handler(wordsOf(argc, argv), out); }};
-    return std::visit(call, *function);
+    return function ? call(*function, argc, argv, out) : noHandler;
+}
+
+int ShellCommandFunction::callCommandHandlerFunction(const SharedFunction& earlier, int argc, const char* const* argv,
+                                                     std::ostream& out) const
+{
+    const bool isHeld = m_current.load(std::memory_order_acquire) == earlier.get();
+    return isHeld && earlier ? call(*earlier, argc, argv, out) : callCommandHandlerFunction(argc, argv, out);
 }
 
 std::size_t ShellCommandFunction::index() const noexcept
@@ -98,6 +115,7 @@ std::size_t ShellCommandFunction::index() const noexcept
 void ShellCommandFunction::swap(ShellCommandFunction& other) noexcept
 {
     other.m_function = std::atomic_exchange(&m_function, std::move(other.m_function));
+    other.m_current = m_current.exchange(other.m_current);
 }
 
 } // namespace Corvane::CmdTableHelper

@@ -3,6 +3,7 @@
 #ifndef CORVANE_COMMAND_SHELLCOMMANDFUNCTION_H
 #define CORVANE_COMMAND_SHELLCOMMANDFUNCTION_H
 
+#include <atomic>
 #include <cstddef>
 #include <functional>
 #include <iosfwd>
@@ -29,6 +30,9 @@ public:
     /// What may be held. index() is a part of the contract, so a test pins the order.
     using Function = std::variant<std::monostate, ArgvFunction, ArgvStreamFunction, WordsFunction, WordsStreamFunction>;
 
+    /// A function that lives on while somebody shares it.
+    using SharedFunction = std::shared_ptr<const Function>;
+
     ShellCommandFunction() = default;
     ShellCommandFunction(ArgvFunction function);
     ShellCommandFunction(ArgvStreamFunction function);
@@ -48,6 +52,14 @@ public:
     ///          takes strings; what the handler throws.
     int callCommandHandlerFunction(int argc, const char* const* argv, std::ostream& out) const;
 
+    /// The same for a caller that took function() before, under a lock. It needs no lock now, unless the function has
+    /// been replaced meanwhile.
+    int callCommandHandlerFunction(const SharedFunction& earlier, int argc, const char* const* argv,
+                                   std::ostream& out) const;
+
+    /// Returns  the function that is held; null if nothing is.
+    const SharedFunction& function() const noexcept { return m_function; }
+
     /// Returns  which alternative of Function is held.
     std::size_t index() const noexcept;
 
@@ -61,10 +73,14 @@ public:
     void swap(ShellCommandFunction& other) noexcept;
 
 private:
+    explicit ShellCommandFunction(SharedFunction function) noexcept;
+
     // Null if nothing is held. Behind a pointer, because a registration may replace the function while another thread
     // calls it: each call shares the function that it began with, and no lock is held while a handler runs. Two objects
     // never share a function.
-    std::shared_ptr<const Function> m_function;
+    SharedFunction m_function;
+    // The same pointer, for those who only ask whether they have the function that is held.
+    std::atomic<const Function*> m_current{nullptr};
 };
 
 } // namespace Corvane::CmdTableHelper

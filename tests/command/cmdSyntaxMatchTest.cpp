@@ -116,10 +116,11 @@ TEST(Dispatch, OfAGraphThatHasEndedFindsNothing)
     add(graph, "x", {"x"});
     std::ostringstream out;
     const char* const argv[] = {"x"};
-    const NodePtr command = graph.findCommand(1, argv, out);
+    const SyntaxGraph::Command command = graph.findCommand(1, argv, out);
     graph.end();
     graph.end();
-    EXPECT_EQ(resultOf(command->handler), 1) << "a command that was found lives on";
+    EXPECT_EQ(command.call(1, argv, out), 1) << "a command that was found lives on";
+    EXPECT_EQ(resultOf(command.node->handler), 1);
     add(graph, "x", {"x", "<a>"});
     add(graph, "pelm", {});
     EXPECT_EQ(dispatch(graph, {"x"}), (Dispatched{-1, "Usage: \n\n"}));

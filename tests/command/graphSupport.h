@@ -25,13 +25,19 @@ inline NodePtr rootOf(const SyntaxGraph& graph)
 inline std::set<std::string> pendingNamesOf(const SyntaxGraph& graph)
 {
     const ExclusiveLock lock(graph.mutex);
-    return graph.pendingCommandNames;
+    return {graph.pendingCommandNames.begin(), graph.pendingCommandNames.end()};
 }
 
 inline std::map<std::string, NodePtr> commandNodesOf(const SyntaxGraph& graph)
 {
     const ExclusiveLock lock(graph.mutex);
-    return graph.commandNodes;
+    std::map<std::string, NodePtr> nodes(graph.commandNodes.begin(), graph.commandNodes.end());
+    for (const NodePtr& node : graph.root->subnodes) {
+        if (node->isCommand) {
+            EXPECT_TRUE(nodes.emplace(node->name, node).second) << node->name;
+        }
+    }
+    return nodes;
 }
 
 inline std::vector<NodePtr> matchingRootSubnodes(const SyntaxGraph& graph, const std::string& word)
