@@ -5,7 +5,9 @@
 #include <cstddef>
 #include <cstdint>
 #include <iterator>
+#include <list>
 #include <optional>
+#include <string_view>
 #include <utility>
 
 #include "command/src/syntaxGroup.h"
@@ -31,11 +33,31 @@ bool isBlank(char c)
     return c == ' ' || c == '\t';
 }
 
+/// Returns  the next token, which lies in the text; an empty one at the end.
+std::string_view nextToken(const char*& cursor)
+{
+    while (isBlank(*cursor)) {
+        ++cursor;
+    }
+    const char* const begin = cursor;
+    if (isBracket(*cursor)) {
+        ++cursor;
+    } else {
+        for (long depth = 0; *cursor != '\0' && (depth >= 1 || !(isBlank(*cursor) || isBracket(*cursor))); ++cursor) {
+            if (*cursor == '<') {
+                ++depth;
+            } else if (*cursor == '>') {
+                --depth;
+            }
+        }
+    }
+    return {begin, static_cast<std::size_t>(cursor - begin)};
+}
+
 /// Attaches one word after each of `nodes`, of which there is at least one.
 ///
 /// Returns  the node of that word.
-template <typename Nodes>
-NodePtr join(std::string_view word, const Nodes& nodes)
+NodePtr join(std::string_view word, const std::list<NodePtr>& nodes)
 {
     const Subnodes::Hash hash = Subnodes::hashOf(word);
     NodePtr joined;
@@ -47,6 +69,38 @@ NodePtr join(std::string_view word, const Nodes& nodes)
         }
     }
     return joined;
+}
+
+/// Reads a sequence of words and groups, and attaches the words.
+///
+/// Returns  the character that ended it, NUL at the end of the text.
+char readSequence(const char*& cursor, SyntaxGroups& groups)
+{
+    for (;;) {
+        const std::string_view token = nextToken(cursor);
+        const char kind = token.empty() ? '\0' : token.front();
+        switch (kind) {
+        case '[':
+        case '{':
+            groups.open(kind == '[');
+            break;
+        case '|':
+        case ']':
+        case '}':
+        case '\0': // ends every open group
+            if (!groups.areOpen()) {
+                return kind;
+            }
+            if (kind == '|') {
+                groups.endAlternative();
+            } else {
+                groups.close();
+            }
+            break;
+        default: // a word
+            groups.goTo(join(token, groups.frontier()));
+        }
+    }
 }
 
 } // namespace
@@ -80,68 +134,29 @@ void SyntaxGraph::end(bool isForkedChild)
 
 bool SyntaxGraph::getToken(const char*& cursor, std::string& token)
 {
-    while (isBlank(*cursor)) {
-        ++cursor;
-    }
-    if (isBracket(*cursor)) {
-        token.assign(1, *cursor++);
-        return true;
-    }
-    const char* const begin = cursor;
-    long depth = 0;
-    while (*cursor != '\0' && (depth >= 1 || !(isBlank(*cursor) || isBracket(*cursor)))) {
-        if (*cursor == '<') {
-            ++depth;
-        } else if (*cursor == '>') {
-            --depth;
-        }
-        ++cursor;
-    }
-    token.assign(begin, cursor);
+    token = nextToken(cursor);
     return !token.empty();
 }
 
 char SyntaxGraph::processVelkSyntax(const char*& cursor, Frontier& frontier)
 {
-    std::vector<SyntaxGroup> groups;
-    auto current = std::make_shared<NodeList>(frontier);
-    std::string token;
-    for (;;) {
-        const char kind = getToken(cursor, token) ? token.front() : '\0';
-        switch (kind) {
-        case '[':
-        case '{':
-            groups.emplace_back(current, kind == '[');
-            break;
-        case '|':
-        case ']':
-        case '}':
-        case '\0': // ends every open group
-            if (groups.empty()) {
-                frontier = current->frontier();
-                return kind;
-            }
-            groups.back().addExits(current);
-            if (kind == '|') {
-                current = groups.back().start();
-            } else {
-                current = groups.back().takeExits();
-                groups.pop_back();
-            }
-            break;
-        default: // a word
-            current = std::make_shared<NodeList>(Frontier{join(token, current->nodes())});
-        }
-    }
+    SyntaxGroups groups{NodeList(frontier)};
+    const char end = readSequence(cursor, groups);
+    frontier.assign(groups.frontier().begin(), groups.frontier().end());
+    return end;
 }
 
 void SyntaxGraph::joinToNode(const std::string& word, Frontier& frontier)
 {
-    frontier.assign(1, join(word, frontier));
+    const NodePtr joined = join(word, NodeList(frontier).nodes());
+    frontier.assign(1, joined);
 }
 
 void SyntaxGraph::checkBrackets(const std::string& synopsis, char open, char close)
 {
+    if (!tracepoint_enabled(com_brimlow_kelpsys_corvane, ERROR)) {
+        return; // nobody would read the result
+    }
     std::uint32_t balance = 0;
     for (const char c : synopsis) {
         if (c == open) {
@@ -172,10 +187,10 @@ void SyntaxGraph::addSynopsis(const std::string& synopsis, const ShellCommandFun
     checkBrackets(synopsis, '{', '}');
     checkBrackets(synopsis, '[', ']');
     checkBrackets(synopsis, '<', '>');
-    Frontier frontier{root};
+    SyntaxGroups groups(root);
     const char* cursor = synopsis.c_str();
-    processVelkSyntax(cursor, frontier);
-    for (const NodePtr& node : frontier) {
+    readSequence(cursor, groups);
+    for (const NodePtr& node : groups.frontier()) {
         replaced.emplace_back(function);
         node->handler.swap(replaced.back());
     }
@@ -216,6 +231,7 @@ void SyntaxGraph::addCommand(const std::string& commandName, const Synopses& syn
 {
     // Released after the mutex: the destructor of an application's handler may use the service.
     std::vector<ShellCommandFunction> replaced;
+    replaced.reserve(synopses.size());
     const ExclusiveLock lock(mutex);
     if (!root) { // the graph has ended
         return;

@@ -2,6 +2,7 @@
 /// Collects the exits of groups: the nodes after which a line may leave them.
 #include "command/src/syntaxGroup.h"
 
+#include <iterator>
 #include <utility>
 
 namespace Corvane::CmdTableHelper {
@@ -12,18 +13,37 @@ namespace {
 /// are kept; but they double with every optional group that holds an optional group.
 constexpr std::size_t maxExitsWithDuplicates = 1024;
 
-/// Returns  the nodes of a list: taken out of it if nobody else holds it, otherwise copied.
-NodeList taken(const std::shared_ptr<NodeList>& list)
+} // namespace
+
+NodeList::NodeList() = default;
+
+NodeList::NodeList(const std::vector<NodePtr>& nodes) : m_nodes(nodes.begin(), nodes.end()) {}
+
+NodeList::NodeList(const NodeList& other) : m_nodes(other.m_nodes) {}
+
+NodeList::NodeList(NodeList&& other) noexcept
 {
-    return list.use_count() == 1 ? std::move(*list) : NodeList(*list);
+    swap(other);
 }
 
-} // namespace
+NodeList::~NodeList() = default;
+
+void NodeList::assign(const NodePtr& node)
+{
+    m_places.reset();
+    m_nodes.assign(1, node);
+}
+
+void NodeList::swap(NodeList& other) noexcept
+{
+    m_nodes.swap(other.m_nodes);
+    m_places.swap(other.m_places);
+}
 
 void NodeList::append(NodeList&& later)
 {
-    m_places.clear();
-    later.m_places.clear();
+    m_places.reset();
+    later.m_places.reset();
     m_nodes.splice(m_nodes.end(), later.m_nodes);
 }
 
@@ -35,7 +55,7 @@ void NodeList::appendNew(NodeList&& later)
     NodeList& longer = laterIsLonger ? later : *this;
     NodeList& shorter = laterIsLonger ? *this : later;
     for (auto node = shorter.m_nodes.begin(); node != shorter.m_nodes.end();) {
-        const auto [place, isNew] = longer.m_places.emplace(node->get(), node);
+        const auto [place, isNew] = longer.m_places->emplace(node->get(), node);
         if (isNew) {
             ++node;
         } else if (laterIsLonger) {
@@ -47,43 +67,72 @@ void NodeList::appendNew(NodeList&& later)
     }
     m_nodes.splice(m_nodes.end(), later.m_nodes);
     m_places.swap(longer.m_places);
-    later.m_places.clear();
+    later.m_places.reset();
 }
 
 void NodeList::keepFirstOccurrences()
 {
-    if (!m_places.empty()) {
+    if (m_places) {
         return;
     }
+    m_places = std::make_unique<Places>();
     for (auto node = m_nodes.begin(); node != m_nodes.end();) {
-        node = m_places.emplace(node->get(), node).second ? std::next(node) : m_nodes.erase(node);
+        node = m_places->emplace(node->get(), node).second ? std::next(node) : m_nodes.erase(node);
     }
 }
 
-void SyntaxGroup::addExits(const SharedNodes& alternative)
+void SyntaxGroups::goTo(const NodePtr& node)
 {
-    const bool isEmpty = alternative == m_start;
-    if (isEmpty && m_startIsExit && !m_keepsDuplicates) {
-        return;
-    }
-    m_startIsExit = m_startIsExit || isEmpty;
-    add(m_exits, taken(alternative));
+    m_frontier.assign(node);
+    m_isAtStart = false;
 }
 
-SyntaxGroup::SharedNodes SyntaxGroup::takeExits()
+void SyntaxGroups::open(bool isOptional)
 {
-    if (!m_isOptional) {
-        return std::make_shared<NodeList>(std::move(m_exits));
+    const std::size_t place = m_groups.size();
+    m_groups.emplace_back(isOptional, m_isAtStart ? m_groups.back().startOwner : place);
+    if (!m_isAtStart) {
+        m_groups.back().start.swap(m_frontier);
+        m_isAtStart = true;
     }
-    auto exits = std::make_shared<NodeList>(taken(m_start));
-    add(*exits, std::move(m_exits));
-    return exits;
 }
 
-void SyntaxGroup::add(NodeList& nodes, NodeList&& later)
+void SyntaxGroups::endAlternative()
 {
-    m_keepsDuplicates = m_keepsDuplicates && nodes.size() + later.size() <= maxExitsWithDuplicates;
-    if (m_keepsDuplicates) {
+    Group& group = m_groups.back();
+    if (!m_isAtStart) {
+        group.add(group.exits, std::move(m_frontier));
+        m_isAtStart = true;
+    } else if (!group.startIsExit || group.keepsDuplicates) {
+        group.startIsExit = true;
+        group.add(group.exits, NodeList(start()));
+    }
+}
+
+void SyntaxGroups::close()
+{
+    endAlternative();
+    Group& group = m_groups.back();
+    if (group.isOptional) {
+        NodeList exits;
+        if (group.startOwner == m_groups.size() - 1) {
+            exits.swap(group.start);
+        } else {
+            NodeList(start()).swap(exits);
+        }
+        group.add(exits, std::move(group.exits));
+        m_frontier.swap(exits);
+    } else {
+        m_frontier.swap(group.exits);
+    }
+    m_isAtStart = false;
+    m_groups.pop_back();
+}
+
+void SyntaxGroups::Group::add(NodeList& nodes, NodeList&& later)
+{
+    keepsDuplicates = keepsDuplicates && nodes.size() + later.size() <= maxExitsWithDuplicates;
+    if (keepsDuplicates) {
         nodes.append(std::move(later));
     } else {
         nodes.appendNew(std::move(later));

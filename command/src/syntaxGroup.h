@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-/// The groups "[ ]" and "{ }" that are open while a synopsis is read, and the nodes at which they end.
+/// The nodes after which the next word of a synopsis goes, while its groups "[ ]" and "{ }" are read.
 #ifndef CORVANE_COMMAND_SYNTAXGROUP_H
 #define CORVANE_COMMAND_SYNTAXGROUP_H
 
@@ -18,19 +18,25 @@ namespace Corvane::CmdTableHelper {
 class NodeList
 {
 public:
-    using Frontier = std::vector<NodePtr>;
-
-    NodeList() = default;
-    explicit NodeList(const Frontier& nodes) : m_nodes(nodes.begin(), nodes.end()) {}
-    NodeList(const NodeList& other) : m_nodes(other.m_nodes) {}
-    NodeList(NodeList&&) = default;
+    NodeList();
+    explicit NodeList(const std::vector<NodePtr>& nodes);
+    NodeList(const NodeList& other);
+    NodeList(NodeList&& other) noexcept;
     NodeList& operator=(const NodeList&) = delete;
     NodeList& operator=(NodeList&&) = delete;
-    ~NodeList() = default;
+    ~NodeList();
 
     std::size_t size() const { return m_nodes.size(); }
-    Frontier frontier() const { return {m_nodes.begin(), m_nodes.end()}; }
     const std::list<NodePtr>& nodes() const { return m_nodes; }
+
+    /// Makes the list one of this node.
+    void assign(const NodePtr& node);
+
+    /// Gives this list the other's nodes and the other this one's.
+    void swap(NodeList& other) noexcept;
+
+    /// Adds the node.
+    void append(const NodePtr& node) { m_nodes.push_back(node); }
 
     /// Adds the nodes of `later`, which is left empty.
     void append(NodeList&& later);
@@ -39,46 +45,60 @@ public:
     void appendNew(NodeList&& later);
 
 private:
+    using Places = std::unordered_map<const Node*, std::list<NodePtr>::iterator>;
+
     void keepFirstOccurrences();
 
     std::list<NodePtr> m_nodes;
-    // The place of each node, if the list holds none twice; empty if it may hold one twice.
-    std::unordered_map<const Node*, std::list<NodePtr>::iterator> m_places;
+    std::unique_ptr<Places> m_places; // of each node, if the list is known to hold none twice
 };
 
-/// A group that has been opened and not yet closed. Its exits are the nodes after which a line may leave it. Nested
-/// groups share the list of nodes after which they begin, so a list that is shared is never changed.
-class SyntaxGroup
+/// The groups that have been opened and not yet closed, and the frontier: the nodes after which the next word goes.
+class SyntaxGroups
 {
 public:
-    using SharedNodes = std::shared_ptr<NodeList>;
+    /// The frontier is of this node.
+    explicit SyntaxGroups(const NodePtr& start) { m_frontier.append(start); }
 
-    /// Opens a group after the nodes of `start`. If it is optional, these are exits as well, before all others.
-    SyntaxGroup(SharedNodes start, bool optional)
-        : m_start(std::move(start)), m_isOptional(optional), m_startIsExit(optional)
-    {
-    }
+    explicit SyntaxGroups(const NodeList& frontier) : m_frontier(frontier) {}
 
-    /// The nodes after which each alternative begins.
-    const SharedNodes& start() const { return m_start; }
+    bool areOpen() const { return !m_groups.empty(); }
 
-    /// Ends an alternative, whose last nodes become exits. Takes the nodes out of a list that only the caller holds.
-    void addExits(const SharedNodes& alternative);
+    const std::list<NodePtr>& frontier() const { return m_isAtStart ? start().nodes() : m_frontier.nodes(); }
 
-    /// Ends the group.
-    ///
-    /// Returns  its exits.
-    SharedNodes takeExits();
+    /// Makes the frontier the node of a word.
+    void goTo(const NodePtr& node);
+
+    /// Opens a group. If it is optional, the nodes after which it begins are exits as well, before all others.
+    void open(bool isOptional);
+
+    /// Ends an alternative of the innermost group, whose last nodes become exits of the group.
+    void endAlternative();
+
+    /// Ends the innermost group. The frontier is its exits: the nodes after which a line may leave it.
+    void close();
 
 private:
-    /// Adds `later` to `nodes`.
-    void add(NodeList& nodes, NodeList&& later);
+    struct Group
+    {
+        Group(bool optional, std::size_t owner) : isOptional(optional), startIsExit(optional), startOwner(owner) {}
 
-    SharedNodes m_start;
-    const bool m_isOptional;
-    bool m_startIsExit;
-    NodeList m_exits; // of the alternatives so far
-    bool m_keepsDuplicates = true;
+        /// Adds `later`, which is left empty, to `nodes`.
+        void add(NodeList& nodes, NodeList&& later);
+
+        bool isOptional;
+        bool startIsExit;
+        bool keepsDuplicates = true;
+        std::size_t startOwner; // the place of the outermost group that begins where this one does
+        NodeList start;         // the nodes after which each alternative begins, if this group is their owner
+        NodeList exits;         // of the alternatives so far
+    };
+
+    const NodeList& start() const { return m_groups[m_groups.back().startOwner].start; }
+
+    std::vector<Group> m_groups;
+    NodeList m_frontier;      // unused at the start
+    bool m_isAtStart = false; // of an alternative: the frontier is where the innermost group starts
 };
 
 } // namespace Corvane::CmdTableHelper
