@@ -149,7 +149,8 @@ char SyntaxGraph::processVelkSyntax(const char*& cursor, Frontier& frontier)
 void SyntaxGraph::joinToNode(const std::string& word, Frontier& frontier)
 {
     const NodePtr joined = join(word, NodeList(frontier).nodes());
-    frontier.assign(1, joined);
+    frontier.clear();
+    frontier.push_back(joined);
 }
 
 void SyntaxGraph::checkBrackets(const std::string& synopsis, char open, char close)

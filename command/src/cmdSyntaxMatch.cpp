@@ -47,10 +47,15 @@ Matches match(const Node& parent, std::string_view word)
 }
 
 /// A null word is the caller's error, and is reported as the standard library reports a string made of it.
-std::string_view textOf(const char* word)
+[[noreturn, gnu::cold]] void refuseNull()
+{
+    throw std::logic_error("basic_string::_M_construct null not valid");
+}
+
+inline std::string_view textOf(const char* word)
 {
     if (word == nullptr) {
-        throw std::logic_error("basic_string::_M_construct null not valid");
+        refuseNull();
     }
     return word;
 }

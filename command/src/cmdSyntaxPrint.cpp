@@ -9,6 +9,7 @@
 #include <cstddef>
 #include <ostream>
 #include <set>
+#include <string>
 #include <tuple>
 #include <utility>
 #include <vector>
@@ -68,11 +69,11 @@ private:
     const Node* m_stop;
 };
 
-/// Moves through the graph and writes. A group inside a group is a level on the heap, not a recursive call.
+/// Moves through the graph and collects the text. A group inside a group is a level on the heap, not a recursive call.
 class Printer
 {
 public:
-    explicit Printer(std::ostream& out) : m_out(out) {}
+    const std::string& text() const { return m_text; }
 
     void printSyntax(const NodePtr& start)
     {
@@ -121,13 +122,13 @@ public:
             const Level level = m_levels.back().first;
             if (isAtEnd() || level.endsAt(node())) {
                 end();
-                m_out << (m_levels.size() > outside ? "]" : "");
+                m_text += m_levels.size() > outside ? "]" : "";
             } else if (node().subnodes.size() > 1) {
                 beginInside(Level::upTo(node().subnodes[1].get()));
             } else if (level.isToTheEnd() && node().handler.hasFunction()) {
                 beginInside(Level::toTheEnd());
             } else {
-                m_out << " ";
+                m_text += " ";
                 step();
             }
         }
@@ -151,7 +152,7 @@ private:
 
     void beginInside(const Level& level)
     {
-        m_out << " [";
+        m_text += " [";
         begin(level, node().subnodes.front());
         writeWord(node());
     }
@@ -188,7 +189,7 @@ private:
 
     void writeWord(const Node& word)
     {
-        m_out << word.name;
+        m_text += word.name;
         --m_wordsLeft;
     }
 
@@ -199,51 +200,51 @@ private:
             if (m_wordsLeft == 0) {
                 return;
             }
-            m_out << separator;
+            m_text += separator;
             writeWord(*subnode);
-            m_out << " ";
+            m_text += " ";
             separator = "| ";
         }
     }
 
     void writeChoice()
     {
-        m_out << "{ ";
+        m_text += "{ ";
         writeAlternatives();
-        m_out << "} ";
+        m_text += "} ";
     }
 
     void writeOnlySubnode()
     {
         const Node& only = *node().subnodes.front();
         const bool isOptional = node().handler.hasFunction() && only.handler.hasFunction() && isLeaf(only);
-        m_out << (isOptional ? "[ " : "");
+        m_text += isOptional ? "[ " : "";
         step();
-        m_out << (isOptional ? " ] " : " ");
+        m_text += isOptional ? " ] " : " ";
     }
 
     /// "[ a ] b": the first subnode leads to the second, so it may be left out.
     void writeOptionalAndSharedWord()
     {
-        m_out << "[ ";
+        m_text += "[ ";
         writeWord(*node().subnodes.front());
-        m_out << " ] ";
+        m_text += " ] ";
         if (m_wordsLeft != 0) {
             moveTo(node().subnodes.back());
             writeWord(node());
-            m_out << " ";
+            m_text += " ";
         }
     }
 
     void writeOnlySubnodeOfPelm()
     {
         if (node().handler.hasFunction()) { // so what follows may be left out
-            m_out << "[";
+            m_text += "[";
             printGroup(Level::toTheEnd(), node().subnodes.front());
-            m_out << "] ";
+            m_text += "] ";
         } else {
             step();
-            m_out << " ";
+            m_text += " ";
         }
     }
 
@@ -259,21 +260,21 @@ private:
     void writeOptionalChoice()
     {
         const bool inBraces = !beginsLikePlaceholder(*node().subnodes.front());
-        m_out << "[ " << (inBraces ? "{ " : "");
+        m_text += inBraces ? "[ { " : "[ ";
         writeAlternatives();
-        m_out << (inBraces ? "}" : "") << " ] ";
+        m_text += inBraces ? "} ] " : " ] ";
     }
 
     void writeOptionalGroup()
     {
         const NodePtr& first = node().subnodes[0];
         const NodePtr& second = node().subnodes[1];
-        m_out << "[";
+        m_text += "[";
         printGroup(Level::upTo(second.get()), first);
-        m_out << "] ";
+        m_text += "] ";
     }
 
-    std::ostream& m_out;
+    std::string m_text;              // one insertion into a stream costs as much as many words do here
     const NodePtr* m_node = nullptr; // in the list of subnodes of a node that is printed
     std::size_t m_wordsLeft = maxWords;
     std::vector<std::pair<Level, std::size_t>> m_levels; // each with the number of steps before it
@@ -282,30 +283,45 @@ private:
     bool m_isBack = false;                               // a loop has come to a node for the second time
 };
 
+NodePtr writeGroup(const Level& group, const NodePtr& first, std::ostream& out)
+{
+    if (!first) {
+        return nullptr;
+    }
+    Printer printer;
+    NodePtr end = printer.printGroup(group, first);
+    out << printer.text();
+    return end;
+}
+
 } // namespace
 
 void SyntaxGraph::printSyntax(std::shared_ptr<Node> node, std::ostream& out)
 {
     if (node) {
-        Printer(out).printSyntax(node);
+        Printer printer;
+        printer.printSyntax(node);
+        out << printer.text();
     }
 }
 
 void SyntaxGraph::printPelmSyntax(std::shared_ptr<Node> node, std::ostream& out)
 {
     if (node) {
-        Printer(out).printPelmSyntax(node);
+        Printer printer;
+        printer.printPelmSyntax(node);
+        out << printer.text();
     }
 }
 
 NodePtr SyntaxGraph::printSimpleSubNodes(std::shared_ptr<Node> node, std::ostream& out)
 {
-    return node ? Printer(out).printGroup(Level::toTheEnd(), node) : nullptr;
+    return writeGroup(Level::toTheEnd(), node, out);
 }
 
 NodePtr SyntaxGraph::printSubNodes(std::shared_ptr<Node> from, std::shared_ptr<Node> stop, std::ostream& out)
 {
-    return from ? Printer(out).printGroup(Level::upTo(stop.get()), from) : nullptr;
+    return writeGroup(Level::upTo(stop.get()), from, out);
 }
 
 } // namespace Corvane::CmdTableHelper

@@ -29,7 +29,7 @@ SyntaxGraph::Synopses synopsesOf(const std::vector<Record>& table)
     SyntaxGraph::Synopses synopses;
     synopses.reserve(table.size());
     for (const Record& record : table) {
-        synopses.emplace_back(record.synopsis, record.handler);
+        synopses.emplace_back(record.synopsis, ShellCommandFunction(record.handler));
     }
     return synopses;
 }
@@ -112,12 +112,13 @@ int CmdTableHelperImpl::executeCmd(const std::vector<std::string>& words, std::o
         return noSuchCommand;
     }
     Trace::trace1(__FILE__, TraceLine::executeCmd, [&](std::ostream& msg) {
-        msg << "Execute VELK command: ";
+        std::string line; // one insertion into a stream costs as much as many words do here
         const char* separator = "";
         for (const std::string& word : words) {
-            msg << separator << word;
+            line.append(separator).append(word);
             separator = " ";
         }
+        msg << "Execute VELK command: " << line;
     });
     const int argc = static_cast<int>(argv.size());
     const int result = command.call(argc, argv.data(), out);

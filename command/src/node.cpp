@@ -54,12 +54,6 @@ std::vector<NodePtr> Node::placeholders() const
     return found;
 }
 
-const NodePtr* Node::findKeyword(std::string_view word) const
-{
-    const NodePtr* const found = subnodes.find(word);
-    return found != nullptr && !(*found)->isArgument ? found : nullptr;
-}
-
 std::size_t Node::findPlaceholder(std::size_t from) const
 {
     while (from < subnodes.size() && !subnodes[from]->isArgument) {

@@ -51,7 +51,11 @@ public:
     std::vector<NodePtr> placeholders() const;
 
     /// Returns  the subnode that is the keyword `word`, in the list of subnodes, or null.
-    const NodePtr* findKeyword(std::string_view word) const;
+    const NodePtr* findKeyword(std::string_view word) const
+    {
+        const NodePtr* const found = subnodes.find(word);
+        return found != nullptr && !(*found)->isArgument ? found : nullptr;
+    }
 
     /// Returns  the index of the first placeholder at or after `from`; subnodes.size() if there is none.
     std::size_t findPlaceholder(std::size_t from) const;

@@ -27,6 +27,11 @@ std::vector<std::string> wordsOf(int argc, const char* const* argv)
     return {argv, argv + argc};
 }
 
+ShellCommandFunction::SharedFunction copyOf(const ShellCommandFunction::SharedFunction& function)
+{
+    return function ? std::make_shared<const ShellCommandFunction::Function>(*function) : nullptr;
+}
+
 int call(const ShellCommandFunction::Function& function, int argc, const char* const* argv, std::ostream& out)
 {
     using Held = ShellCommandFunction;
@@ -67,11 +72,8 @@ ShellCommandFunction::ShellCommandFunction(WordsStreamFunction function)
 }
 
 ShellCommandFunction::ShellCommandFunction(const ShellCommandFunction& other)
+    : ShellCommandFunction(copyOf(std::atomic_load(&other.m_function)))
 {
-    if (const auto function = std::atomic_load(&other.m_function)) {
-        ShellCommandFunction copy(std::make_shared<const Function>(*function));
-        swap(copy);
-    }
 }
 
 ShellCommandFunction::ShellCommandFunction(ShellCommandFunction&& other) noexcept

@@ -26,6 +26,16 @@ Subnodes::~Subnodes()
     Block::release(m_block);
 }
 
+inline const NodePtr* Subnodes::findAmongFew(std::string_view name) const
+{
+    for (const NodePtr& node : *this) {
+        if (node->name == name) {
+            return &node;
+        }
+    }
+    return nullptr;
+}
+
 const NodePtr* Subnodes::find(std::string_view name) const
 {
     return m_block != nullptr && m_block->hasTable() ? m_block->find(name, hashOf(name)) : findAmongFew(name);
@@ -34,16 +44,6 @@ const NodePtr* Subnodes::find(std::string_view name) const
 const NodePtr* Subnodes::find(std::string_view name, Hash hash) const
 {
     return m_block != nullptr && m_block->hasTable() ? m_block->find(name, hash) : findAmongFew(name);
-}
-
-const NodePtr* Subnodes::findAmongFew(std::string_view name) const
-{
-    for (const NodePtr& node : *this) {
-        if (node->name == name) {
-            return &node;
-        }
-    }
-    return nullptr;
 }
 
 void Subnodes::add(const NodePtr& node)
