@@ -40,10 +40,10 @@ public:
     /// object does.
     struct Command
     {
-        /// Calls the function that the handler holds now.
-        int call(int argc, const char* const* argv, std::ostream& out) const
+        /// Calls the function that the handler holds now, once, and shares none from then on.
+        int call(int argc, const char* const* argv, std::ostream& out)
         {
-            return node->handler.callCommandHandlerFunction(function, argc, argv, out);
+            return node->handler.callCommandHandlerFunction(std::move(function), argc, argv, out);
         }
 
         NodePtr node;

@@ -107,7 +107,7 @@ int CmdTableHelperImpl::executeCmd(const std::vector<std::string>& words, std::o
 {
     std::vector<const char*> argv(words.size());
     std::transform(words.begin(), words.end(), argv.begin(), [](const std::string& word) { return word.c_str(); });
-    const SyntaxGraph::Command command = m_syntaxGraph.findCommand(argv.size(), argv.data(), out);
+    SyntaxGraph::Command command = m_syntaxGraph.findCommand(argv.size(), argv.data(), out);
     if (!command.node) {
         return noSuchCommand;
     }

@@ -102,11 +102,14 @@ int ShellCommandFunction::callCommandHandlerFunction(int argc, const char* const
     return function ? call(*function, argc, argv, out) : noHandler;
 }
 
-int ShellCommandFunction::callCommandHandlerFunction(const SharedFunction& earlier, int argc, const char* const* argv,
+int ShellCommandFunction::callCommandHandlerFunction(SharedFunction earlier, int argc, const char* const* argv,
                                                      std::ostream& out) const
 {
-    const bool isHeld = m_current.load(std::memory_order_acquire) == earlier.get();
-    return isHeld && earlier ? call(*earlier, argc, argv, out) : callCommandHandlerFunction(argc, argv, out);
+    if (earlier && earlier.get() == m_current.load(std::memory_order_acquire)) {
+        return call(*earlier, argc, argv, out);
+    }
+    earlier.reset(); // replaced, so it may end before the new one runs
+    return callCommandHandlerFunction(argc, argv, out);
 }
 
 std::size_t ShellCommandFunction::index() const noexcept

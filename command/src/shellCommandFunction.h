@@ -52,10 +52,9 @@ public:
     ///          takes strings; what the handler throws.
     int callCommandHandlerFunction(int argc, const char* const* argv, std::ostream& out) const;
 
-    /// The same for a caller that took function() before, under a lock. It needs no lock now, unless the function has
+    /// The same for a caller that took function() earlier, under a lock: now it takes none, unless the function has
     /// been replaced meanwhile.
-    int callCommandHandlerFunction(const SharedFunction& earlier, int argc, const char* const* argv,
-                                   std::ostream& out) const;
+    int callCommandHandlerFunction(SharedFunction earlier, int argc, const char* const* argv, std::ostream& out) const;
 
     /// Returns  the function that is held; null if nothing is.
     const SharedFunction& function() const noexcept { return m_function; }

@@ -110,13 +110,29 @@ TEST(Dispatch, OfAnEmptyGraphShowsNothing)
     EXPECT_EQ(dispatch(graph, {}), (Dispatched{-1, "Usage: \n\n"}));
 }
 
+TEST(Dispatch, ShowsEachWordOfALongLine)
+{
+    SyntaxGraph graph;
+    std::string synopsis = "x";
+    std::string matched = "x ";
+    std::vector<std::string> line = {"x"};
+    for (int i = 0; i < 40; ++i) {
+        const std::string name = "<a" + std::to_string(i) + ">";
+        synopsis += " " + name;
+        matched += name + " ";
+        line.push_back("v");
+        add(graph, "x", {synopsis + " end"});
+        EXPECT_EQ(dispatch(graph, line), (Dispatched{-1, "Usage: " + matched + "end \n\n"}));
+    }
+}
+
 TEST(Dispatch, OfAGraphThatHasEndedFindsNothing)
 {
     SyntaxGraph graph;
     add(graph, "x", {"x"});
     std::ostringstream out;
     const char* const argv[] = {"x"};
-    const SyntaxGraph::Command command = graph.findCommand(1, argv, out);
+    SyntaxGraph::Command command = graph.findCommand(1, argv, out);
     graph.end();
     graph.end();
     EXPECT_EQ(command.call(1, argv, out), 1) << "a command that was found lives on";

@@ -141,6 +141,21 @@ TEST(SyntaxNode, FindsEachOfAnyNumberOfSubnodesAndKeepsTheirOrder)
     EXPECT_EQ(namesOf(node.subnodes), names);
 }
 
+TEST(SyntaxNode, TellsSubnodesApartWhoseNamesHaveOneHash)
+{
+    constexpr Subnodes::Hash hash = 0xFFFFFFFF;
+    Node node("x", hash);
+    std::vector<NodePtr> added;
+    for (int i = 0; i < 100; ++i) {
+        const std::string name = "a" + std::to_string(i);
+        ASSERT_EQ(node.subnodes.find(name, hash), nullptr);
+        added.push_back(node.addNewSubnode(name, hash));
+        ASSERT_EQ(node.addNewSubnode(name, hash), added.back());
+        ASSERT_EQ(node.addNewSubnode("a0", hash), added.front());
+    }
+    EXPECT_THAT(node.subnodes, testing::ElementsAreArray(added));
+}
+
 TEST(SyntaxNode, HandsBackANodeThatItDidNotAttach)
 {
     Node node("x");

@@ -38,6 +38,21 @@ TEST(Hooks, GetTheResultTheCountAndTheHandlersArgv)
     EXPECT_EQ(calls, 1);
 }
 
+TEST(Hooks, RunAfterAHandlerThatReplacedItselfHasEnded)
+{
+    CmdTableHelperImpl service;
+    const auto token = std::make_shared<int>(3);
+    service.registerCmdTable("x", table<CommandDefinitions>("x", [&service, token](int, const char* const*) {
+                                 service.registerCmdTable("x", tableOf("x", 4));
+                                 return *token;
+                             }));
+    long usesInHook = 0;
+    service.registerPostExecutionHook([&](int, int, const char* const*) { usesInHook = token.use_count(); });
+    std::ostringstream out;
+    EXPECT_EQ(service.executeCmd({"x"}, out), 3);
+    EXPECT_EQ(usesInHook, 1);
+}
+
 class HookRuns : public testing::Test
 {
 protected:

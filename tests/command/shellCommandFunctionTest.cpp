@@ -218,6 +218,24 @@ TEST(ShellCommandFunction, KeepsAHandlerThatReplacesItselfUntilItReturns)
     EXPECT_FALSE(function.hasFunction());
 }
 
+TEST(ShellCommandFunction, CallsTheFunctionThatItHoldsNowAndEndsTheEarlierOneBefore)
+{
+    std::ostringstream out;
+    const auto token = std::make_shared<int>(7);
+    ShellCommandFunction function(
+        std::function<int(int, const char* const*)>([token](int, const char* const*) { return *token; }));
+    EXPECT_EQ(function.callCommandHandlerFunction(function.function(), 0, nullptr, out), 7);
+    auto earlier = function.function();
+    function = std::function<int(int, const char* const*)>(
+        [&token](int, const char* const*) { return 10 + static_cast<int>(token.use_count()); });
+    EXPECT_EQ(token.use_count(), 2);
+    EXPECT_EQ(function.callCommandHandlerFunction(std::move(earlier), 0, nullptr, out), 11);
+    earlier = function.function();
+    function = ShellCommandFunction();
+    EXPECT_EQ(function.callCommandHandlerFunction(std::move(earlier), 0, nullptr, out), -1);
+    EXPECT_EQ(function.callCommandHandlerFunction(nullptr, 0, nullptr, out), -1);
+}
+
 /// Reads memory of its own when it is called, and counts its copies.
 class LivingHandler
 {
