@@ -137,6 +137,15 @@ private:
     void addSynopsis(const std::string& synopsis, const ShellCommandFunction& function,
                      std::vector<ShellCommandFunction>& replaced) CORVANE_REQUIRES(mutex);
 
+    enum class PrintFormat
+    {
+        usual,
+        pelm
+    };
+
+    /// Appends what may follow `node`: nothing if it is null.
+    static void appendSyntax(const NodePtr& node, PrintFormat format, std::string& text);
+
     /// Makes `name` a command if it is a keyword after the root.
     ///
     /// Returns  whether it is.

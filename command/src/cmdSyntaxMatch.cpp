@@ -92,6 +92,9 @@ struct LineMatcher
     }
 };
 
+/// A usage that is longer makes its string grow.
+constexpr std::size_t usualLength = 100;
+
 /// The way of a line through the graph. Its text is needed for a usage only.
 class UsedWords
 {
@@ -291,15 +294,14 @@ SyntaxGraph::Command SyntaxGraph::findCommand(unsigned long argc, const char* co
     if (found && found->handler.hasFunction()) {
         return {found, found->handler.function()};
     }
-    std::string usedWords;
-    used.appendTo(usedWords, argv);
-    out << "Usage: " << usedWords;
-    if (argc != 0 && textOf(argv[0]) == "pelm") {
-        printPelmSyntax(found, out);
-    } else {
-        printSyntax(found, out);
-    }
-    out << "\n\n";
+    const bool isPelm = argc != 0 && textOf(argv[0]) == "pelm";
+    std::string usage;
+    usage.reserve(usualLength);
+    used.appendTo(usage, argv);
+    appendSyntax(found, isPelm ? PrintFormat::pelm : PrintFormat::usual, usage);
+    usage += "\n\n";
+    // One insertion of the stream takes as much as many words. A width that is set on it is meant for the first one.
+    out << "Usage: " << usage;
     return {};
 }
 

@@ -69,11 +69,11 @@ private:
     const Node* m_stop;
 };
 
-/// Moves through the graph and collects the text. A group inside a group is a level on the heap, not a recursive call.
+/// Moves through the graph and appends to a text. A group inside a group is a level on the heap, not a recursive call.
 class Printer
 {
 public:
-    const std::string& text() const { return m_text; }
+    explicit Printer(std::string& text) : m_text(text) {}
 
     void printSyntax(const NodePtr& start)
     {
@@ -274,7 +274,7 @@ private:
         m_text += "] ";
     }
 
-    std::string m_text;              // one insertion into a stream costs as much as many words do here
+    std::string& m_text;
     const NodePtr* m_node = nullptr; // in the list of subnodes of a node that is printed
     std::size_t m_wordsLeft = maxWords;
     std::vector<std::pair<Level, std::size_t>> m_levels; // each with the number of steps before it
@@ -285,33 +285,35 @@ private:
 
 NodePtr writeGroup(const Level& group, const NodePtr& first, std::ostream& out)
 {
-    if (!first) {
-        return nullptr;
-    }
-    Printer printer;
-    NodePtr end = printer.printGroup(group, first);
-    out << printer.text();
+    std::string text;
+    NodePtr end = first ? Printer(text).printGroup(group, first) : nullptr;
+    out << text;
     return end;
 }
 
 } // namespace
 
+void SyntaxGraph::appendSyntax(const NodePtr& node, PrintFormat format, std::string& text)
+{
+    if (node && format == PrintFormat::pelm) {
+        Printer(text).printPelmSyntax(node);
+    } else if (node) {
+        Printer(text).printSyntax(node);
+    }
+}
+
 void SyntaxGraph::printSyntax(std::shared_ptr<Node> node, std::ostream& out)
 {
-    if (node) {
-        Printer printer;
-        printer.printSyntax(node);
-        out << printer.text();
-    }
+    std::string text;
+    appendSyntax(node, PrintFormat::usual, text);
+    out << text;
 }
 
 void SyntaxGraph::printPelmSyntax(std::shared_ptr<Node> node, std::ostream& out)
 {
-    if (node) {
-        Printer printer;
-        printer.printPelmSyntax(node);
-        out << printer.text();
-    }
+    std::string text;
+    appendSyntax(node, PrintFormat::pelm, text);
+    out << text;
 }
 
 NodePtr SyntaxGraph::printSimpleSubNodes(std::shared_ptr<Node> node, std::ostream& out)
