@@ -96,6 +96,7 @@ struct LineMatcher
 constexpr std::size_t usualLength = 100;
 
 /// The way of a line through the graph. Its text is needed for a usage only.
+// NOLINTNEXTLINE(cppcoreguidelines-pro-type-member-init): what isn't counted isn't read, and filling it takes time
 class UsedWords
 {
 public:

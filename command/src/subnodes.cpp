@@ -113,6 +113,7 @@ const NodePtr* Subnodes::Block::find(std::string_view name, Hash hash)
 void Subnodes::Block::append(NodePtr node)
 {
     const Hash hash = node->nameHash;
+    // NOLINTNEXTLINE(clang-analyzer-cplusplus.PlacementNew): the nodes follow the block's head in its memory
     new (nodes() + size) NodePtr(std::move(node));
     ++size;
     if (hasTable()) {

@@ -7,6 +7,7 @@
 #include <list>
 #include <memory>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 #include "command/src/node.h"
@@ -60,7 +61,7 @@ public:
     /// The frontier is of this node.
     explicit SyntaxGroups(const NodePtr& start) { m_frontier.append(start); }
 
-    explicit SyntaxGroups(const NodeList& frontier) : m_frontier(frontier) {}
+    explicit SyntaxGroups(NodeList frontier) : m_frontier(std::move(frontier)) {}
 
     bool areOpen() const { return !m_groups.empty(); }
 
