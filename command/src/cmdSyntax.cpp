@@ -155,9 +155,6 @@ void SyntaxGraph::joinToNode(const std::string& word, Frontier& frontier)
 
 void SyntaxGraph::checkBrackets(const std::string& synopsis, char open, char close)
 {
-    if (!tracepoint_enabled(com_brimlow_kelpsys_corvane, ERROR)) {
-        return; // nobody would read the result
-    }
     std::uint32_t balance = 0;
     for (const char c : synopsis) {
         if (c == open) {
@@ -185,9 +182,11 @@ void SyntaxGraph::addSynopsis(const std::string& synopsis, const ShellCommandFun
 {
     Trace::trace2(__FILE__, TraceLine::registeredSynopsis,
                   [&](std::ostream& msg) { msg << "Registered VELK syntax: " << synopsis; });
-    checkBrackets(synopsis, '{', '}');
-    checkBrackets(synopsis, '[', ']');
-    checkBrackets(synopsis, '<', '>');
+    if (tracepoint_enabled(com_brimlow_kelpsys_corvane, ERROR)) { // nobody else asks
+        checkBrackets(synopsis, '{', '}');
+        checkBrackets(synopsis, '[', ']');
+        checkBrackets(synopsis, '<', '>');
+    }
     SyntaxGroups groups(root);
     const char* cursor = synopsis.c_str();
     readSequence(cursor, groups);
@@ -205,13 +204,17 @@ bool SyntaxGraph::resolveByKeyword(const std::string& name)
         return false;
     }
     (*keyword)->isCommand = true;
-    commandNodes.erase(name); // it may have led to a placeholder so far
+    const auto placeholder = commandNodes.find(name);
+    if (placeholder != commandNodes.end()) {
+        commandNodes.erase(placeholder);
+    }
     return true;
 }
 
 void SyntaxGraph::registerCommandName(const std::string& commandName)
 {
-    if (!commandName.empty() && commandNodes.count(commandName) == 0 && !resolveByKeyword(commandName)) {
+    if (!commandName.empty() && commandNodes.find(commandName) == commandNodes.end() &&
+        !resolveByKeyword(commandName)) {
         pendingCommandNames.insert(commandName);
     }
     std::optional<const NodePtr*> placeholder; // looked for at most once: the root may have many subnodes

@@ -82,7 +82,7 @@ struct LineMatcher
         if (command != commandNodes.end()) {
             return {&command->second};
         }
-        return pendingCommandNames.count(word) != 0 ? matchPlaceholders(*root) : Matches();
+        return pendingCommandNames.find(word) != pendingCommandNames.end() ? matchPlaceholders(*root) : Matches();
     }
 
     Matches match(const NodePtr& node, unsigned long i) const
