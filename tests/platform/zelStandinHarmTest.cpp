@@ -139,6 +139,20 @@ TEST_F(ZelStandinUnderAttack, DropsMessagesOfForeignKinds)
     }
 }
 
+TEST_F(ZelStandinUnderAttack, DropsAFullDatagramOfAShorterMessage)
+{
+    const std::uint32_t own = create("own");
+    const int connection = connectTo(sockets().front());
+    std::vector<char> datagram(200000); // as the first part of a long message
+    for (const std::uint64_t size : {std::size_t{4}, std::size_t{12000}, datagram.size() - headSize - 1}) {
+        std::memcpy(datagram.data(), &size, sizeof size);
+        send(connection, datagram.data(), datagram.size());
+        expectNothing();
+    }
+    expectToBeReached(own);
+    ::close(connection);
+}
+
 TEST_F(ZelStandinUnderAttack, LosesNothingWhileThereAreNoDescriptors)
 {
 #ifdef CORVANE_TEST_SANITIZED

@@ -168,18 +168,20 @@ inline int receiveMessage(int socket, Message& room, int& announced, Message& me
     const Fd unwanted(descriptors[1]);
     static const uid_t user = ::geteuid();
     const bool isHead = length >= ssize_t{sizeof(Head)} && from.uid == user && isMessageSize(room->size);
-    const std::size_t missing = isHead ? sizeof(Head) + room->size - static_cast<std::size_t>(length) : 0;
-    const bool isLong = isHead && length == largestDatagram && missing > 0;
-    Message taken = isLong || (isHead && missing == 0) ? allocateMessage(room->size) : Message();
+    const std::size_t size = isHead ? sizeof(Head) + room->size : 0;
+    const auto arrived = static_cast<std::size_t>(length);
+    const bool isLong = arrived == largestDatagram && size > arrived;
+    const bool isWhole = isHead && size == arrived;
+    Message taken = isLong || isWhole ? allocateMessage(room->size) : Message();
     if (isLong && (taken == nullptr || (datagram.header.msg_flags & MSG_CTRUNC) != 0)) {
         return taken == nullptr ? ENOMEM : EMFILE;
     }
     if (taken != nullptr) {
-        std::memcpy(taken.get(), room.get(), static_cast<std::size_t>(length));
-    } else if (isHead && missing == 0) {
+        std::memcpy(taken.get(), room.get(), arrived);
+    } else if (isWhole) {
         taken = std::move(room); // it has more room than it needs, but isn't lost
     }
-    if (taken != nullptr && readRest(file, reinterpret_cast<char*>(taken.get()) + length, missing)) {
+    if (taken != nullptr && readRest(file, reinterpret_cast<char*>(taken.get()) + arrived, size - arrived)) {
         taken->process = from.pid;
         taken->program[sizeof taken->program - 1] = '\0';
         message = std::move(taken);
