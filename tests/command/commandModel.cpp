@@ -1,6 +1,8 @@
 /// The rules of the command tables, written down as plainly as possible.
 #include "tests/command/commandModel.h"
 
+#include <algorithm>
+
 namespace Corvane::CmdTableHelper::Testing {
 
 struct CommandModel::Node
@@ -16,7 +18,10 @@ struct CommandModel::Node
     bool isArgument;
 };
 
-CommandModel::CommandModel() : m_root(std::make_shared<Node>(" ")), m_simple(std::make_shared<Node>("")) {}
+CommandModel::CommandModel(std::size_t maxWords)
+    : m_root(std::make_shared<Node>(" ")), m_simple(std::make_shared<Node>("")), m_maxWords(maxWords)
+{
+}
 
 CommandModel::~CommandModel()
 {
@@ -81,6 +86,9 @@ char CommandModel::process(const char*& cursor, Nodes& frontier)
             end = process(cursor, branch);
             exits.insert(exits.end(), branch.begin(), branch.end());
         }
+        if (exits.size() > 1024) { // duplicates double with every optional group that holds an optional group
+            keepFirstOccurrences(exits);
+        }
         frontier = exits;
     }
     return '\0';
@@ -105,10 +113,34 @@ void CommandModel::join(const std::string& word, Nodes& frontier)
     frontier = {joined};
 }
 
+void CommandModel::keepFirstOccurrences(Nodes& nodes)
+{
+    std::set<NodePtr> met;
+    Nodes kept;
+    for (const NodePtr& node : nodes) {
+        if (met.insert(node).second) {
+            kept.push_back(node);
+        }
+    }
+    nodes = kept;
+}
+
+void CommandModel::checkBrackets(const std::string& synopsis, char open, char close)
+{
+    if (std::count(synopsis.begin(), synopsis.end(), open) != std::count(synopsis.begin(), synopsis.end(), close)) {
+        const std::string text = "192 VELK syntax \"" + synopsis + "\": Unbalanced " + open + close + " brackets";
+        emissions.emplace_back(text.c_str());
+    }
+}
+
 void CommandModel::addCommand(const std::string& commandName, const std::vector<std::string>& synopses,
                               int firstHandler)
 {
     for (const auto& synopsis : synopses) {
+        emissions.emplace_back(("209 Registered VELK syntax: " + synopsis).c_str());
+        checkBrackets(synopsis, '{', '}');
+        checkBrackets(synopsis, '[', ']');
+        checkBrackets(synopsis, '<', '>');
         Nodes frontier{m_root};
         const char* cursor = synopsis.c_str();
         process(cursor, frontier);
@@ -172,7 +204,7 @@ CommandModel::NodePtr CommandModel::walk(NodePtr node, std::string* usedWords, c
         if (matches.size() > 1) {
             for (const NodePtr& candidate : matches) {
                 const std::vector<std::string> rest(words.begin() + static_cast<std::ptrdiff_t>(i) + 1, words.end());
-                const NodePtr found = walk(candidate, nullptr, rest);
+                const NodePtr found = walkOnce(candidate, rest);
                 if (found && found->handler) {
                     return found;
                 }
@@ -194,9 +226,24 @@ CommandModel::NodePtr CommandModel::walk(NodePtr node, std::string* usedWords, c
     return node;
 }
 
+/// The ways from one node over the same words are looked at once: their number may double with each word.
+CommandModel::NodePtr CommandModel::walkOnce(const NodePtr& node, const std::vector<std::string>& words)
+{
+    const std::pair<NodePtr, std::size_t> key{node, words.size()};
+    const auto known = m_walked.find(key);
+    return known != m_walked.end() ? known->second : m_walked[key] = walk(node, nullptr, words);
+}
+
+std::optional<int> CommandModel::walkFromRoot(std::string& usedWords, const std::vector<std::string>& words)
+{
+    m_walked.clear();
+    return walk(m_root, &usedWords, words)->handler;
+}
+
 CommandModel::Answer CommandModel::dispatch(const std::vector<std::string>& words)
 {
     std::string usedWords;
+    m_walked.clear();
     const NodePtr found = walk(m_root, &usedWords, words);
     if (found->handler) {
         return {found->handler, ""};
@@ -204,6 +251,7 @@ CommandModel::Answer CommandModel::dispatch(const std::vector<std::string>& word
     m_out = "Usage: " + usedWords;
     m_followed = {{found, nullptr}};
     m_openBrackets = 0;
+    m_words = 0;
     if (!words.empty() && words[0] == "pelm") {
         printPelmSyntax(found);
     } else {
@@ -233,10 +281,20 @@ CommandModel::NodePtr CommandModel::group(const std::string& open, const NodePtr
     return end;
 }
 
+void CommandModel::writeName(const NodePtr& node)
+{
+    if (m_words++ == m_maxWords) {
+        throw TooLong{m_out};
+    }
+    m_out += node->name;
+}
+
 void CommandModel::writeAlternatives(const NodePtr& node)
 {
     for (std::size_t i = 0; i < node->subnodes.size(); ++i) {
-        m_out += (i == 0 ? "" : "| ") + node->subnodes[i]->name + " ";
+        m_out += i == 0 ? "" : "| ";
+        writeName(node->subnodes[i]);
+        m_out += " ";
     }
 }
 
@@ -249,15 +307,18 @@ void CommandModel::printSyntax(NodePtr node)
         }
         if (subnodes.size() == 1) {
             const NodePtr& c = subnodes[0];
-            if (node->handler && c->handler && c->subnodes.empty()) {
-                m_out += "[ " + c->name + " ] ";
-            } else {
-                m_out += c->name + " ";
-            }
+            const bool isOptional = node->handler && c->handler && c->subnodes.empty();
+            m_out += isOptional ? "[ " : "";
+            writeName(c);
+            m_out += isOptional ? " ] " : " ";
             node = c;
             follow(node, nullptr);
         } else if (subnodes.size() == 2 && !subnodes[0]->subnodes.empty() && subnodes[0]->subnodes[0] == subnodes[1]) {
-            m_out += "[ " + subnodes[0]->name + " ] " + subnodes[1]->name + " ";
+            m_out += "[ ";
+            writeName(subnodes[0]);
+            m_out += " ] ";
+            writeName(subnodes[1]);
+            m_out += " ";
             node = subnodes[1];
             follow(node, nullptr);
         } else {
@@ -272,7 +333,7 @@ void CommandModel::printSyntax(NodePtr node)
 CommandModel::NodePtr CommandModel::printSubNodes(const NodePtr& from, const NodePtr& stop)
 {
     NodePtr cur = from;
-    m_out += cur->name;
+    writeName(cur);
     follow(cur, stop);
     if (cur->subnodes.empty()) {
         return from;
@@ -286,7 +347,8 @@ CommandModel::NodePtr CommandModel::printSubNodes(const NodePtr& from, const Nod
             return cur;
         }
         if (cur->subnodes.size() == 1) {
-            m_out += " " + child->name;
+            m_out += " ";
+            writeName(child);
             cur = child;
             follow(cur, stop);
             child = child->subnodes[0];
@@ -307,7 +369,7 @@ CommandModel::NodePtr CommandModel::printSubNodes(const NodePtr& from, const Nod
 CommandModel::NodePtr CommandModel::printSimpleSubNodes(NodePtr node)
 {
     NodePtr cur = std::move(node);
-    m_out += cur->name;
+    writeName(cur);
     follow(cur, m_simple);
     while (!cur->subnodes.empty()) {
         if (cur->subnodes.size() > 1) {
@@ -315,7 +377,8 @@ CommandModel::NodePtr CommandModel::printSimpleSubNodes(NodePtr node)
         } else if (cur->handler) {
             cur = group(" [", cur->subnodes[0], m_simple, "]");
         } else {
-            m_out += " " + cur->subnodes[0]->name;
+            m_out += " ";
+            writeName(cur->subnodes[0]);
             cur = NodePtr(cur->subnodes[0]);
         }
         follow(cur, m_simple);
@@ -339,7 +402,8 @@ void CommandModel::printPelmSyntax(NodePtr node)
                 node = group("[", subnodes[0], m_simple, "] ");
             } else {
                 node = subnodes[0];
-                m_out += node->name + " ";
+                writeName(node);
+                m_out += " ";
             }
             follow(node, nullptr);
             continue;
@@ -357,7 +421,9 @@ void CommandModel::printPelmSyntax(NodePtr node)
             return;
         }
         if (first->subnodes[0] == subnodes[1]) {
-            m_out += "[" + first->name + "] ";
+            m_out += "[";
+            writeName(first);
+            m_out += "] ";
             node = first;
         } else {
             node = group("[", first, subnodes[1], "] ");

@@ -1,5 +1,5 @@
 /// A second implementation of the command tables' rules, as plain as possible: it is recursive, copies much, and takes
-/// whatever time and stack it needs. The library is compared with it on random tables and lines.
+/// whatever stack it needs. The library is compared with it on random tables and lines.
 #ifndef CORVANE_TESTS_COMMAND_COMMANDMODEL_H
 #define CORVANE_TESTS_COMMAND_COMMANDMODEL_H
 
@@ -21,10 +21,20 @@ struct ComesBack
     std::string text; ///< what is written if printing ends there and the open brackets are closed
 };
 
+/// Thrown where a usage has more words than the model writes.
+struct TooLong
+{
+    std::string text; ///< what is written up to there
+};
+
+/// What a synopsis of the library emits, such as "209 Registered VELK syntax: ...". It ends at a NUL.
+using Emissions = std::vector<std::string>;
+
 class CommandModel
 {
 public:
-    CommandModel();
+    /// Writes usages of up to `maxWords` words.
+    explicit CommandModel(std::size_t maxWords = 65536);
     ~CommandModel();
     CommandModel(const CommandModel&) = delete;
     CommandModel& operator=(const CommandModel&) = delete;
@@ -37,8 +47,15 @@ public:
         std::optional<int> handler;
         std::string text;
     };
-    /// Throws ComesBack.
+    /// Throws ComesBack or TooLong.
     Answer dispatch(const std::vector<std::string>& words);
+
+    /// Appends the words of a line that are matched to `usedWords`.
+    ///
+    /// Returns  the handler of the node that is reached.
+    std::optional<int> walkFromRoot(std::string& usedWords, const std::vector<std::string>& words);
+
+    Emissions emissions;
 
 private:
     struct Node;
@@ -49,9 +66,12 @@ private:
     static bool getToken(const char*& cursor, std::string& token);
     static char process(const char*& cursor, Nodes& frontier);
     static void join(const std::string& word, Nodes& frontier);
+    static void keepFirstOccurrences(Nodes& nodes);
+    void checkBrackets(const std::string& synopsis, char open, char close);
     static Nodes matching(const NodePtr& node, const std::string& word);
     Nodes matchingRoot(const std::string& word) const;
     NodePtr walk(NodePtr node, std::string* usedWords, const std::vector<std::string>& words);
+    NodePtr walkOnce(const NodePtr& node, const std::vector<std::string>& words);
 
     void follow(const NodePtr& node, const NodePtr& way);
     void printSyntax(NodePtr node);
@@ -59,6 +79,7 @@ private:
     NodePtr printSimpleSubNodes(NodePtr node);
     NodePtr printSubNodes(const NodePtr& from, const NodePtr& stop);
     NodePtr group(const std::string& open, const NodePtr& from, const NodePtr& stop, const std::string& close);
+    void writeName(const NodePtr& node);
     void writeAlternatives(const NodePtr& node);
 
     NodePtr m_root;
@@ -68,6 +89,9 @@ private:
     std::set<std::pair<NodePtr, NodePtr>> m_followed; // nodes, each with how it was followed
     const NodePtr m_simple; // stands for printSimpleSubNodes, as a stop does for printSubNodes
     std::size_t m_openBrackets = 0;
+    const std::size_t m_maxWords;
+    std::size_t m_words = 0;                                     // written
+    std::map<std::pair<NodePtr, std::size_t>, NodePtr> m_walked; // by node and number of words that are left
 };
 
 } // namespace Corvane::CmdTableHelper::Testing

@@ -132,19 +132,17 @@ unsigned int ModelHandle::dump(std::string& out, std::optional<unsigned int> max
     std::string written;
     bool text = true;
     unsigned int count = 0;
-    std::string last;
-    for (std::string byte = read(1); !byte.empty(); byte = read(1)) {
-        last = byte;
+    char last = '\0';
+    for (const std::string all = file->all(); pos < all.size();) {
+        last = all[pos++];
         ++count;
-        const char c = byte.front();
-        const bool isText = (c >= ' ' && c <= '~') || (c >= '\t' && c <= '\r');
+        const bool isText = (last >= ' ' && last <= '~') || (last >= '\t' && last <= '\r');
         if (text && isText) {
-            written += c;
+            written += last;
         } else {
-            std::ostringstream digits;
-            digits << std::uppercase << std::hex << std::setw(2) << std::setfill('0')
-                   << static_cast<unsigned int>(static_cast<unsigned char>(c));
-            written += digits.str();
+            const auto byte = static_cast<unsigned char>(last);
+            written += "0123456789ABCDEF"[byte / 16];
+            written += "0123456789ABCDEF"[byte % 16];
             text = false;
         }
         if (footerSize > 0 && count >= beforeFooter) {
@@ -161,7 +159,7 @@ unsigned int ModelHandle::dump(std::string& out, std::optional<unsigned int> max
     if (maxLength) {
         return static_cast<unsigned int>(written.size());
     }
-    if (text && last == "\n") {
+    if (text && last == '\n') {
         return count;
     }
     out += "\n";
