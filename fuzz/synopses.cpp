@@ -2,13 +2,15 @@
 ///
 /// An input is text. A line ":name" names the command of the synopses that follow; ">word word" is a line to be
 /// matched; every other line is a synopsis.
+#include <functional>
 #include <optional>
+#include <sstream>
 #include <string>
 #include <vector>
 
+#include "command/src/cmdSyntax.h"
 #include "fuzz/fuzzing.h"
 #include "tests/command/commandModel.h"
-#include "tests/command/graphSupport.h"
 
 namespace {
 
@@ -17,6 +19,18 @@ using namespace Corvane::CmdTableHelper::Testing;
 using namespace Corvane::Fuzz;
 
 constexpr std::size_t maxWordsOfModel = 2000;
+
+ShellCommandFunction returning(int result)
+{
+    return std::function<int(int, const char* const*)>([result](int, const char* const*) { return result; });
+}
+
+/// Returns  what the function returns; -1 for a node without a handler.
+int resultOf(const ShellCommandFunction& function)
+{
+    std::ostringstream out;
+    return function.callCommandHandlerFunction(0, nullptr, out);
+}
 
 class Comparison
 {
@@ -61,30 +75,33 @@ private:
         for (std::string& word : words) {
             word = word.c_str(); // the library sees C strings
         }
-        const Dispatched answer = dispatch(m_graph, words);
-        try {
-            const CommandModel::Answer expected = m_model.dispatch(words);
-            m_report.expectSame("handler", answer.result, expected.handler.value_or(-1));
-            m_report.expectSame("usage", answer.text, expected.text);
-        } catch (const ComesBack& end) {
-            m_report.expectSame("handler", answer.result, -1);
-            m_report.expectSame("usage that comes back", answer.text, end.text);
-        } catch (const TooLong& start) {
-            m_report.expectSame("long usage", answer.text.substr(0, start.text.size()), start.text);
-        }
-        compareWalk(words);
-        compareEmissions();
-    }
-
-    /// The words that are appended where a choice of placeholders leads to a handler don't show in any usage.
-    void compareWalk(const std::vector<std::string>& words)
-    {
         std::vector<const char*> argv;
         for (const std::string& word : words) {
             argv.push_back(word.c_str());
         }
+        std::ostringstream out;
+        const ShellCommandFunction* const function = m_graph.dispatchCommand(argv.size(), argv.data(), out);
+        const int result = function != nullptr ? resultOf(*function) : -1;
+        try {
+            const CommandModel::Answer expected = m_model.dispatch(words);
+            m_report.expectSame("handler", result, expected.handler.value_or(-1));
+            m_report.expectSame("usage", out.str(), expected.text);
+        } catch (const ComesBack& end) {
+            m_report.expectSame("handler", result, -1);
+            m_report.expectSame("usage that comes back", out.str(), end.text);
+        } catch (const TooLong& start) {
+            m_report.expectSame("long usage", out.str().substr(0, start.text.size()), start.text);
+        }
+        compareWalk(words, argv);
+        compareEmissions();
+    }
+
+    /// The words that are appended where a choice of placeholders leads to a handler don't show in any usage.
+    void compareWalk(const std::vector<std::string>& words, const std::vector<const char*>& argv)
+    {
         std::string usedWords;
-        const NodePtr end = walkFrom(m_graph, rootOf(m_graph), &usedWords, argv.size(), argv.data());
+        const Corvane::ExclusiveLock lock(m_graph.mutex);
+        const NodePtr end = m_graph.findCommandArguments(m_graph.root, &usedWords, argv.size(), argv.data());
         std::string expected;
         m_report.expectSame("end of the walk", resultOf(end->handler),
                             m_model.walkFromRoot(expected, words).value_or(-1));
