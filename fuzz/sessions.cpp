@@ -54,7 +54,28 @@ bool throws(const Record& record)
     return record.synopsis.find('!') != std::string::npos;
 }
 
-constexpr int deepest = 3; // line that a hook executes while a line executes
+constexpr int mostActions =
+    12; // of hooks for one line: hooks that execute lines and register hooks never come to an end
+
+/// What a hook does. Service is the library's or the model.
+template <typename Service>
+void runHook(Service& service, const std::string& action, int& actionsLeft)
+{
+    if (action == "!") {
+        throw Thrown();
+    }
+    if (action.empty() || actionsLeft == 0) {
+        return;
+    }
+    --actionsLeft;
+    if (action == "+") {
+        service.registerHook("");
+    } else if (action.front() == '-') {
+        service.deregisterHook(static_cast<unsigned int>(std::strtoul(action.c_str() + 1, nullptr, 10)));
+    } else {
+        service.execute(split(action, ' '), false);
+    }
+}
 
 /// What happens in a session, whether in the library or in the model.
 struct Log
@@ -113,7 +134,7 @@ public:
         *id = m_service.registerPostExecutionHook([this, id, action](int result, int argc, const char* const* argv) {
             takeAll();
             log.hook(*id, result, Words(argv, argv + argc));
-            runHook(action);
+            runHook(*this, action, actionsLeft);
         });
         log.events.push_back("hook has id " + std::to_string(*id));
     }
@@ -133,6 +154,7 @@ public:
     }
 
     Log log;
+    int actionsLeft = 0;
 
 private:
     void setHandler(const Record& record, CommandDefinitions& definition)
@@ -176,22 +198,6 @@ private:
         return throws(record) ? throw Thrown() : record.number;
     }
 
-    void runHook(const std::string& action)
-    {
-        if (action == "!") {
-            throw Thrown();
-        }
-        if (action == "+") {
-            registerHook("");
-        } else if (action.rfind('-', 0) == 0) {
-            deregisterHook(static_cast<unsigned int>(std::strtoul(action.c_str() + 1, nullptr, 10)));
-        } else if (!action.empty() && m_depth < deepest) {
-            ++m_depth;
-            execute(split(action, ' '), false);
-            --m_depth;
-        }
-    }
-
     void takeAll()
     {
         for (std::string& emission : takeEmissions()) {
@@ -200,7 +206,6 @@ private:
     }
 
     V2::CmdTableHelperImpl m_service;
-    int m_depth = 0;
 };
 
 /// The rules of the service, over the model of its tables.
@@ -219,7 +224,7 @@ public:
         takeAll();
     }
 
-    void execute(const Words& words)
+    void execute(const Words& words, bool /*toCout*/)
     {
         std::string text;
         try {
@@ -259,6 +264,7 @@ public:
     }
 
     Log log;
+    int actionsLeft = 0;
 
 private:
     static std::string wrapped(const std::string& description)
@@ -306,26 +312,10 @@ private:
         for (const auto& [id, action] : hooks) {
             if (m_hooks.count(id) != 0) {
                 log.hook(id, record.number, words);
-                runHook(action);
+                runHook(*this, action, actionsLeft);
             }
         }
         return record.number;
-    }
-
-    void runHook(const std::string& action)
-    {
-        if (action == "!") {
-            throw Thrown();
-        }
-        if (action == "+") {
-            registerHook("");
-        } else if (action.rfind('-', 0) == 0) {
-            deregisterHook(static_cast<unsigned int>(std::strtoul(action.c_str() + 1, nullptr, 10)));
-        } else if (!action.empty() && m_depth < deepest) {
-            ++m_depth;
-            execute(split(action, ' '));
-            --m_depth;
-        }
     }
 
     void takeAll()
@@ -338,7 +328,6 @@ private:
     std::vector<std::pair<Kind, Record>> m_records;
     std::map<unsigned int, std::string> m_hooks;
     unsigned int m_lastId = 0;
-    int m_depth = 0;
 };
 
 /// One session in both.
@@ -361,8 +350,10 @@ public:
             m_table.clear();
         } else if (operation == 'x' || operation == 'X') {
             const Words words = rest.empty() ? Words() : split(rest, ' ');
-            m_real.execute(words, operation == 'X');
-            m_model.execute(words);
+            inBoth([&](auto& service) {
+                service.actionsLeft = mostActions;
+                service.execute(words, operation == 'X');
+            });
         } else if (operation == 'k') {
             inBoth([&](auto& service) { service.registerHook(rest); });
         } else if (operation == 'r') {
