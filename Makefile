@@ -5,11 +5,12 @@
 #   make test     build all and run the tests
 #   make check    everything that CI runs; notes in build/checked that the commit passed
 #   make bench    measure the library beside its peers (about 15 minutes, on an idle machine)
+#   make fuzz     compare the library with plain models on random inputs; SECONDS=60 for each target, SEED=N repeats a run
 #   make package  make the Debian packages for this machine, in build/distro/packages
 #   make dist     make the source archive of the last commit, in build/dist
 #   make clean    remove the build trees
 
-.PHONY: build demo test check check-wider bench package dist clean
+.PHONY: build demo test check check-wider bench fuzz package dist clean
 
 CTEST_FLAGS ?= -j2
 
@@ -35,6 +36,12 @@ check-wider:
 bench:
 	@tools/prerequisites build test bench
 	@tools/bench run
+
+# SECONDS given to make, not the one that a shell may have exported.
+fuzz: SECONDS = 60
+fuzz:
+	@tools/prerequisites build test check
+	@tools/fuzz --seconds $(SECONDS) $(if $(SEED),--seed $(SEED))
 
 package:
 	@tools/prerequisites build
