@@ -206,8 +206,8 @@ private:
             bytes += attached.content.substr(0, missing);
         }
         if (bytes.size() == size) {
-            const std::string program = datagram.substr(16, 15);
-            m_waiting.push_back({bytes, sender, program.c_str()});
+            const std::string name = datagram.substr(16, 15);
+            m_waiting.push_back({bytes, sender, name.substr(0, name.find('\0'))});
         }
     }
 

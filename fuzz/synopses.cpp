@@ -2,6 +2,7 @@
 ///
 /// An input is text. A line ":name" names the command of the synopses that follow; ">word word" is a line to be
 /// matched; every other line is a synopsis.
+#include <cstring>
 #include <functional>
 #include <optional>
 #include <sstream>
@@ -73,7 +74,7 @@ private:
     void dispatchLine(std::vector<std::string> words)
     {
         for (std::string& word : words) {
-            word = word.c_str(); // the library sees C strings
+            word.resize(std::strlen(word.c_str())); // the library sees C strings
         }
         std::vector<const char*> argv;
         for (const std::string& word : words) {
