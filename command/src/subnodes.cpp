@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// Keeps subnodes and finds them by name.
 #include "command/src/subnodes.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// The list of the words that may follow a word of the syntax graph.
 #ifndef CORVANE_COMMAND_SUBNODES_H
 #define CORVANE_COMMAND_SUBNODES_H
