@@ -15,7 +15,7 @@
 CTEST_FLAGS ?= -j2
 
 build:
-	@tools/prerequisites build test
+	@tools/prerequisites build
 	@tools/build "$$(tools/profile)"
 
 demo:
