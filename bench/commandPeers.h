@@ -215,7 +215,7 @@ public:
         });
     }
 
-    int run(const Line& line) { return cli_run_command(m_cli.get(), line.c_str()); }
+    int run(const Line& line) { return cli_run_command(m_cli.get(), line.c_str()) == CLI_OK ? 0 : 1; }
 
 private:
     std::unique_ptr<cli_def, int (*)(cli_def*)> m_cli;
