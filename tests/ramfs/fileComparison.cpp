@@ -116,8 +116,13 @@ ModelDirectory::Order FileComparison::order()
 {
     ModelDirectory::Order names;
     for (const Handle& handle : m_manager.openAll()) {
-        names.push_back(handle->getFileName());
+        if (m_model.exists(handle->getFileName())) {
+            names.push_back(handle->getFileName());
+        } else {
+            expectSame("listed", "the file " + handle->getFileName(), std::string("no such file"));
+        }
     }
+    expectSame("number of files", names.size(), m_model.files.size());
     m_recorder.take();
     return names;
 }
