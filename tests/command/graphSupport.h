@@ -10,6 +10,8 @@
 #include <string>
 #include <vector>
 
+#include <gtest/gtest.h>
+
 #include "command/src/cmdSyntax.h"
 
 namespace Corvane::CmdTableHelper::Testing {
