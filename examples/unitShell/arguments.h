@@ -71,7 +71,8 @@ bool toNumber(const std::string& word, Number& number)
     if constexpr (std::is_floating_point_v<Number>) { // GCC 10 has no from_chars() for it
         std::istringstream text(word);
         text.imbue(std::locale::classic());
-        return text >> std::noskipws >> number && text.peek() == std::char_traits<char>::eof();
+        return word.rfind('+', 0) != 0 && text >> std::noskipws >> number &&
+               text.peek() == std::char_traits<char>::eof();
     } else {
         const char* const end = word.data() + word.size();
         const auto [stop, error] = std::from_chars(word.data(), end, number);

@@ -75,6 +75,15 @@ TEST(UnitShellInput, KeepsTheUnitsStateFromLineToLine)
               "  carrier 3: 43.0 dBm\n");
 }
 
+TEST(UnitShellInput, ADecimalNumberHasADigitOrAMinusSignInFrontAndNothingBehind)
+{
+    EXPECT_EQ(runShell({}, "set temperature -2.5\nshow temperature\n").out, "-2.5 C, limits -20.0 to 85.0\n");
+    for (const std::string wrong : {"+2.5", "++2", " 2.5", "2.5C", "2,5", "-", "", "150.1", "nan"}) {
+        EXPECT_EQ(runShell({}, "set temperature '" + wrong + "'\n").out,
+                  "the temperature is a number from -60 to 150, not '" + wrong + "'\n");
+    }
+}
+
 TEST(UnitShellInput, ALineThatIsTooLongIsRefusedAndTheNextLineRuns)
 {
     const TemporaryFile file("show carrier " + std::string(3 << 20, '9') + "\nshow carrier 1\n");
