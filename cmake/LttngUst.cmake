@@ -24,9 +24,9 @@ if(CORVANE_LTTNG STREQUAL "sdk")
   endif()
   list(APPEND corvane_path_maps "-ffile-prefix-map=${corvane_lttng_includes}/=/usr/include/${corvane_multiarch}/")
   target_link_libraries(corvane_lttng_ust INTERFACE "${corvane_lttng_libdir}/liblttng-ust.so" ${CMAKE_DL_LIBS})
-  # The SDK's libraries need each other and don't say where they are. With a DT_RPATH the loader looks in the SDK for the
-  # needs of those libraries too; a DT_RUNPATH holds for the library's own needs only. The price is that DT_RPATH comes
-  # before LD_LIBRARY_PATH.
+  # The sysroot's libraries need each other and don't say where they are. With a DT_RPATH the loader looks in the sysroot
+  # for the needs of those libraries too; a DT_RUNPATH holds for the library's own needs only. The price is that DT_RPATH
+  # comes before LD_LIBRARY_PATH.
   add_link_options("LINKER:--disable-new-dtags" "LINKER:-rpath-link,${corvane_lttng_libdir}")
   list(APPEND CMAKE_BUILD_RPATH "${corvane_lttng_libdir}")
 elseif(CORVANE_LTTNG STREQUAL "system")
