@@ -3,8 +3,8 @@
 #
 # AArch64: the code has landing pads for indirect branches (BTI) and signs return addresses (PAC). PAC works. BTI is not
 # in force: the loader guards a file only if its note asks for it, and the linker writes the note only if all objects
-# have it. Debian 11's start files don't: `readelf --notes` shows no such mark in crti.o. A sysroot with
-# marked start files gives the note without a change here.
+# have it. Debian 11's start files don't: `readelf --notes` shows no such mark in crti.o. A sysroot with marked start
+# files gives the note without a change here.
 #
 # x86-64: not compiled with -fcf-protection. Debian 12's crti.o has no mark there either, and its C library doesn't
 # switch the protection on.

@@ -36,7 +36,7 @@ std::vector<std::string> emulator()
 {
     std::istringstream words(CORVANE_TEST_EMULATOR);
     std::vector<std::string> emulator;
-    for (std::string word; words >> word;) {
+    for (std::string word; std::getline(words, word, '|');) {
         emulator.push_back(word);
     }
     return emulator;
