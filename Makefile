@@ -1,6 +1,6 @@
 # Short names for what the tools do. Each target installs the Debian packages that it needs.
 #
-#   make build    build all (preset desk; distro if the LTTng-UST 2.12 SDK can't be downloaded)
+#   make build    build all (preset desk; distro if its sysroot can't be made)
 #   make demo     run the example shell on a script, and show the trace of that run
 #   make test     build all and run the tests
 #   make check    everything that CI runs; notes in build/checked that the commit passed
