@@ -10,7 +10,7 @@ from results import comparisons, value_of
 
 GROUPS = {"C": "Command tables", "F": "In-memory files", "E": "Event log", "T": "Tracing", "H": "Headers and loading",
           "L": "Headers and loading"}
-LABELS, PLOT, NOTES = 330, 420, 210  # the widths of a chart's columns
+LABELS, PLOT, NOTES = 390, 400, 200  # the widths of a chart's columns
 TOP, BAR = 66, 22  # the heights of its head and of a bar
 STYLE = """
   text { font: 12px sans-serif; fill: #1a1a1a } .row { font-weight: bold } .end { text-anchor: end }

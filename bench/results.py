@@ -117,13 +117,13 @@ def comparisons(figures, section, row):
     first goal, else the time."""
     found = [measure(figures, goal) for goal in goals_of(section, row)]
     counters = {}
-    for one in found:
+    for one in goals_of(section, row):
         case, who = one.left.split("/")
         counters.setdefault(case, "".join(who.partition(".")[1:]))
     for name in figures:
         of_row, case, who = name.split("/")
         if of_row == row and who != "ours":
-            counter = counters.get(case, "")
+            counter = counters.get(case, counters.get("*", ""))
             pair = Comparison(row, f"{case}/ours{counter}", "/", f"{case}/{who}{counter}")
             if not any((one.left, one.operator, one.right) == (pair.left, "/", pair.right) for one in found):
                 pair = measure(figures, pair)
