@@ -153,6 +153,22 @@ TEST_F(ZelStandinUnderAttack, DropsAFullDatagramOfAShorterMessage)
     ::close(connection);
 }
 
+TEST_F(ZelStandinUnderAttack, DropsADatagramThatIsLongerThanAnyOfItsOwn)
+{
+    const std::uint32_t own = create("own");
+    const int connection = connectTo(sockets().front());
+    constexpr std::size_t largest = 200000;
+    for (const std::size_t length : {largest + 1, largest + 5000}) { // cut to the largest, the head would fit
+        std::vector<char> datagram(length);
+        const std::uint64_t size = largest - headSize;
+        std::memcpy(datagram.data(), &size, sizeof size);
+        send(connection, datagram.data(), datagram.size());
+        expectNothing();
+    }
+    expectToBeReached(own);
+    ::close(connection);
+}
+
 TEST_F(ZelStandinUnderAttack, LosesNothingWhileThereAreNoDescriptors)
 {
 #ifdef CORVANE_TEST_SANITIZED

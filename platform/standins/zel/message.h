@@ -167,7 +167,8 @@ inline int receiveMessage(int socket, Message& room, int& announced, Message& me
     const Fd file(descriptors[0]);
     const Fd unwanted(descriptors[1]);
     static const uid_t user = ::geteuid();
-    const bool isHead = length >= ssize_t{sizeof(Head)} && from.uid == user && isMessageSize(room->size);
+    const bool isCut = (datagram.header.msg_flags & MSG_TRUNC) != 0; // longer than any that zel sends
+    const bool isHead = !isCut && length >= ssize_t{sizeof(Head)} && from.uid == user && isMessageSize(room->size);
     const std::size_t size = isHead ? sizeof(Head) + room->size : 0;
     const auto arrived = static_cast<std::size_t>(length);
     const bool isLong = arrived == largestDatagram && size > arrived;
