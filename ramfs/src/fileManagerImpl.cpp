@@ -211,7 +211,7 @@ bool FileManagerImpl::remove(const std::string& fileName, std::ostream& out, boo
 {
     Trace::trace1(__FILE__, TraceLine::removeByName,
                   [&](std::ostream& msg) { msg << "remove: filename(" << fileName << ")"; });
-    std::string others;
+    std::string report = "File '";
     bool isExact = false;
     bool removed = false;
     {
@@ -226,14 +226,17 @@ bool FileManagerImpl::remove(const std::string& fileName, std::ostream& out, boo
             removed = takeOut(taken, [&](const Files::value_type& file) {
                 const bool matches = pattern.matches(file.first);
                 if (matches && verbose) {
-                    others += file.first + pattern.reason() + fileName + "'";
+                    report += file.first + pattern.reason() + fileName + "'";
                 }
                 return matches;
             });
         }
     }
     if (verbose) {
-        writeTo(out, "File '" + (isExact ? fileName + "' deleted" : others));
+        if (isExact) {
+            report += fileName + "' deleted";
+        }
+        writeTo(out, report);
     }
     return removed;
 }

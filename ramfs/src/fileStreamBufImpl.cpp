@@ -104,7 +104,7 @@ FileStreamBufImpl::int_type FileStreamBufImpl::overflow(int_type c)
 
 void FileStreamBufImpl::freeText()
 {
-    m_text.clear();
+    m_text.resize(m_length); // not nothing, if a class derived from this one keeps the text
     m_text.shrink_to_fit();
 }
 

@@ -241,6 +241,25 @@ TEST_F(FileStreamBufTest, CreateOpenAndCloseGoThroughTheVirtualTable)
     EXPECT_THAT(opened.calls, testing::ElementsAre("close", "sync"));
 }
 
+TEST_F(FileStreamBufTest, ADerivedClassThatKeepsTheTextAtAFlushFindsItInTheNextFile)
+{
+    class KeepingBuffer : public OpenedBuffer
+    {
+    public:
+        int sync() override { return isKeeping ? 0 : OpenedBuffer::sync(); }
+        bool isKeeping = true;
+    };
+    KeepingBuffer keeping;
+    ASSERT_TRUE(keeping.create("a", 0, 0));
+    std::ostream(&keeping) << std::string(5000, 'x');
+    ASSERT_TRUE(keeping.create("b", 0, 0)); // closes "a"
+    std::ostream(&keeping) << 'y';
+    keeping.isKeeping = false;
+    keeping.close();
+    EXPECT_EQ(contentOf("a"), "");
+    EXPECT_EQ(contentOf("b"), std::string(5000, 'x') + 'y');
+}
+
 TEST_F(FileStreamBufTest, AHundredMebibytesFitInOneStream)
 {
     ASSERT_TRUE(buffer->create("big", 0, 0));
