@@ -283,11 +283,19 @@ private:
     bool m_isBack = false;                               // a loop has come to a node for the second time
 };
 
+/// Nothing to write must not use up the stream's width.
+void writeTo(std::ostream& out, const std::string& text)
+{
+    if (!text.empty()) {
+        out << text;
+    }
+}
+
 NodePtr writeGroup(const Level& group, const NodePtr& first, std::ostream& out)
 {
     std::string text;
     NodePtr end = first ? Printer(text).printGroup(group, first) : nullptr;
-    out << text;
+    writeTo(out, text);
     return end;
 }
 
@@ -306,14 +314,14 @@ void SyntaxGraph::printSyntax(std::shared_ptr<Node> node, std::ostream& out)
 {
     std::string text;
     appendSyntax(node, PrintFormat::usual, text);
-    out << text;
+    writeTo(out, text);
 }
 
 void SyntaxGraph::printPelmSyntax(std::shared_ptr<Node> node, std::ostream& out)
 {
     std::string text;
     appendSyntax(node, PrintFormat::pelm, text);
-    out << text;
+    writeTo(out, text);
 }
 
 NodePtr SyntaxGraph::printSimpleSubNodes(std::shared_ptr<Node> node, std::ostream& out)

@@ -31,7 +31,7 @@ NodePtr Node::addNewSubnode(std::string_view subnodeName, Subnodes::Hash hash)
     return node;
 }
 
-const NodePtr& Node::addExistingSubnode(const NodePtr& node)
+NodePtr Node::addExistingSubnode(const NodePtr& node)
 {
     if (subnodes.find(node->name, node->nameHash) == nullptr) {
         subnodes.add(node);

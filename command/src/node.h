@@ -41,7 +41,7 @@ public:
     /// Attaches `node` unless a subnode with its name is there already.
     ///
     /// Returns  `node` itself, also where it was not attached.
-    const NodePtr& addExistingSubnode(const NodePtr& node);
+    NodePtr addExistingSubnode(const NodePtr& node);
 
     /// Returns  the subnodes that a typed word may stand for: the keyword with exactly that name or else every
     ///          placeholder, in order.

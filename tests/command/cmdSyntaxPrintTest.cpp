@@ -1,4 +1,5 @@
 /// What the two usage printers write, character by character.
+#include <memory>
 #include <sstream>
 #include <string>
 #include <utility>
@@ -45,6 +46,19 @@ TEST(UsagePrinters, WriteNothingForALeafOrNoNode)
     EXPECT_EQ(SyntaxGraph::printSimpleSubNodes(nullptr, out), nullptr);
     EXPECT_EQ(SyntaxGraph::printSubNodes(nullptr, nullptr, out), nullptr);
     EXPECT_EQ(out.str(), "");
+}
+
+TEST(UsagePrinters, LeaveTheStreamsWidthToWhatFollowsANodeWithNothingToWrite)
+{
+    std::ostringstream out;
+    out.width(20);
+    SyntaxGraph::printSyntax(nullptr, out);
+    SyntaxGraph::printPelmSyntax(nullptr, out);
+    SyntaxGraph::printSimpleSubNodes(nullptr, out);
+    SyntaxGraph::printSyntax(std::make_shared<Node>("leaf"), out);
+    SyntaxGraph::printPelmSyntax(std::make_shared<Node>("leaf"), out);
+    EXPECT_EQ(out.str(), "");
+    EXPECT_EQ(out.width(), 20);
 }
 
 TEST(UsagePrinters, WriteTheFirstWordsOfSeveralCommandsInOrder)
