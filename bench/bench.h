@@ -14,13 +14,13 @@
 ///         }
 ///     });
 ///
-/// The figure of a benchmark is the CPU time of its thread for an iteration. With ->UseRealTime() or ->UseManualTime(),
-/// behind the macro, it is that time; use them where a second thread belongs to what is measured. Other figures are
-/// counters: allocations, bytes, p50, p99. Each repetition calls the function anew, at least ten times in a run and in
-/// a random order with the others, so a function leaves nothing behind. With --benchmark_min_time=0 each benchmark runs
-/// once; keep that short. One repetition should take 0.1 to 0.3 s. The benchmarks of a peer stand between
-/// `#ifdef CORVANE_HAS_LIBCLI` (_CLI11, _PROGRAM_OPTIONS, _LEVELDB, _SPDLOG, _ASIO) and `#endif`, so that a peer that
-/// isn't installed is left out.
+/// The figure of a benchmark is the CPU time of its thread for one iteration. ->UseRealTime() or ->UseManualTime()
+/// after the macro makes it that time instead; use these where a second thread belongs to what is measured. Other
+/// figures are counters: allocations, bytes, p50, p99. Each repetition calls the function anew. A run has at least ten
+/// repetitions, in random order with those of other benchmarks, so a function must leave nothing behind. With
+/// --benchmark_min_time=0 each benchmark runs once; keep that short. One repetition should take 0.1 to 0.3 s. The
+/// benchmarks of a peer stand between `#ifdef CORVANE_HAS_LIBCLI` (_CLI11, _PROGRAM_OPTIONS, _LEVELDB, _SPDLOG, _ASIO)
+/// and `#endif`, so that a peer that isn't installed is left out.
 #ifndef CORVANE_BENCH_BENCH_H
 #define CORVANE_BENCH_BENCH_H
 

@@ -22,7 +22,7 @@ if(CORVANE_SYSTEM_PATHS)
   install(DIRECTORY "${corvane_debug_dir}/" DESTINATION lib/debug/.build-id COMPONENT debug)
 endif()
 
-# An installation on this machine names the sysroot's folders.
+# The package files of an installation on this machine name the folders of its sysroot.
 set(corvane_config_lttng_includes "")
 set(corvane_config_lttng_libdir "")
 set(corvane_config_platform_libdir "")

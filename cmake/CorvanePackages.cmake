@@ -1,8 +1,8 @@
 # Debian packages, made by `cpack` in a build with CORVANE_SYSTEM_PATHS: see tools/package.
 #
-# CPack makes them and not debhelper, because packages for a unit are cross-built by a preset, against a sysroot. There
-# neither debhelper's own build nor dpkg-shlibdeps, which asks the machine's package database, can be used. And so there
-# is one list of what is installed where, for `cmake --install` and for the packages. lintian checks the result.
+# CPack makes them, not debhelper. A preset cross-builds the packages for a unit against a sysroot. debhelper can't do
+# that: it has its own build, and its dpkg-shlibdeps asks this machine's package database. With CPack there is also only
+# one list of what is installed where, for `cmake --install` and for the packages. lintian checks the result.
 
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME corvane)
@@ -28,10 +28,10 @@ set(CPACK_PRE_BUILD_SCRIPTS "${PROJECT_SOURCE_DIR}/packaging/finishPackages.cmak
 set(CPACK_CORVANE_TRACER_VERSION "${corvane_lttng_version}")
 set(corvane_tracer_headers "liblttng-ust-dev (>= ${corvane_lttng_version})")
 if(corvane_lttng_version VERSION_LESS 2.13)
-  string(APPEND corvane_tracer_headers ", liblttng-ust-dev (<< 2.13)") # whose library has another soname
+  string(APPEND corvane_tracer_headers ", liblttng-ust-dev (<< 2.13)") # the library of 2.13 has another soname
 endif()
 
-# Updates the loader's cache, and tells other packages' builds on what to depend.
+# Updates the loader's cache, and tells the builds of other packages which package they need.
 set(corvane_control "${PROJECT_BINARY_DIR}/control")
 file(CONFIGURE OUTPUT "${corvane_control}/triggers" CONTENT "activate-noawait ldconfig\n")
 file(CONFIGURE OUTPUT "${corvane_control}/shlibs" CONTENT "libcorvane 0 libcorvane0 (>= ${PROJECT_VERSION})\n")

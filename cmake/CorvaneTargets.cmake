@@ -1,4 +1,4 @@
-# What all targets of this tree have in common. The targets of a user get none of it.
+# Settings of all targets of this tree. A project that uses the library gets none of them.
 
 find_package(Threads REQUIRED)
 include(Hardening)

@@ -1,6 +1,6 @@
 # The unit's platform libraries, from a sysroot. Their interfaces are this tree's own, in platform/include.
 
-# Sets `result` to the file of a platform library in CORVANE_PLATFORM_DIR, where it may be named by its soname only.
+# Sets `result` to the file of a platform library in CORVANE_PLATFORM_DIR. The soname is enough: libX.so may be missing.
 # Nothing is cached, so that a change of CORVANE_PLATFORM_DIR takes effect.
 function(corvane_find_platform_library result name soname)
   if(CORVANE_PLATFORM_DIR)

@@ -2,7 +2,7 @@
 #
 #   cmake -DLIBRARY=file -DFOLDER=folder -DREADELF=... -DOBJCOPY=... -P SplitDebugSymbols.cmake
 #
-# FOLDER gets what belongs into /usr/lib/debug/.build-id. A library without debug symbols is only stripped.
+# FOLDER gets the files for /usr/lib/debug/.build-id. A library without debug symbols is only stripped.
 
 execute_process(COMMAND "${READELF}" --notes "${LIBRARY}" OUTPUT_VARIABLE notes COMMAND_ERROR_IS_FATAL ANY)
 if(NOT notes MATCHES "Build ID: ([0-9a-f][0-9a-f])([0-9a-f]+)")

@@ -9,5 +9,5 @@ mark_as_advanced(CORVANE_QEMU)
 if(NOT CORVANE_QEMU)
   message(FATAL_ERROR "There is no qemu-aarch64. Install it with: tools/prerequisites unit")
 endif()
-# The emulator's own algorithm for pointer authentication: the architecture's would take most of the time of a run.
+# Pointer authentication uses the emulator's own algorithm. The architecture's would take most of the time of a run.
 set(CMAKE_CROSSCOMPILING_EMULATOR "${CORVANE_QEMU}" -cpu max,pauth-impdef=on -L "${CMAKE_SYSROOT}")

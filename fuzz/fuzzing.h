@@ -19,7 +19,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 
 namespace Corvane::Fuzz {
 
-/// Reads choices out of an input. Behind its end all choices are 0.
+/// Reads choices out of an input. After its end all choices are 0.
 class Input
 {
 public:

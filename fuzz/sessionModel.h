@@ -1,5 +1,5 @@
-/// The rules of a session with the command service, over the model of its tables; and what it has in common with a
-/// session of the library.
+/// A model of the command service: its rules for lines, help and hooks, on top of the model of its tables. Also the
+/// code that runs both on this model and on the library.
 #ifndef CORVANE_FUZZ_SESSIONMODEL_H
 #define CORVANE_FUZZ_SESSIONMODEL_H
 
@@ -48,7 +48,7 @@ inline bool throws(const Record& record)
 constexpr int mostActions =
     12; // of hooks for one line: hooks that execute lines and register hooks never come to an end
 
-/// What a hook does. Service is the library's or the model.
+/// What a hook does. Service is that of the library, or the model.
 template <typename Service>
 void runHook(Service& service, const std::string& action, int& actionsLeft)
 {

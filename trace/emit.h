@@ -6,7 +6,7 @@
 /// an output stream to write the message to.
 ///
 /// `path` is the source file that emits (__FILE__, which the build maps to a path in this tree). `line` is part of the
-/// trace format that readers filter on: it is a constant at the site and does not follow the code around.
+/// trace format that readers filter on: it is a constant at the site, and stays the same when the code moves.
 ///
 /// Threads  any, without a lock.
 /// Errors   std::bad_alloc, and whatever `writeText` throws; only while the event is on.
@@ -25,7 +25,7 @@ namespace Corvane::Trace {
 
 namespace Detail {
 
-/// The text of an event. It is read where it was written: a string stream gives only copies.
+/// The text of an event. It is read in the buffer itself, because a std::ostringstream hands out only copies.
 ///
 /// Its operations are out of line, so that the sites share them.
 class Text : private std::stringbuf
@@ -33,7 +33,7 @@ class Text : private std::stringbuf
 public:
     [[gnu::noinline]] Text() : std::stringbuf(std::ios_base::out), m_stream(this)
     {
-        if (m_stream.getloc() != std::locale::classic()) { // one of the application's may group the digits of numbers
+        if (m_stream.getloc() != std::locale::classic()) { // a locale of the application may group digits
             m_stream.imbue(std::locale::classic());
         }
     }

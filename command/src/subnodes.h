@@ -14,13 +14,13 @@ namespace Corvane::CmdTableHelper {
 class Node;
 using NodePtr = std::shared_ptr<Node>;
 
-/// Subnodes in the order in which they were added, and where there are many of them, a hash table of their names.
+/// Subnodes in the order in which they were added. If there are many, a hash table finds them by their names.
 ///
 /// Without the table a synopsis of n optional words would take n^3 steps: each word leads to all later ones, and each
 /// of them would be looked for among all subnodes of the word.
 ///
-/// Nearly every node has two subnodes, one or none. So a list is a pointer, and all that it holds is one block: the
-/// subnodes and behind them the table.
+/// Nearly every node has two subnodes, one or none. So a list is only a pointer to one block. The block holds
+/// the subnodes, and after them the table.
 class Subnodes
 {
 public:
