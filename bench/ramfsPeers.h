@@ -28,6 +28,8 @@
 
 #include <ramfs/fileManagerIf.h>
 
+#include "bench/sink.h"
+
 namespace Corvane::Bench {
 
 inline const std::string tmpfs = "/dev/shm/";
@@ -309,23 +311,6 @@ protected:
 private:
     FloorFile& m_file;
     std::string m_text;
-};
-
-/// Takes all text and forgets it.
-class Sink : public std::streambuf
-{
-public:
-    Sink() { setp(m_room, m_room + sizeof m_room); }
-
-protected:
-    int_type overflow(int_type c) override
-    {
-        setp(m_room, m_room + sizeof m_room);
-        return traits_type::eq_int_type(c, traits_type::eof()) ? 0 : sputc(traits_type::to_char_type(c));
-    }
-
-private:
-    char m_room[65536] = {};
 };
 
 /// Does what a dump of a content without header and footer has to do.

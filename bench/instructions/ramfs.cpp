@@ -1,35 +1,18 @@
 /// The counted operations of the file system.
 #include <memory>
 #include <ostream>
-#include <streambuf>
 #include <string>
 #include <vector>
 
 #include <ramfs/fileManagerIf.h>
 
 #include "bench/instructions/operations.h"
+#include "bench/sink.h"
 
 using Corvane::RamFs::V1::FileHandleIf;
 using Corvane::RamFs::V1::FileManagerIf;
 
 namespace {
-
-/// Takes all text and forgets it.
-class Sink : public std::streambuf
-{
-public:
-    Sink() { setp(m_room, m_room + sizeof m_room); }
-
-protected:
-    int_type overflow(int_type c) override
-    {
-        setp(m_room, m_room + sizeof m_room);
-        return sputc(traits_type::to_char_type(c));
-    }
-
-private:
-    char m_room[4096] = {};
-};
 
 void countHandle(FileManagerIf& files)
 {
@@ -83,7 +66,7 @@ void countStreams(FileManagerIf& files)
     std::ostream out(buffer.get());
     const std::string line = std::string(64, 'x') + "\n";
     Corvane::Bench::count("line-flush", [&] { out << line << std::flush; });
-    Sink sink;
+    Corvane::Bench::Sink sink;
     std::ostream readable(&sink);
     const auto text = files.create("text", 0, 6);
     text->write(std::string(1000, 'x'));
