@@ -182,8 +182,10 @@ std::optional<ModelHandle> ModelDirectory::create(const std::string& name, std::
     emit(28, "FileEntry: " + std::to_string(file->ref) + ", initialSize=" + std::to_string(initialSize));
     std::string finalName = name;
     if (const std::size_t at = name.find("<date>"); at != std::string::npos) {
+        std::tm local = {}; // std::localtime() shares one among threads
+        ::localtime_r(&time, &local);
         std::ostringstream date;
-        date << std::put_time(std::localtime(&time), "%Y%b%d-%H_%M_%S");
+        date << std::put_time(&local, "%Y%b%d-%H_%M_%S");
         finalName = name.substr(0, at) + date.str() + name.substr(at + 6);
     }
     files[finalName] = file;
