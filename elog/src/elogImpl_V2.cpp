@@ -27,6 +27,7 @@ constexpr std::uint32_t writeNo = 0x17070D1;
 constexpr const char* clientMboxName = "ElogEngineClient";
 constexpr const char* engineMboxName = "ElogEngine";
 constexpr std::uint32_t locateTimeoutMs = 60000;
+constexpr std::chrono::seconds longestWaitForWriters{5};
 
 // An entry's message: four words, in the host's byte order; the parameters, a word each; the text and its NUL.
 //     0  the message number, set by the allocation
@@ -110,6 +111,17 @@ private:
     std::atomic<std::uint32_t>& m_writers;
     bool m_isCounted = false;
 };
+
+/// Emits INFO on the client's thread. Without memory for its text the report is lost: nobody could catch an exception
+/// there, and it would end the process.
+template <typename WriteText>
+void report(unsigned int line, const WriteText& writeText)
+{
+    try {
+        Trace::info(__FILE__, line, writeText);
+    } catch (const std::bad_alloc&) {
+    }
+}
 
 } // namespace
 
@@ -196,7 +208,11 @@ void ElogImpl::elogWrite(unsigned int eventId, const std::string& text, const st
 void ElogImpl::end()
 {
     m_writers |= hasEnded;
+    const auto latest = std::chrono::steady_clock::now() + longestWaitForWriters;
     while (m_writers != hasEnded) {
+        if (std::chrono::steady_clock::now() > latest) {
+            return; // a writer that never leaves, such as this very thread, needs the active object
+        }
         std::this_thread::sleep_for(std::chrono::milliseconds(1)); // a writer leaves within microseconds
     }
     activeObject.reset();
@@ -205,8 +221,8 @@ void ElogImpl::end()
 void ElogImpl::aoInit()
 {
     if (__zel_create_mailbox(clientMboxName, 0, "", 0) == ZEL_NO_MAILBOX) {
-        Trace::info(__FILE__, TraceLine::noMailbox,
-                    [](std::ostream& msg) { msg << "ABN: Failed to create ZEL mailbox: " << clientMboxName; });
+        report(TraceLine::noMailbox,
+               [](std::ostream& msg) { msg << "ABN: Failed to create ZEL mailbox: " << clientMboxName; });
         return;
     }
     zel_msg* reply = __zel_alloc(wordSize, locateReplyNo, "", 0);
@@ -214,9 +230,8 @@ void ElogImpl::aoInit()
 
     static constexpr std::uint32_t filter[] = {1, locateReplyNo};
     while ((reply = __zel_receive(filter, locateTimeoutMs, ZEL_ANY_SENDER, "", 0)) == nullptr) {
-        Trace::info(__FILE__, TraceLine::waiting, [](std::ostream& msg) {
-            msg << "ABN: '" << engineMboxName << "' not available. Still waiting ...";
-        });
+        report(TraceLine::waiting,
+               [](std::ostream& msg) { msg << "ABN: '" << engineMboxName << "' not available. Still waiting ..."; });
     }
     elogEngineMbox = __zel_sender(reply, "", 0);
     __zel_free(&reply, "", 0);
@@ -229,8 +244,8 @@ void ElogImpl::aoElogWrite(const WaitingEntry& entry) const
         message = __zel_alloc(entry.sizeOfMessage, writeNo, "", 0);
     }
     if (message == nullptr) {
-        Trace::info(__FILE__, TraceLine::discarded,
-                    [&](std::ostream& msg) { msg << "ABN: Discarding elog write for eventId: " << entry.eventId; });
+        report(TraceLine::discarded,
+               [&](std::ostream& msg) { msg << "ABN: Discarding elog write for eventId: " << entry.eventId; });
         return;
     }
     std::memcpy(reinterpret_cast<unsigned char*>(message) + wordSize, entry.bytes.get(), entry.size());

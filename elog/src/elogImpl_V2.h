@@ -32,7 +32,8 @@ public:
     void elogWrite(unsigned int eventId, const std::string& text, const std::vector<unsigned int>& params) override;
 
     /// Ends the client: new entries are dropped from now on, those that are queued are sent while the engine takes
-    /// them.
+    /// them. If a thread stays inside elogWrite(), such as the one that calls this, the client only stops to take
+    /// entries, after 5 seconds.
     ///
     /// Threads  others may be inside elogWrite() and may call it afterwards.
     void end();

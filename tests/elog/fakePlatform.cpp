@@ -14,6 +14,8 @@
 #include <pindle/activeObjectIf.h>
 #include <zel.h>
 
+#include "tests/support/failingAllocation.h"
+
 namespace Corvane::Testing {
 
 FakePlatform* FakePlatform::s_current = nullptr;
@@ -63,6 +65,7 @@ Head* headOf(zel_msg* message)
 template <typename... Arguments>
 void record(const std::string& call, const Arguments&... arguments)
 {
+    const MemoryForTest memory;
     std::ostringstream text;
     [[maybe_unused]] const char* separator = ""; // not used for a call without arguments
     text << call << "(" << std::hex << std::showbase;
@@ -73,6 +76,7 @@ void record(const std::string& call, const Arguments&... arguments)
 
 std::string quoted(const char* text)
 {
+    const MemoryForTest memory;
     return '"' + std::string(text) + '"';
 }
 
@@ -90,7 +94,14 @@ public:
     FakeActiveObject(const FakeActiveObject&) = delete;
     FakeActiveObject& operator=(const FakeActiveObject&) = delete;
 
-    void post(std::function<void()> job) override { FakePlatform::current().jobs.push_back(std::move(job)); }
+    void post(std::function<void()> job) override
+    {
+        FakePlatform& platform = FakePlatform::current();
+        if (platform.whilePosting) {
+            platform.whilePosting();
+        }
+        platform.jobs.push_back(std::move(job));
+    }
 };
 
 } // namespace

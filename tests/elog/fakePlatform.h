@@ -33,6 +33,8 @@ public:
     bool refuseAllocation = false;
     bool refuseThread = false; ///< no active object can be started
 
+    std::function<void()> whilePosting; ///< runs inside each post()
+
     // What the client did.
     std::vector<std::string> calls;
     std::vector<SentMessage> sent;

@@ -3,19 +3,24 @@
 
 #include <cstdlib>
 #include <new>
+#include <utility>
 
 namespace {
 
 thread_local bool armed = false;
+thread_local bool lasting = false;
+thread_local bool failed = false;
 thread_local int allocationsLeft = 0;
 
 } // namespace
 
 namespace Corvane::Testing {
 
-FailingAllocation::FailingAllocation(int count)
+FailingAllocation::FailingAllocation(int count, Failing failing)
 {
     allocationsLeft = count;
+    lasting = failing == Failing::FromThenOn;
+    failed = false;
     armed = true;
 }
 
@@ -26,15 +31,23 @@ FailingAllocation::~FailingAllocation()
 
 bool FailingAllocation::hasFailed() const
 {
-    return !armed;
+    return failed;
+}
+
+MemoryForTest::MemoryForTest() : m_wasFailing(std::exchange(armed, false)) {}
+
+MemoryForTest::~MemoryForTest()
+{
+    armed = m_wasFailing;
 }
 
 } // namespace Corvane::Testing
 
 void* operator new(std::size_t size)
 {
-    if (armed && allocationsLeft-- == 0) {
-        armed = false;
+    if (armed && allocationsLeft-- <= 0) {
+        failed = true;
+        armed = lasting;
         throw std::bad_alloc();
     }
     void* const memory = std::malloc(size == 0 ? 1 : size);

@@ -1,4 +1,4 @@
-/// Makes an allocation of this thread fail. It replaces the global operator new of the program.
+/// Makes allocations of this thread fail. It replaces the global operator new of the program.
 #ifndef CORVANE_TESTS_SUPPORT_FAILINGALLOCATION_H
 #define CORVANE_TESTS_SUPPORT_FAILINGALLOCATION_H
 
@@ -8,11 +8,18 @@
 
 namespace Corvane::Testing {
 
+/// Which allocations fail.
+enum class Failing
+{
+    Once,      ///< one
+    FromThenOn ///< it and all after it
+};
+
 /// Fails the allocation of this thread that follows the next `count` ones. Lives for one attempt.
 class FailingAllocation
 {
 public:
-    explicit FailingAllocation(int count);
+    explicit FailingAllocation(int count, Failing failing = Failing::Once);
     ~FailingAllocation();
     FailingAllocation(const FailingAllocation&) = delete;
     FailingAllocation& operator=(const FailingAllocation&) = delete;
@@ -21,29 +28,54 @@ public:
     bool hasFailed() const;
 };
 
-/// Tries `operation` with its first allocation failing, then its second, and so on until none fails.
+/// Lets allocations succeed while it lives, and doesn't count them: for what a test itself does in an attempt.
+class MemoryForTest
+{
+public:
+    MemoryForTest();
+    ~MemoryForTest();
+    MemoryForTest(const MemoryForTest&) = delete;
+    MemoryForTest& operator=(const MemoryForTest&) = delete;
+
+private:
+    const bool m_wasFailing;
+};
+
+/// Makes one attempt at `operation`.
 ///
-/// `check` runs after each failed attempt. Returns the number of failed attempts.
+/// Returns  true if an allocation failed. std::bad_alloc must then have reached this caller.
+template <typename Operation>
+bool failAllocation(int count, Failing which, const Operation& operation)
+{
+    bool failed = false;
+    bool thrown = false;
+    {
+        const FailingAllocation failing(count, which);
+        try {
+            operation();
+        } catch (const std::bad_alloc&) {
+            thrown = true;
+        }
+        failed = failing.hasFailed();
+    }
+    EXPECT_EQ(failed, thrown) << "allocation " << count << (which == Failing::Once ? "" : " and all after it");
+    return failed;
+}
+
+/// Tries `operation` with its first allocation and all after it failing, then with the first alone, then the same with
+/// its second, and so on until none fails.
+///
+/// `check` runs after each failed attempt. Returns how many allocations the operation makes.
 template <typename Operation, typename Check>
 int failEachAllocation(const Operation& operation, const Check& check)
 {
     for (int count = 0;; ++count) {
-        bool failed = false;
-        bool thrown = false;
-        {
-            const FailingAllocation failing(count);
-            try {
-                operation();
-            } catch (const std::bad_alloc&) {
-                thrown = true;
+        for (const Failing failing : {Failing::FromThenOn, Failing::Once}) {
+            if (!failAllocation(count, failing, operation)) {
+                return count;
             }
-            failed = failing.hasFailed();
+            check();
         }
-        EXPECT_EQ(failed, thrown) << "allocation " << count;
-        if (!failed) {
-            return count;
-        }
-        check();
     }
 }
 
