@@ -190,9 +190,10 @@ void SyntaxGraph::addSynopsis(const std::string& synopsis, const ShellCommandFun
     SyntaxGroups groups(root);
     const char* cursor = synopsis.c_str();
     readSequence(cursor, groups);
+    // All copies come first: if there is no memory for one, all ends of the synopsis keep their handlers.
+    auto place = replaced.insert(replaced.end(), groups.frontier().size(), function);
     for (const NodePtr& node : groups.frontier()) {
-        replaced.emplace_back(function);
-        node->handler.swap(replaced.back());
+        node->handler.swap(*place++);
     }
 }
 

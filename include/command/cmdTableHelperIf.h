@@ -54,7 +54,8 @@ public:
     ///
     /// Requires  `commandName` is the word by which lines call this table's commands. An empty name adds the synopses
     ///           and no command.
-    /// Errors    std::bad_alloc; synopses that were added before it stay.
+    /// Errors    std::bad_alloc; synopses that were added before it stay. The one that failed replaces no handler, but
+    ///           some of its words may show in usage lines.
     /// Owns      copies the synopses and the handlers; `table` may be destroyed after the call.
     void registerCmdTable(const std::string& commandName, const std::vector<CommandDefinitions>& table);
     void registerCmdTable(const std::string& commandName, const std::vector<CmdDefinition>& table);

@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 
 #include "tests/ramfs/ramfsTestSupport.h"
+#include "tests/support/fullBuffer.h"
 
 namespace Corvane::RamFs::V1 {
 namespace {
@@ -112,31 +113,10 @@ TEST_P(FileDumpTest, HasItsTextAndResult)
 INSTANTIATE_TEST_SUITE_P(EachDump, FileDumpTest, testing::ValuesIn(dumps),
                          [](const auto& dump) { return std::string(dump.param.title); });
 
-/// Takes `room` characters.
-class FullBuffer : public std::streambuf
-{
-public:
-    explicit FullBuffer(int room) : m_room(room) {}
-
-protected:
-    int_type overflow(int_type c) override
-    {
-        if (m_room-- == 0) {
-            throw std::runtime_error("full");
-        }
-        return c;
-    }
-
-private:
-    int m_room;
-};
-
 TEST_F(FileDumpStreamTest, AStreamThatThrowsLeavesThePositionPastTheLastByteRead)
 {
     makeFile("", "abcdef", "");
-    FullBuffer buffer(2);
-    std::ostream out(&buffer);
-    out.exceptions(std::ios_base::badbit);
+    Testing::ThrowingStream out(2);
     EXPECT_THROW(handle.dump(out), std::runtime_error);
     EXPECT_EQ(pos(), 3U);
     EXPECT_EQ(handle.append("g"), 1U) << "the file isn't locked";
@@ -146,7 +126,7 @@ TEST_F(FileDumpStreamTest, AStreamThatThrowsLeavesThePositionPastTheLastByteRead
 TEST_F(FileDumpStreamTest, AStreamThatFailsDoesNotEndTheDump)
 {
     makeFile("", "abcdef", "");
-    FullBuffer buffer(2);
+    Testing::FullBuffer buffer(2);
     std::ostream out(&buffer);
     EXPECT_EQ(handle.dump(out), 7U);
     EXPECT_TRUE(out.bad());

@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 
 #include "tests/ramfs/ramfsTestSupport.h"
+#include "tests/support/fullBuffer.h"
 
 namespace Corvane::RamFs::V1 {
 namespace {
@@ -269,20 +270,11 @@ TEST_F(FileRemovalTest, TheFormsWithoutAStreamGoThroughTheVirtualTable)
     EXPECT_THAT(overriding.calls, testing::ElementsAre("a cout verbose", "7 cout"));
 }
 
-/// Takes no characters.
-class ThrowingBuffer : public std::streambuf
-{
-protected:
-    int_type overflow(int_type /*c*/) override { throw std::runtime_error("full"); }
-};
-
 TEST_F(FileRemovalTest, AStreamThatThrowsLeavesTheFilesRemovedAndTheDirectoryUnlocked)
 {
     manager.create("a", 0, 5);
     manager.create("b", 0, 6);
-    ThrowingBuffer buffer;
-    std::ostream out(&buffer);
-    out.exceptions(std::ios_base::badbit);
+    Testing::ThrowingStream out;
     EXPECT_THROW(manager.remove("a", out, true), std::runtime_error);
     out.clear();
     EXPECT_THROW(manager.remove(6, out, true), std::runtime_error);

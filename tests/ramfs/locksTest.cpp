@@ -8,8 +8,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "tests/ramfs/lockRecorder.h"
 #include "tests/ramfs/ramfsTestSupport.h"
+#include "tests/support/lockRecorder.h"
 
 namespace Corvane::RamFs::V1 {
 namespace {

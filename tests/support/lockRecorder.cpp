@@ -1,5 +1,6 @@
-/// Replaces the calls of POSIX read-write locks that std::shared_mutex makes, and the calls that take and free memory.
-#include "tests/ramfs/lockRecorder.h"
+/// Replaces the calls of POSIX locks that std::shared_mutex and std::mutex make, and the calls that take and free
+/// memory.
+#include "tests/support/lockRecorder.h"
 
 #include <algorithm>
 #include <array>
@@ -18,18 +19,21 @@ using Corvane::Testing::LockRecorder;
 thread_local LockRecorder* current = nullptr;
 thread_local std::array<void*, 8> watchedBlocks{};
 
-using Call = int (*)(pthread_rwlock_t*);
+template <typename Lock>
+using Call = int (*)(Lock*);
 
-Call originalOf(const char* name)
+template <typename Lock>
+Call<Lock> originalOf(const char* name)
 {
     void* const function = dlsym(RTLD_NEXT, name);
     if (function == nullptr) {
         std::abort();
     }
-    return reinterpret_cast<Call>(function);
+    return reinterpret_cast<Call<Lock>>(function);
 }
 
-int take(pthread_rwlock_t* lock, LockMode mode, Call original)
+template <typename Lock>
+int take(Lock* lock, LockMode mode, Call<Lock> original)
 {
     LockRecorder* const recorder = std::exchange(current, nullptr); // what it does is not to be recorded
     const int error = recorder != nullptr ? recorder->nextError() : 0;
@@ -80,23 +84,39 @@ void LockRecorder::add(const void* lock, LockMode mode)
 
 extern "C" [[gnu::visibility("default")]] int pthread_rwlock_rdlock(pthread_rwlock_t* lock) noexcept
 {
-    static const Call original = originalOf("pthread_rwlock_rdlock");
+    static const auto original = originalOf<pthread_rwlock_t>("pthread_rwlock_rdlock");
     return take(lock, LockMode::Shared, original);
 }
 
 extern "C" [[gnu::visibility("default")]] int pthread_rwlock_wrlock(pthread_rwlock_t* lock) noexcept
 {
-    static const Call original = originalOf("pthread_rwlock_wrlock");
+    static const auto original = originalOf<pthread_rwlock_t>("pthread_rwlock_wrlock");
     return take(lock, LockMode::Exclusive, original);
 }
 
 extern "C" [[gnu::visibility("default")]] int pthread_rwlock_unlock(pthread_rwlock_t* lock) noexcept
 {
-    static const Call original = originalOf("pthread_rwlock_unlock");
+    static const auto original = originalOf<pthread_rwlock_t>("pthread_rwlock_unlock");
     if (current != nullptr) {
         current->release();
     }
     return original(lock);
+}
+
+extern "C" [[gnu::visibility("default")]] int pthread_mutex_lock(pthread_mutex_t* mutex) noexcept
+{
+    static const auto original = originalOf<pthread_mutex_t>("pthread_mutex_lock");
+    return current != nullptr && current->isWatched(mutex) ? take(mutex, LockMode::Exclusive, original)
+                                                           : original(mutex);
+}
+
+extern "C" [[gnu::visibility("default")]] int pthread_mutex_unlock(pthread_mutex_t* mutex) noexcept
+{
+    static const auto original = originalOf<pthread_mutex_t>("pthread_mutex_unlock");
+    if (current != nullptr && current->isWatched(mutex)) {
+        current->release();
+    }
+    return original(mutex);
 }
 
 void* operator new(std::size_t size)
