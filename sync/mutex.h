@@ -9,9 +9,12 @@
 #ifndef CORVANE_SYNC_MUTEX_H
 #define CORVANE_SYNC_MUTEX_H
 
+#include <chrono>
+#include <ctime>
 #include <mutex>
 #include <shared_mutex>
-#include <system_error>
+
+#include <pthread.h>
 
 #ifdef __clang__
 #define CORVANE_THREAD_SAFETY(attribute) __attribute__((attribute))
@@ -24,12 +27,30 @@
 
 namespace Corvane {
 
+namespace Detail {
+
+/// Returns  the time of the system's clock after `duration`, as the calls that wait for so long want it.
+inline timespec timeAfter(std::chrono::seconds duration)
+{
+    timespec time{};
+    ::clock_gettime(CLOCK_REALTIME, &time);
+    time.tv_sec += duration.count();
+    return time;
+}
+
+} // namespace Detail
+
 /// A std::mutex.
 class CORVANE_THREAD_SAFETY(capability("mutex")) Mutex
 {
 public:
     void lock() CORVANE_THREAD_SAFETY(acquire_capability()) { m_mutex.lock(); }
     bool try_lock() CORVANE_THREAD_SAFETY(try_acquire_capability(true)) { return m_mutex.try_lock(); }
+    bool try_lock_for(std::chrono::seconds longest) CORVANE_THREAD_SAFETY(try_acquire_capability(true))
+    {
+        const timespec latest = Detail::timeAfter(longest);
+        return ::pthread_mutex_timedlock(m_mutex.native_handle(), &latest) == 0;
+    }
     void unlock() CORVANE_THREAD_SAFETY(release_capability()) { m_mutex.unlock(); }
 
 private:
@@ -42,6 +63,11 @@ class CORVANE_THREAD_SAFETY(capability("mutex")) SharedMutex
 public:
     void lock() CORVANE_THREAD_SAFETY(acquire_capability()) { m_mutex.lock(); }
     bool try_lock() CORVANE_THREAD_SAFETY(try_acquire_capability(true)) { return m_mutex.try_lock(); }
+    bool try_lock_for(std::chrono::seconds longest) CORVANE_THREAD_SAFETY(try_acquire_capability(true))
+    {
+        const timespec latest = Detail::timeAfter(longest);
+        return ::pthread_rwlock_timedwrlock(static_cast<pthread_rwlock_t*>(m_mutex.native_handle()), &latest) == 0;
+    }
     void unlock() CORVANE_THREAD_SAFETY(release_capability()) { m_mutex.unlock(); }
     void lock_shared() CORVANE_THREAD_SAFETY(acquire_shared_capability()) { m_mutex.lock_shared(); }
     void unlock_shared() CORVANE_THREAD_SAFETY(release_shared_capability()) { m_mutex.unlock_shared(); }
@@ -84,22 +110,15 @@ private:
 };
 
 /// Takes a lock when a process ends, where waiting for it might never end. A child made by fork() may have locks that
-/// threads of its parent held, and a thread that holds the lock may call exit().
+/// threads of its parent held, and a thread that holds the lock may call exit(), in a handler of missing memory say.
 ///
 /// Returns  whether the lock is held now. The caller releases it.
 template <typename AnyMutex>
 bool lockAtEnd(AnyMutex& mutex, bool isForkedChild) noexcept CORVANE_THREAD_SAFETY(try_acquire_capability(true, mutex))
     CORVANE_THREAD_SAFETY(no_thread_safety_analysis)
 {
-    try {
-        if (isForkedChild) {
-            return mutex.try_lock();
-        }
-        mutex.lock();
-        return true;
-    } catch (const std::system_error&) {
-        return false;
-    }
+    constexpr std::chrono::seconds longestWait{2}; // other threads hold a lock for far less
+    return isForkedChild ? mutex.try_lock() : mutex.try_lock_for(longestWait);
 }
 
 } // namespace Corvane

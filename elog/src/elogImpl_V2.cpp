@@ -27,7 +27,7 @@ constexpr std::uint32_t writeNo = 0x17070D1;
 constexpr const char* clientMboxName = "ElogEngineClient";
 constexpr const char* engineMboxName = "ElogEngine";
 constexpr std::uint32_t locateTimeoutMs = 60000;
-constexpr std::chrono::seconds longestWaitForWriters{5};
+constexpr std::chrono::seconds longestWaitForWriters{2};
 
 // An entry's message: four words, in the host's byte order; the parameters, a word each; the text and its NUL.
 //     0  the message number, set by the allocation

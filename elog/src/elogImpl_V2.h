@@ -33,7 +33,7 @@ public:
 
     /// Ends the client: new entries are dropped from now on, those that are queued are sent while the engine takes
     /// them. If a thread stays inside elogWrite(), such as the one that calls this, the client only stops to take
-    /// entries, after 5 seconds.
+    /// entries, after 2 seconds.
     ///
     /// Threads  others may be inside elogWrite() and may call it afterwards.
     void end();

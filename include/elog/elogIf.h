@@ -13,19 +13,25 @@
 /// The event INFO shows what goes wrong, in texts that begin with "ABN: ". The client has no mailbox and discards every
 /// entry; the engine is still missing after another 60 seconds; an entry was discarded.
 ///
-/// How the process ends decides which entries arrive:
+/// How the process ends decides which entries arrive, each of them whole:
 ///
-///     return from main(), exit()               those queued before, if the engine has been found and takes them
-///     _exit(), quick_exit(), abort(), exec()   only those sent before
-///     a signal, such as SIGKILL, or SIGTERM    only those sent before
-///       without a handler
+///     return from main(), exit()         those queued before, if the engine has been found and takes them
+///     quick_exit(), _exit(), abort()     only those sent before
+///     exec()                             only those sent before
+///     a signal: SIGKILL, or SIGTERM and  only those sent before
+///       others without a handler
+///     exit() inside elogWrite()          only those sent before, or in the 2 seconds that the end waits then
+///
+/// If the engine has not been found, none arrives, and no end waits for it.
 ///
 /// A return from main() and exit() send the queued entries, however slow the engine is. What threads write after that
 /// has begun is dropped, so the process ends although threads go on writing. They needn't be joined; join a thread to
-/// be sure that its last entry is queued in time. An engine that has not been found isn't waited for: the queued
-/// entries are lost. If the engine has stopped taking entries, the framework library decides how long to wait (the
-/// stand-in gives up when none could be sent for 5 seconds). The entries still queued are lost then, and perhaps the
-/// one being sent.
+/// be sure that its last entry is queued in time. If the engine has stopped taking entries, the framework library
+/// decides how long to wait (the stand-in gives up when none could be sent for 5 seconds). The entries still queued are
+/// lost then, and perhaps the one being sent.
+///
+/// A thread calls exit() inside elogWrite() if a handler does that which runs there: a handler of a signal, or that of
+/// missing memory (std::set_new_handler()).
 ///
 /// A child made by fork() has no client of its own if its parent had started one. What becomes of its entries is up to
 /// the framework library (the stand-in drops them). The parent's client is not affected.

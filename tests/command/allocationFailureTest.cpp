@@ -10,9 +10,12 @@
 
 #include <gtest/gtest.h>
 
+#include <command/cmdTableHelperIf.h>
+
 #include "command/src/cmdTableHelperImplV2.h"
 #include "tests/command/graphSupport.h"
 #include "tests/command/serviceSupport.h"
+#include "tests/support/emulation.h"
 #include "tests/support/failingAllocation.h"
 #include "tests/support/tracingTexts.h"
 
@@ -20,6 +23,8 @@ namespace {
 
 using namespace Corvane::CmdTableHelper;
 using namespace Corvane::CmdTableHelper::Testing;
+using Corvane::Testing::deathTestStyle;
+using Corvane::Testing::exitInsideLastAllocation;
 using Corvane::Testing::failEachAllocation;
 using Corvane::Testing::TracingTexts;
 using V2::CmdTableHelperImpl;
@@ -179,6 +184,21 @@ TEST(AllocationFailure, ConcernsNeitherHelpNorTheDeregistrationOfAHook)
               0);
     std::cout.rdbuf(before);
     EXPECT_EQ(buffer.text().size(), 3 * std::string("Command syntax:\n\n  show <file>\n\n").size());
+}
+
+TEST(AllocationFailureDeathTest, LetsTheHandlerOfMissingMemoryEndTheProcessThoughTheGraphIsLocked)
+{
+    testing::FLAGS_gtest_death_test_style = deathTestStyle();
+    const auto table = tableOf("a line with words", 7);
+    int allocations = 0;
+    {
+        CmdTableHelperImpl service;
+        allocations = failEachAllocation([&] { service.registerCmdTable("a", table); });
+    }
+    ASSERT_GT(allocations, 0);
+    EXPECT_EXIT(exitInsideLastAllocation(allocations,
+                                         [&] { V2::CmdTableHelperIf::getInstance().registerCmdTable("a", table); }),
+                testing::ExitedWithCode(3), ""); // or it hangs
 }
 
 } // namespace

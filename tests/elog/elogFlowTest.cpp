@@ -72,13 +72,6 @@ public:
 /// Mailboxes can't be created in a folder that can't be made.
 const std::vector<std::string> withoutMailboxes = {"XDG_RUNTIME_DIR=/dev/null"};
 
-/// Runs on a thread of its own, whose mailbox ends with it.
-template <typename Action>
-void onThread(const Action& action)
-{
-    std::async(std::launch::async, action).get();
-}
-
 class ElogFlow : public testing::Test
 {
     const RuntimeFolder m_folder;

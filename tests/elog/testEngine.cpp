@@ -77,6 +77,11 @@ ReceivedEntry receiveEntry()
     if (message == nullptr) {
         throw std::runtime_error("no entry came for a minute");
     }
+    return entryOf(message);
+}
+
+ReceivedEntry entryOf(zel_msg* message)
+{
     ReceivedEntry entry;
     entry.size = zel_standin_size(message);
     entry.sender = __zel_sender(message, "", 0);

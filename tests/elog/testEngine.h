@@ -2,6 +2,7 @@
 #ifndef CORVANE_TESTS_ELOG_TESTENGINE_H
 #define CORVANE_TESTS_ELOG_TESTENGINE_H
 
+#include <future>
 #include <string>
 #include <vector>
 
@@ -32,6 +33,16 @@ void waitForEngine();
 
 /// Waits for the next message, up to a minute.
 ReceivedEntry receiveEntry();
+
+/// Reads a message and frees it.
+ReceivedEntry entryOf(zel_msg* message);
+
+/// Runs `action` on a thread of its own, whose mailbox ends with it.
+template <typename Action>
+void onThread(const Action& action)
+{
+    std::async(std::launch::async, action).get();
+}
 
 /// Returns  the bytes that the client should write for an entry.
 std::vector<unsigned char> writtenBytes(unsigned int eventId, const std::string& text,

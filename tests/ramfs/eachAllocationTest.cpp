@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 
 #include "tests/ramfs/ramfsTestSupport.h"
+#include "tests/support/emulation.h"
 #include "tests/support/failingAllocation.h"
 #include "tests/support/tracingTexts.h"
 
@@ -141,6 +142,19 @@ TEST(EachAllocation, OfAStreamBuffersCreateOrOpenLeavesItClosedOrOnItsFormerFile
         manager.remove("a", false);
     }
     buffer->close();
+    manager.removeAll();
+}
+
+TEST(EachAllocationDeathTest, MayLetAHandlerOfMissingMemoryEndTheProcessThoughTheDirectoryIsLocked)
+{
+    testing::FLAGS_gtest_death_test_style = Testing::deathTestStyle();
+    FileManagerIf& manager = FileManagerIf::getInstance();
+    const auto create = [&] { manager.create("a", 0, 6); };
+    manager.create(longName, 0, 5);
+    EXPECT_EXIT(Testing::exitInsideLastAllocation(1, create), testing::ExitedWithCode(3), ""); // or it hangs
+    const auto openAll = [&] { manager.openAll(); };
+    const int allocations = failEachAllocation(openAll);
+    EXPECT_EXIT(Testing::exitInsideLastAllocation(allocations, openAll), testing::ExitedWithCode(3), "");
     manager.removeAll();
 }
 

@@ -48,6 +48,9 @@ void* operator new(std::size_t size)
     if (armed && allocationsLeft-- <= 0) {
         failed = true;
         armed = lasting;
+        if (const std::new_handler handler = std::get_new_handler()) {
+            handler();
+        }
         throw std::bad_alloc();
     }
     void* const memory = std::malloc(size == 0 ? 1 : size);

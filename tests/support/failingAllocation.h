@@ -2,6 +2,7 @@
 #ifndef CORVANE_TESTS_SUPPORT_FAILINGALLOCATION_H
 #define CORVANE_TESTS_SUPPORT_FAILINGALLOCATION_H
 
+#include <cstdlib>
 #include <new>
 
 #include <gtest/gtest.h>
@@ -15,7 +16,8 @@ enum class Failing
     FromThenOn ///< it and all after it
 };
 
-/// Fails the allocation of this thread that follows the next `count` ones. Lives for one attempt.
+/// Fails the allocation of this thread that follows the next `count` ones. Lives for one attempt. The handler of
+/// missing memory (std::set_new_handler()) is called once for each failure.
 class FailingAllocation
 {
 public:
@@ -77,6 +79,16 @@ int failEachAllocation(const Operation& operation, const Check& check)
             check();
         }
     }
+}
+
+/// Calls exit(3) in the handler of missing memory, inside the last allocation of `operation`. For EXPECT_EXIT.
+template <typename Operation>
+[[noreturn]] void exitInsideLastAllocation(int allocations, const Operation& operation)
+{
+    std::set_new_handler([] { std::exit(3); });
+    const FailingAllocation failing(allocations - 1);
+    operation();
+    std::abort();
 }
 
 template <typename Operation>

@@ -19,25 +19,25 @@ using Corvane::Testing::LockRecorder;
 thread_local LockRecorder* current = nullptr;
 thread_local std::array<void*, 8> watchedBlocks{};
 
-template <typename Lock>
-using Call = int (*)(Lock*);
+template <typename... Arguments>
+using Call = int (*)(Arguments...);
 
-template <typename Lock>
-Call<Lock> originalOf(const char* name)
+template <typename... Arguments>
+Call<Arguments...> originalOf(const char* name)
 {
     void* const function = dlsym(RTLD_NEXT, name);
     if (function == nullptr) {
         std::abort();
     }
-    return reinterpret_cast<Call<Lock>>(function);
+    return reinterpret_cast<Call<Arguments...>>(function);
 }
 
-template <typename Lock>
-int take(Lock* lock, LockMode mode, Call<Lock> original)
+template <typename Lock, typename... Limit>
+int take(LockMode mode, Call<Lock*, Limit...> original, Lock* lock, Limit... limit)
 {
     LockRecorder* const recorder = std::exchange(current, nullptr); // what it does is not to be recorded
     const int error = recorder != nullptr ? recorder->nextError() : 0;
-    const int result = error != 0 ? error : original(lock);
+    const int result = error != 0 ? error : original(lock, limit...);
     if (recorder != nullptr && result == 0) {
         recorder->add(lock, mode);
     }
@@ -84,19 +84,26 @@ void LockRecorder::add(const void* lock, LockMode mode)
 
 extern "C" [[gnu::visibility("default")]] int pthread_rwlock_rdlock(pthread_rwlock_t* lock) noexcept
 {
-    static const auto original = originalOf<pthread_rwlock_t>("pthread_rwlock_rdlock");
-    return take(lock, LockMode::Shared, original);
+    static const auto original = originalOf<pthread_rwlock_t*>("pthread_rwlock_rdlock");
+    return take(LockMode::Shared, original, lock);
 }
 
 extern "C" [[gnu::visibility("default")]] int pthread_rwlock_wrlock(pthread_rwlock_t* lock) noexcept
 {
-    static const auto original = originalOf<pthread_rwlock_t>("pthread_rwlock_wrlock");
-    return take(lock, LockMode::Exclusive, original);
+    static const auto original = originalOf<pthread_rwlock_t*>("pthread_rwlock_wrlock");
+    return take(LockMode::Exclusive, original, lock);
+}
+
+extern "C" [[gnu::visibility("default")]] int pthread_rwlock_timedwrlock(pthread_rwlock_t* lock,
+                                                                         const timespec* latest) noexcept
+{
+    static const auto original = originalOf<pthread_rwlock_t*, const timespec*>("pthread_rwlock_timedwrlock");
+    return take(LockMode::Exclusive, original, lock, latest);
 }
 
 extern "C" [[gnu::visibility("default")]] int pthread_rwlock_unlock(pthread_rwlock_t* lock) noexcept
 {
-    static const auto original = originalOf<pthread_rwlock_t>("pthread_rwlock_unlock");
+    static const auto original = originalOf<pthread_rwlock_t*>("pthread_rwlock_unlock");
     if (current != nullptr) {
         current->release();
     }
@@ -105,14 +112,22 @@ extern "C" [[gnu::visibility("default")]] int pthread_rwlock_unlock(pthread_rwlo
 
 extern "C" [[gnu::visibility("default")]] int pthread_mutex_lock(pthread_mutex_t* mutex) noexcept
 {
-    static const auto original = originalOf<pthread_mutex_t>("pthread_mutex_lock");
-    return current != nullptr && current->isWatched(mutex) ? take(mutex, LockMode::Exclusive, original)
+    static const auto original = originalOf<pthread_mutex_t*>("pthread_mutex_lock");
+    return current != nullptr && current->isWatched(mutex) ? take(LockMode::Exclusive, original, mutex)
                                                            : original(mutex);
+}
+
+extern "C" [[gnu::visibility("default")]] int pthread_mutex_timedlock(pthread_mutex_t* mutex,
+                                                                      const timespec* latest) noexcept
+{
+    static const auto original = originalOf<pthread_mutex_t*, const timespec*>("pthread_mutex_timedlock");
+    return current != nullptr && current->isWatched(mutex) ? take(LockMode::Exclusive, original, mutex, latest)
+                                                           : original(mutex, latest);
 }
 
 extern "C" [[gnu::visibility("default")]] int pthread_mutex_unlock(pthread_mutex_t* mutex) noexcept
 {
-    static const auto original = originalOf<pthread_mutex_t>("pthread_mutex_unlock");
+    static const auto original = originalOf<pthread_mutex_t*>("pthread_mutex_unlock");
     if (current != nullptr && current->isWatched(mutex)) {
         current->release();
     }
