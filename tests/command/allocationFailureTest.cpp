@@ -186,6 +186,14 @@ TEST(AllocationFailure, ConcernsNeitherHelpNorTheDeregistrationOfAHook)
     EXPECT_EQ(buffer.text().size(), 3 * std::string("Command syntax:\n\n  show <file>\n\n").size());
 }
 
+TEST(AllocationFailure, AtTheFirstUseOfTheServiceLetsTheNextUseMakeIt)
+{
+    EXPECT_GT(failEachAllocation([] { V2::CmdTableHelperIf::getInstance(); }), 0);
+    V2::CmdTableHelperIf::getInstance().registerCmdTable("x", tableOf("x", 7));
+    std::ostringstream out;
+    EXPECT_EQ(V2::CmdTableHelperIf::getInstance().executeCmd({"x"}, out), 7);
+}
+
 TEST(AllocationFailureDeathTest, LetsTheHandlerOfMissingMemoryEndTheProcessThoughTheGraphIsLocked)
 {
     testing::FLAGS_gtest_death_test_style = deathTestStyle();
