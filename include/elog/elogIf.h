@@ -10,8 +10,9 @@
 /// the engine is found they are sent in their order. The client looks for an engine only once: when that engine ends,
 /// the entries that are queued and all later ones are lost, even if another engine starts.
 ///
-/// The event INFO shows what goes wrong, in texts that begin with "ABN: ". The client has no mailbox and discards every
-/// entry; the engine is still missing after another 60 seconds; an entry was discarded.
+/// The event INFO shows what goes wrong, in texts that begin with "ABN: ", unless there is no memory for the text. The
+/// client has no mailbox and discards every entry; the engine is still missing after another 60 seconds; an entry was
+/// discarded.
 ///
 /// How the process ends decides which entries arrive, each of them whole:
 ///
