@@ -257,6 +257,15 @@ TEST(SyntaxGraph, GivesAHandlerToEveryEndOfASynopsis)
     EXPECT_EQ(resultOf(at(rootOf(choice), {"x", "-b"})->handler), 1);
 }
 
+TEST(SyntaxGraph, JoinsOneWordToEveryNodeOfTheFrontier)
+{
+    Parsed parsed("{ a | b }");
+    SyntaxGraph::joinToNode("c", parsed.frontier);
+    ASSERT_THAT(namesOf(parsed.frontier), ElementsAre("c"));
+    EXPECT_EQ(at(rootOf(parsed.graph), {"a", "c"}), parsed.frontier.front());
+    EXPECT_EQ(at(rootOf(parsed.graph), {"b", "c"}), parsed.frontier.front());
+}
+
 TEST(SyntaxGraph, KeepsDuplicatesInTheFrontier)
 {
     EXPECT_THAT(namesOf(Parsed("x [ [ y ] ]").frontier), ElementsAre("x", "x", "y"));

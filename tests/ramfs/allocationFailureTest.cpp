@@ -1,6 +1,7 @@
 /// Which operations take memory, and what they leave behind when each of their allocations fails.
 #include <fstream>
 #include <functional>
+#include <memory>
 #include <new>
 #include <ostream>
 #include <regex>
@@ -147,13 +148,20 @@ private:
     rlimit m_former{};
 };
 
-TEST_F(AllocationFailureTest, ALargeFileThatCannotGrowLeavesContentAndPosition)
+/// Returns  why pages can't be denied here; an empty text if they can.
+std::string whyNotWithoutPages()
 {
 #ifdef CORVANE_TEST_SANITIZED
-    GTEST_SKIP() << "a sanitizer needs pages of its own";
+    return "a sanitizer needs pages of its own";
+#else
+    return Testing::isEmulated() ? "the limit would be the emulator's" : "";
 #endif
-    if (Testing::isEmulated()) {
-        GTEST_SKIP() << "the limit would be the emulator's";
+}
+
+TEST_F(AllocationFailureTest, ALargeFileThatCannotGrowLeavesContentAndPosition)
+{
+    if (!whyNotWithoutPages().empty()) {
+        GTEST_SKIP() << whyNotWithoutPages();
     }
     for (const unsigned int size : {1000U, 1'000'000U}) { // what grows next is on the heap, or has pages of its own
         handle.contentResize(size);
@@ -164,6 +172,22 @@ TEST_F(AllocationFailureTest, ALargeFileThatCannotGrowLeavesContentAndPosition)
         expectIntact();
         EXPECT_EQ(FileEntryTestAccess::storage(*entry), size);
     }
+}
+
+/// A new handler ends it.
+std::unique_ptr<NoMorePages> noMorePagesUntilAsked;
+
+TEST_F(AllocationFailureTest, ALargeFileGrowsOnceTheNewHandlerHasMadeRoom)
+{
+    if (!whyNotWithoutPages().empty()) {
+        GTEST_SKIP() << whyNotWithoutPages();
+    }
+    noMorePagesUntilAsked = std::make_unique<NoMorePages>();
+    std::set_new_handler([] { noMorePagesUntilAsked.reset(); });
+    EXPECT_TRUE(handle.contentResize(50'000'000));
+    std::set_new_handler(nullptr);
+    EXPECT_EQ(noMorePagesUntilAsked, nullptr);
+    EXPECT_EQ(FileEntryTestAccess::storage(*entry), 50'000'000U);
 }
 
 class DirectoryAllocationFailureTest : public testing::Test
