@@ -6,11 +6,12 @@
 #   make check    everything that CI runs; notes in build/checked that the commit passed
 #   make bench    measure the library beside its peers (about 15 minutes, on an idle machine)
 #   make fuzz     compare the library with plain models on random inputs; SECONDS=60 for each target, SEED=N repeats a run
+#   make coverage list the lines that the tests don't run, and the share of lines and branches that they run
 #   make package  make the Debian packages for this machine, in build/distro/packages
 #   make dist     make the source archive of the last commit, in build/dist
 #   make clean    remove the build trees
 
-.PHONY: build demo test check check-wider bench fuzz package dist clean
+.PHONY: build demo test check check-wider bench fuzz coverage package dist clean
 
 CTEST_FLAGS ?= -j2
 
@@ -42,6 +43,10 @@ fuzz: SECONDS = 60
 fuzz:
 	@tools/prerequisites build test check
 	@tools/fuzz --seconds $(SECONDS) $(if $(SEED),--seed $(SEED))
+
+coverage:
+	@tools/prerequisites build test coverage
+	@tools/coverage
 
 package:
 	@tools/prerequisites build
