@@ -84,11 +84,20 @@ void expectLaw(Law law, const Sizes& sizes, const Figures& figures, const char* 
         << ", " << sizes[2];
 }
 
+/// A bar in a table's cell has a backslash.
+std::string asCell(std::string text)
+{
+    for (std::size_t bar = text.find('|'); bar != std::string::npos; bar = text.find('|', bar + 2)) {
+        text.insert(bar, 1, '\\');
+    }
+    return text;
+}
+
 void printRow(const Family& family, const Sizes& sizes, const Figures& steps, const Figures& bytes)
 {
-    std::cout << "| " << family.name << " | " << family.operation << " | " << sizes[0] << ", " << sizes[1] << ", "
-              << sizes[2] << " | " << family.steps << " | " << steps[0] << ", " << steps[1] << ", " << steps[2] << " | "
-              << family.bytes << " | " << bytes[0] << ", " << bytes[1] << ", " << bytes[2] << " |\n";
+    std::cout << "| " << family.name << " | " << asCell(family.operation) << " | " << sizes[0] << ", " << sizes[1]
+              << ", " << sizes[2] << " | " << family.steps << " | " << steps[0] << ", " << steps[1] << ", " << steps[2]
+              << " | " << family.bytes << " | " << bytes[0] << ", " << bytes[1] << ", " << bytes[2] << " |\n";
 }
 
 std::vector<Family> allFamilies()
