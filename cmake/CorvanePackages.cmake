@@ -143,6 +143,13 @@ engine or tests: mailboxes, messages, and what the stand-in adds for a
 process that receives messages from processes it doesn't trust.
 
 Applications don't need it: libcorvane-dev is enough for them.")
+
+  corvane_add_package(testing NAME libcorvane-testing-dev SECTION libdevel
+    DEPENDS "libcorvane-dev (= ${PROJECT_VERSION}), corvane-platform-dev (= ${PROJECT_VERSION})"
+    DESCRIPTION "test support for applications that use libcorvane
+A static library with headers, for any test framework: it runs typed
+lines, records the trace events of the test process without a tracing
+daemon, and receives event-log entries in place of the engine.")
 endif()
 
 get_property(corvane_programs GLOBAL PROPERTY CORVANE_PROGRAMS)

@@ -35,9 +35,12 @@ function(corvane_target_defaults target)
 endfunction()
 
 # Adds a stand-in for one of the unit's closed libraries, with the same soname and symbols. MAP is the version script of a
-# stand-in that has other global symbols too.
+# stand-in that has other global symbols too; EXPORT is the set of exported targets that it belongs to.
 function(corvane_add_standin target soversion)
-  cmake_parse_arguments(PARSE_ARGV 2 arg "" "MAP" "SOURCES")
+  cmake_parse_arguments(PARSE_ARGV 2 arg "" "MAP;EXPORT" "SOURCES")
+  if(arg_EXPORT)
+    list(PREPEND arg_EXPORT EXPORT)
+  endif()
   add_library(${target} SHARED ${arg_SOURCES})
   corvane_target_defaults(${target})
   set_target_properties(${target} PROPERTIES
@@ -47,7 +50,7 @@ function(corvane_add_standin target soversion)
   if(NOT CMAKE_LIBRARY_OUTPUT_DIRECTORY) # beside libcorvane, as in an installation
     set_target_properties(${target} PROPERTIES LIBRARY_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}")
   endif()
-  target_include_directories(${target} PUBLIC "${PROJECT_SOURCE_DIR}/platform/include")
+  target_include_directories(${target} PUBLIC "$<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/platform/include>")
   if(CORVANE_SYSTEM_PATHS) # installed stand-ins are not debugged
     target_link_options(${target} PRIVATE "LINKER:--strip-all")
   endif()
@@ -55,5 +58,20 @@ function(corvane_add_standin target soversion)
     set_target_properties(${target} PROPERTIES LINK_DEPENDS "${CMAKE_CURRENT_SOURCE_DIR}/${arg_MAP}")
     target_link_options(${target} PRIVATE "LINKER:--version-script=${CMAKE_CURRENT_SOURCE_DIR}/${arg_MAP}")
   endif()
-  install(TARGETS ${target} LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}" NAMELINK_SKIP COMPONENT standins)
+  install(TARGETS ${target} ${arg_EXPORT}
+    LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}" NAMELINK_SKIP COMPONENT standins)
+endfunction()
+
+# Makes a static library of TARGET's objects that applications can link as Corvane::NAME, with the headers in include/,
+# and installs it. EXPORT is its set of exported targets.
+function(corvane_offer_library target name export component)
+  set_target_properties(${target} PROPERTIES EXPORT_NAME ${name} POSITION_INDEPENDENT_CODE ON)
+  add_library(Corvane::${name} ALIAS ${target})
+  target_compile_features(${target} INTERFACE cxx_std_17)
+  target_include_directories(${target} PUBLIC
+    "$<BUILD_INTERFACE:${CMAKE_CURRENT_SOURCE_DIR}/include>"
+    "$<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}/corvane>")
+  install(TARGETS ${target} EXPORT ${export}
+    ARCHIVE DESTINATION "${CMAKE_INSTALL_LIBDIR}" COMPONENT ${component})
+  install(DIRECTORY include/ DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/corvane" COMPONENT ${component})
 endfunction()

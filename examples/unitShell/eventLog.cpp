@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
 /// What goes to the event log: entries that are typed ("elog"), and the unit's alarms.
+#include <console/words.h>
 #include <elog/elogIf.h>
 
 #include "arguments.h"
 #include "commands.h"
 #include "unit.h"
-#include "words.h"
 
 namespace UnitShell {
 
@@ -23,7 +23,7 @@ void elog(const Words& words, std::ostream& /*out*/)
     for (std::size_t i = 3; i < words.size(); ++i) {
         params.push_back(readNumber(words[i], "a parameter"));
     }
-    ElogIf::getInstance().elogWrite(eventId, unescape(words[2]), params);
+    ElogIf::getInstance().elogWrite(eventId, Corvane::Console::unescape(words[2]), params);
 }
 
 } // namespace

@@ -9,16 +9,17 @@
 #include <memory>
 
 #include <command/cmdTableHelperIf.h>
+#include <console/words.h>
 #include <ramfs/fileManagerIf.h>
 
 #include "arguments.h"
 #include "commands.h"
-#include "words.h"
 
 namespace UnitShell {
 
 namespace {
 
+using Corvane::Console::unescape;
 using Corvane::RamFs::V1::FileManagerIf;
 using Handle = std::shared_ptr<Corvane::RamFs::V1::FileHandleIf>;
 

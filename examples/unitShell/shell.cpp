@@ -6,9 +6,9 @@
 #include <iostream>
 
 #include <command/cmdTableHelperIf.h>
+#include <console/words.h>
 
 #include "interrupts.h"
-#include "words.h"
 
 namespace UnitShell {
 
@@ -56,14 +56,14 @@ int Shell::execute(const std::string& line)
         return complain("the line is longer than " + std::to_string(maxLineLength) + " bytes", badLine);
     }
     try {
-        const auto words = splitLine(line);
+        const auto words = Corvane::Console::splitLine(line);
         if (words.empty()) {
             return m_status;
         }
         m_statistics.commandBegins();
         const int result = CmdTableHelperIf::getInstance().executeCmd(words, std::cout);
         return result >= 0 && result <= highestStatus ? result : highestStatus;
-    } catch (const BadLine& error) {
+    } catch (const Corvane::Console::BadLine& error) {
         return complain(error.what(), badLine);
     } catch (const std::exception& error) { // from a handler
         return complain(error.what(), broken);

@@ -1,5 +1,5 @@
 /// Which bytes the escapes in a word stand for.
-#include "words.h"
+#include <console/words.h>
 
 #include <string>
 
@@ -7,7 +7,7 @@
 
 namespace {
 
-using UnitShell::unescape;
+using Corvane::Console::unescape;
 
 TEST(TextEscapes, StandForBytes)
 {

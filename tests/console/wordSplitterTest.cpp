@@ -1,21 +1,21 @@
-/// How the example shell splits a line into words.
-#include "words.h"
+/// How a typed line is split into words.
+#include <console/words.h>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 namespace {
 
+using Corvane::Console::splitLine;
 using testing::ElementsAre;
 using testing::IsEmpty;
-using UnitShell::splitLine;
 
 /// Returns  what is wrong with a line; empty for a good one.
 std::string errorOf(const std::string& line)
 {
     try {
         splitLine(line);
-    } catch (const UnitShell::BadLine& error) {
+    } catch (const Corvane::Console::BadLine& error) {
         return error.what();
     }
     return "";

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
 /// Turns a typed line into words, and a word into bytes.
-#include "words.h"
+#include <console/words.h>
 
 #include <charconv>
 #include <cstddef>
 
-namespace UnitShell {
+namespace Corvane::Console {
 
 namespace {
 
@@ -83,4 +83,4 @@ std::string unescape(const std::string& word)
     return bytes;
 }
 
-} // namespace UnitShell
+} // namespace Corvane::Console

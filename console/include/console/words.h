@@ -5,14 +5,19 @@
 /// quotes a backslash makes a double quote or a backslash an ordinary character; outside of quotes it does so for any
 /// character. Quoted and unquoted pieces without a blank between them make one word; '' is an empty word. A "#" at the
 /// beginning of a word starts a comment.
-#ifndef UNITSHELL_WORDS_H
-#define UNITSHELL_WORDS_H
+///
+///     commands.executeCmd(Corvane::Console::splitLine("note 'my file' text # for later"), out); // three words
+///
+/// Threads  any.
+/// Since    0.1.0
+#ifndef CORVANE_CONSOLE_WORDS_H
+#define CORVANE_CONSOLE_WORDS_H
 
 #include <stdexcept>
 #include <string>
 #include <vector>
 
-namespace UnitShell {
+namespace Corvane::Console {
 
 /// Tells what is wrong with a line.
 struct BadLine : std::runtime_error
@@ -20,12 +25,14 @@ struct BadLine : std::runtime_error
     using std::runtime_error::runtime_error;
 };
 
-/// Errors  BadLine
+/// Returns  the words of a line; none if it is blank or a comment.
+/// Errors   BadLine; std::bad_alloc.
 std::vector<std::string> splitLine(const std::string& line);
 
 /// Returns  the bytes that a word stands for: \n, \t, \\ and \x41 stand for one byte each, all else for itself.
+/// Errors   std::bad_alloc.
 std::string unescape(const std::string& word);
 
-} // namespace UnitShell
+} // namespace Corvane::Console
 
 #endif

@@ -1,0 +1,113 @@
+// SPDX-License-Identifier: MIT
+/// Records the events of the provider com_brimlow_kelpsys_corvane that this process emits, without a tracing daemon.
+///
+///     using namespace Corvane::Testing;
+///     EventRecorder recorder({EventName::Error});
+///     files.create("log", 0, 0);
+///     files.create("log", 0, 0);                                  // there is one
+///     const std::vector<Event> events = recorder.take();          // one event, with all its fields
+///     const std::vector<Event> later = recorder.take(2, 5s);      // of a thread: waits until there are two
+///
+/// A recorder turns its events on: what the library and the application emit is formatted and recorded, from its
+/// construction to its destruction and from all threads. Several recorders may live at once, each with its own events.
+/// A tracing daemon that records the process at the same time gets the same events as without a recorder.
+///
+/// Since  0.1.0
+#ifndef CORVANE_TESTING_EVENTRECORDER_H
+#define CORVANE_TESTING_EVENTRECORDER_H
+
+#include <chrono>
+#include <cstddef>
+#include <iosfwd>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace Corvane::Testing {
+
+/// The provider's events, in the order of <trace/corvaneTracepoints.h>. The library itself emits four of them: TRACE1,
+/// TRACE2, INFO and ERROR. All are for applications.
+enum class EventName
+{
+    TraceUts7,
+    TraceUts6,
+    TraceUts5,
+    TraceUts4,
+    TraceUts3,
+    TraceUts2,
+    TraceUts1,
+    Data,
+    SendSig,
+    RecSig,
+    Trace7,
+    Trace6,
+    Trace5,
+    Trace4,
+    Trace3,
+    Trace2,
+    Trace1,
+    StateChange,
+    Info,
+    Error
+};
+
+/// One emission with all its fields, as a recording of LTTng has them: a null text is "(null)", null data is empty. A
+/// field that the event hasn't got is empty or 0.
+struct Event
+{
+    EventName name = EventName::Error;
+    std::string file = {};
+    unsigned int line = 0;
+    std::string obj = {}; ///< of TRACE1 to TRACE7, STATE_CHANGE, DATA, SEND_SIG and REC_SIG
+    std::string msg = {};
+    unsigned int sec = 0;  ///< of TRACE_UTS1 to TRACE_UTS7, as usec and process
+    unsigned int usec = 0; ///< microseconds
+    std::string process = {};
+    std::string data = {};  ///< of TRACE_UTS1 to TRACE_UTS7 and DATA: the bytes
+    unsigned int sigNo = 0; ///< of SEND_SIG and REC_SIG
+    unsigned int pid = 0;   ///< of SEND_SIG
+};
+
+bool operator==(const Event& left, const Event& right);
+bool operator!=(const Event& left, const Event& right);
+
+/// Writes an event on one line, its name first. Test frameworks show events with it.
+std::ostream& operator<<(std::ostream& out, const Event& event);
+
+/// Writes the name as LTTng shows it: "TRACE1".
+std::ostream& operator<<(std::ostream& out, EventName name);
+
+class EventRecorder
+{
+public:
+    /// Turns on and records all twenty events, or `events` alone.
+    ///
+    /// Errors  std::bad_alloc; std::runtime_error if the tracer's library isn't loaded or refuses.
+    /// Threads any.
+    EventRecorder();
+    explicit EventRecorder(const std::vector<EventName>& events);
+
+    /// Ends the recording. Other threads may go on emitting: when this returns, none of them is inside the recorder.
+    ///
+    /// Requires  no other thread is in take().
+    ~EventRecorder();
+
+    /// Takes out what has been recorded. Waits first until that are `atLeast` events, or `limit` is over.
+    ///
+    /// Returns  the events since the last call, in the order in which they were emitted; fewer than `atLeast` if the
+    ///          time was over.
+    /// Errors   std::bad_alloc: also if there was no memory to record an event. The emitting thread doesn't notice.
+    /// Threads  any.
+    std::vector<Event> take(std::size_t atLeast = 0, std::chrono::milliseconds limit = std::chrono::seconds(10));
+
+    EventRecorder(const EventRecorder&) = delete;
+    EventRecorder& operator=(const EventRecorder&) = delete;
+
+private:
+    class Impl;
+    std::unique_ptr<Impl> m_impl;
+};
+
+} // namespace Corvane::Testing
+
+#endif
