@@ -12,7 +12,7 @@
 #include <string>
 #include <vector>
 
-#include "tests/support/probeRecorder.h"
+#include <testing/eventRecorder.h>
 
 /// Runs a target on one input. A difference ends the process.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
@@ -134,9 +134,9 @@ private:
 };
 
 /// The recorder of the process, which turns all events on.
-inline Testing::ProbeRecorder& recorder()
+inline Testing::EventRecorder& recorder()
 {
-    static Testing::ProbeRecorder instance;
+    static Testing::EventRecorder instance;
     return instance;
 }
 

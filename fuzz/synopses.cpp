@@ -113,8 +113,8 @@ private:
     {
         for (const auto& record : recorder().take()) {
             m_report.expectSame("file", record.file, std::string("src/cmdSyntax.cpp"));
-            const bool isError = record.event == Corvane::Testing::ProbedEvent::Error;
-            m_report.expectSame("event", isError || record.event == Corvane::Testing::ProbedEvent::Trace2, true);
+            const bool isError = record.name == Corvane::Testing::EventName::Error;
+            m_report.expectSame("event", isError || record.name == Corvane::Testing::EventName::Trace2, true);
             m_report.expectSame("obj", record.obj, std::string(isError ? "" : "-"));
             m_report.expectSame("line", record.line, isError ? 192U : 209U);
             m_emissions.push_back(std::to_string(record.line) + " " + record.msg);

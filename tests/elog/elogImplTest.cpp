@@ -10,23 +10,23 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <testing/eventRecorder.h>
 #include <zel.h>
 
 #include "elog/src/elogImpl_V2.h"
 #include "tests/elog/fakePlatform.h"
 #include "tests/support/failingAllocation.h"
-#include "tests/support/probeRecorder.h"
 
 namespace {
 
 using Corvane::Elog::V2::ElogIf;
 using Corvane::Elog::V2::ElogImpl;
 using Corvane::Elog::V2::messageSize;
+using Corvane::Testing::Event;
+using Corvane::Testing::EventName;
+using Corvane::Testing::EventRecorder;
 using Corvane::Testing::failEachAllocation;
 using Corvane::Testing::FakePlatform;
-using Corvane::Testing::ProbedEvent;
-using Corvane::Testing::ProbeRecord;
-using Corvane::Testing::ProbeRecorder;
 using Corvane::Testing::SentMessage;
 
 using testing::ElementsAre;
@@ -52,16 +52,16 @@ SentMessage expectedMessage(unsigned int eventId, const std::string& text, const
     return message;
 }
 
-ProbeRecord info(unsigned int line, const std::string& msg)
+Event info(unsigned int line, const std::string& msg)
 {
-    return {ProbedEvent::Info, "src/elogImpl_V2.cpp", line, "", msg};
+    return {EventName::Info, "src/elogImpl_V2.cpp", line, "", msg};
 }
 
 class ElogClient : public testing::Test
 {
 protected:
     FakePlatform m_platform;
-    ProbeRecorder m_recorder;
+    EventRecorder m_recorder;
 };
 
 TEST_F(ElogClient, StartsAnActiveObjectOfPolicyZero)
@@ -92,7 +92,7 @@ TEST_F(ElogClient, ReportsEveryTimeoutAndGoesOnWaiting)
     const ElogImpl client;
     m_platform.calls.clear();
     m_platform.run();
-    const ProbeRecord waiting = info(71, "ABN: 'ElogEngine' not available. Still waiting ...");
+    const Event waiting = info(71, "ABN: 'ElogEngine' not available. Still waiting ...");
     EXPECT_THAT(m_recorder.take(), ElementsAre(waiting, waiting, waiting));
     EXPECT_EQ(std::count(m_platform.calls.begin(), m_platform.calls.end(),
                          R"(receive(0x1, 0x17070d0, 0xea60, 0xfff11111, "", 0))"),

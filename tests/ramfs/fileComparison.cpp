@@ -36,7 +36,7 @@ std::string shown(const Testing::Emissions& emissions)
     return all;
 }
 
-std::string shown(Testing::ProbedEvent event)
+std::string shown(Testing::EventName event)
 {
     std::ostringstream name;
     name << event;
@@ -54,7 +54,7 @@ std::string sourceOf(unsigned int line)
 
 } // namespace
 
-FileComparison::FileComparison(Choose choose, Testing::ProbeRecorder& recorder)
+FileComparison::FileComparison(Choose choose, Testing::EventRecorder& recorder)
     : m_choose(std::move(choose)), m_recorder(recorder)
 {
     m_manager.removeAll();
@@ -395,7 +395,7 @@ void FileComparison::compareEmissions()
     for (const auto& record : m_recorder.take()) {
         const bool isError = record.line == 95;
         expectSame("file", record.file, sourceOf(record.line));
-        expectSame("event", record.event, isError ? Testing::ProbedEvent::Error : Testing::ProbedEvent::Trace1);
+        expectSame("event", record.name, isError ? Testing::EventName::Error : Testing::EventName::Trace1);
         expectSame("obj", record.obj, std::string(isError ? "" : "-"));
         emitted.push_back(std::to_string(record.line) + " " + record.msg);
     }

@@ -11,9 +11,10 @@
 #include <string>
 #include <vector>
 
+#include <testing/eventRecorder.h>
+
 #include "tests/ramfs/fileModel.h"
 #include "tests/ramfs/ramfsTestSupport.h"
-#include "tests/support/probeRecorder.h"
 
 namespace Corvane::RamFs::V1 {
 
@@ -23,7 +24,7 @@ public:
     /// Gives a number below its argument: the choices of operations and of their arguments.
     using Choose = std::function<unsigned int(unsigned int)>;
 
-    FileComparison(Choose choose, Testing::ProbeRecorder& recorder);
+    FileComparison(Choose choose, Testing::EventRecorder& recorder);
     ~FileComparison();
     FileComparison(const FileComparison&) = delete;
     FileComparison& operator=(const FileComparison&) = delete;
@@ -96,7 +97,7 @@ private:
     void compareEmissions();
 
     const Choose m_choose;
-    Testing::ProbeRecorder& m_recorder;
+    Testing::EventRecorder& m_recorder;
     FileManagerImpl& m_manager = dynamic_cast<FileManagerImpl&>(FileManagerIf::getInstance());
     Testing::ModelDirectory m_model{FileManagerTestAccess::fileRefCounter(m_manager)};
     std::vector<HandlePair> m_handles;

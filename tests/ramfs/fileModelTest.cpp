@@ -24,7 +24,7 @@ TEST(FileModel, AgreesWithTheLibraryOnRandomOperations)
     const unsigned int operations = numberFrom("CORVANE_TEST_OPERATIONS", 100'000);
     std::cout << "CORVANE_TEST_SEED=" << seed << " CORVANE_TEST_OPERATIONS=" << operations << "\n";
     std::mt19937 random{seed};
-    Testing::ProbeRecorder recorder;
+    Testing::EventRecorder recorder;
     FileComparison comparison(
         [&](unsigned int end) { return std::uniform_int_distribution<unsigned int>(0, end - 1)(random); }, recorder);
     for (unsigned int operation = 0; operation < operations; ++operation) {

@@ -5,10 +5,10 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <testing/eventRecorder.h>
 
 #include "tests/ramfs/emissionObserver.h"
 #include "tests/ramfs/ramfsTestSupport.h"
-#include "tests/support/probeRecorder.h"
 
 namespace Corvane::RamFs::V1 {
 namespace {
@@ -44,7 +44,7 @@ protected:
     FileManagerImpl manager;
     Handle file = manager.create("file", 0, 5);
     std::vector<std::string> seen;
-    Testing::ProbeRecorder recorder; // turns the events on
+    Testing::EventRecorder recorder; // turns the events on
 };
 
 TEST_F(EmissionLockTest, ACreateEmitsUnderItsLockOnlyWhatTheNewEntryTraces)
@@ -110,7 +110,7 @@ TEST(OffEventsTest, NoPathIsShortenedForThem)
     work();
     EXPECT_EQ(emissions, 0);
     {
-        const Testing::ProbeRecorder recorder; // the same work is seen when the events are on
+        const Testing::EventRecorder recorder; // the same work is seen when the events are on
         work();
     }
     EXPECT_EQ(emissions, 12);

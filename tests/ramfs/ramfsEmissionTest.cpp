@@ -4,21 +4,21 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <testing/eventRecorder.h>
 
 #include "tests/ramfs/ramfsTestSupport.h"
-#include "tests/support/probeRecorder.h"
 
 namespace Corvane::RamFs::V1 {
 namespace {
 
 using testing::ElementsAre;
-using Testing::ProbedEvent;
-using Testing::ProbeRecord;
-using Testing::ProbeRecorder;
+using Testing::Event;
+using Testing::EventName;
+using Testing::EventRecorder;
 
-ProbeRecord byHandle(unsigned int line, const std::string& msg)
+Event byHandle(unsigned int line, const std::string& msg)
 {
-    return {ProbedEvent::Trace1, "ramfs/src/fileHandleImpl.cpp", line, "-", msg};
+    return {EventName::Trace1, "ramfs/src/fileHandleImpl.cpp", line, "-", msg};
 }
 
 TEST(FileHandleEmission, EveryFormOfWriteAndAppendTracesItsRefusal)
@@ -27,7 +27,7 @@ TEST(FileHandleEmission, EveryFormOfWriteAndAppendTracesItsRefusal)
     FileHandleImpl handle("log", entry);
     FileEntryTestAccess::setContentSize(*entry, UINT32_MAX);
     handle.setPos(UINT32_MAX);
-    ProbeRecorder recorder;
+    EventRecorder recorder;
     handle.write(bytes("x"), 1);
     handle.write("xy", 2);
     handle.write(std::string("x"));
@@ -51,7 +51,7 @@ TEST(FileStreamBufEmission, AFlushOfNothingIsAWriteOfNothing)
 {
     FileStreamBufImpl buffer;
     buffer.create("empty flush", 0, 9);
-    ProbeRecorder recorder;
+    EventRecorder recorder;
     buffer.pubsync();
     EXPECT_THAT(recorder.take(), ElementsAre(byHandle(151, "write: empty flush fileRef(9), length(0)"),
                                              byHandle(159, "write: FileEntry::write() returns <9>")));

@@ -8,9 +8,9 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <testing/eventRecorder.h>
 
 #include "command/src/cmdTableHelperImplV2.h"
-#include "tests/support/probeRecorder.h"
 #include "tests/trace/countedCosts.h"
 
 namespace {
@@ -18,9 +18,9 @@ namespace {
 using Corvane::CmdTableHelper::CmdDefinitionCpp;
 using Corvane::CmdTableHelper::V2::CmdTableHelperImpl;
 using Corvane::Testing::allocatedBytes;
-using Corvane::Testing::ProbedEvent;
-using Corvane::Testing::ProbeRecord;
-using Corvane::Testing::ProbeRecorder;
+using Corvane::Testing::Event;
+using Corvane::Testing::EventName;
+using Corvane::Testing::EventRecorder;
 using Corvane::Testing::runAtNextEmission;
 using Corvane::Testing::shortenedPaths;
 using testing::ElementsAre;
@@ -34,20 +34,20 @@ int succeed(const std::vector<std::string>&, std::ostream&)
     return 0;
 }
 
-ProbeRecord registered(const std::string& synopsis)
+Event registered(const std::string& synopsis)
 {
-    return {ProbedEvent::Trace2, syntaxFile, 209, "-", "Registered VELK syntax: " + synopsis};
+    return {EventName::Trace2, syntaxFile, 209, "-", "Registered VELK syntax: " + synopsis};
 }
 
-ProbeRecord unbalanced(const std::string& synopsis, const std::string& pair)
+Event unbalanced(const std::string& synopsis, const std::string& pair)
 {
-    return {ProbedEvent::Error, syntaxFile, 192, "",
+    return {EventName::Error, syntaxFile, 192, "",
             "VELK syntax \"" + synopsis + "\": Unbalanced " + pair + " brackets"};
 }
 
-ProbeRecord executed(const std::string& words)
+Event executed(const std::string& words)
 {
-    return {ProbedEvent::Trace1, serviceFile, 150, "-", "Execute VELK command: " + words};
+    return {EventName::Trace1, serviceFile, 150, "-", "Execute VELK command: " + words};
 }
 
 class CommandEmission : public testing::Test
@@ -73,7 +73,7 @@ protected:
 
 TEST_F(CommandEmission, TracesEveryRegisteredSynopsisInTheOrderOfTheTable)
 {
-    ProbeRecorder recorder;
+    EventRecorder recorder;
     registerSynopses("show", {"show [-l] <file> { on | off }", "show", ""});
     EXPECT_THAT(recorder.take(),
                 ElementsAre(registered("show [-l] <file> { on | off }"), registered("show"), registered("")));
@@ -81,14 +81,14 @@ TEST_F(CommandEmission, TracesEveryRegisteredSynopsisInTheOrderOfTheTable)
 
 TEST_F(CommandEmission, TracesNothingForAnEmptyTable)
 {
-    ProbeRecorder recorder;
+    EventRecorder recorder;
     registerSynopses("show", {});
     EXPECT_THAT(recorder.take(), IsEmpty());
 }
 
 TEST_F(CommandEmission, ReportsAnUnbalancedPairOfEachKind)
 {
-    ProbeRecorder recorder;
+    EventRecorder recorder;
     registerSynopses("show", {"show [-l", "show { on | off", "show <file"});
     EXPECT_THAT(recorder.take(), ElementsAre(registered("show [-l"), unbalanced("show [-l", "[]"),
                                              registered("show { on | off"), unbalanced("show { on | off", "{}"),
@@ -97,7 +97,7 @@ TEST_F(CommandEmission, ReportsAnUnbalancedPairOfEachKind)
 
 TEST_F(CommandEmission, ReportsBothPairsOfAGroupThatAnotherBracketCloses)
 {
-    ProbeRecorder recorder({ProbedEvent::Error});
+    EventRecorder recorder({EventName::Error});
     registerSynopses("get", {"get <a b", "[ x }"});
     EXPECT_THAT(recorder.take(),
                 ElementsAre(unbalanced("get <a b", "<>"), unbalanced("[ x }", "{}"), unbalanced("[ x }", "[]")));
@@ -112,7 +112,7 @@ TEST_F(CommandEmission, TracesALineOfTenThousandWords)
     for (std::size_t i = 1; i < words.size(); ++i) {
         joined += " w";
     }
-    ProbeRecorder recorder;
+    EventRecorder recorder;
     std::ostringstream out;
     EXPECT_EQ(m_service.executeCmd(words, out), 0);
     EXPECT_THAT(recorder.take(), ElementsAre(executed(joined)));
@@ -120,7 +120,7 @@ TEST_F(CommandEmission, TracesALineOfTenThousandWords)
 
 TEST_F(CommandEmission, ReportsCurlyThenSquareThenAngleBrackets)
 {
-    ProbeRecorder recorder;
+    EventRecorder recorder;
     registerSynopses("x", {"x <[{", "x >]}"});
     EXPECT_THAT(recorder.take(), ElementsAre(registered("x <[{"), unbalanced("x <[{", "{}"), unbalanced("x <[{", "[]"),
                                              unbalanced("x <[{", "<>"), registered("x >]}"), unbalanced("x >]}", "{}"),
@@ -129,7 +129,7 @@ TEST_F(CommandEmission, ReportsCurlyThenSquareThenAngleBrackets)
 
 TEST_F(CommandEmission, ReportsAnyNumberOfSurplusBrackets)
 {
-    ProbeRecorder recorder({ProbedEvent::Error});
+    EventRecorder recorder({EventName::Error});
     for (const std::size_t number : {256U, 65536U}) {
         const std::string synopsis = "x " + std::string(number, '[');
         registerSynopses("x", {synopsis});
@@ -139,14 +139,14 @@ TEST_F(CommandEmission, ReportsAnyNumberOfSurplusBrackets)
 
 TEST_F(CommandEmission, ReportsNoPairThatBalancesInAnyOrder)
 {
-    ProbeRecorder recorder;
+    EventRecorder recorder;
     registerSynopses("x", {"x ] [", "x } > < {"});
     EXPECT_THAT(recorder.take(), ElementsAre(registered("x ] ["), registered("x } > < {")));
 }
 
 TEST_F(CommandEmission, ReportsUnbalancedBracketsWhileSynopsesAreNotTraced)
 {
-    ProbeRecorder recorder({ProbedEvent::Error});
+    EventRecorder recorder({EventName::Error});
     registerSynopses("show", {"show [-l", "show"});
     EXPECT_THAT(recorder.take(), ElementsAre(unbalanced("show [-l", "[]")));
 }
@@ -154,7 +154,7 @@ TEST_F(CommandEmission, ReportsUnbalancedBracketsWhileSynopsesAreNotTraced)
 TEST_F(CommandEmission, TracesAnExecutedLineWithItsWordsJoined)
 {
     registerSynopses("show", {"show [-l] <file> { on | off }"});
-    ProbeRecorder recorder;
+    EventRecorder recorder;
     EXPECT_EQ(execute({"show", "-l", "a.txt", "on"}), 0);
     EXPECT_EQ(execute({"show", "a b", "", "extra"}), 20);
     EXPECT_EQ(execute({"show", "", "off", "", "more words"}), 0);
@@ -164,7 +164,7 @@ TEST_F(CommandEmission, TracesAnExecutedLineWithItsWordsJoined)
 TEST_F(CommandEmission, TracesALineWithoutWordsThatTheRootHandles)
 {
     registerSynopses("", {"[show]"});
-    ProbeRecorder recorder;
+    EventRecorder recorder;
     EXPECT_EQ(execute({}), 0);
     EXPECT_THAT(recorder.take(), ElementsAre(executed("")));
 }
@@ -172,7 +172,7 @@ TEST_F(CommandEmission, TracesALineWithoutWordsThatTheRootHandles)
 TEST_F(CommandEmission, TracesNothingForALineThatLeadsToNoHandler)
 {
     registerSynopses("show", {"show [-l] <file> { on | off }"});
-    ProbeRecorder recorder;
+    EventRecorder recorder;
     EXPECT_EQ(execute({"show", "a.txt"}), 20);
     EXPECT_EQ(execute({"list"}), 20);
     EXPECT_EQ(execute({}), 20);
@@ -181,8 +181,8 @@ TEST_F(CommandEmission, TracesNothingForALineThatLeadsToNoHandler)
 
 TEST_F(CommandEmission, TracesALineBeforeItsHandlerRuns)
 {
-    ProbeRecorder recorder({ProbedEvent::Trace1});
-    std::vector<ProbeRecord> seenByHandler;
+    EventRecorder recorder({EventName::Trace1});
+    std::vector<Event> seenByHandler;
     const std::vector<CmdDefinitionCpp> table = {{"look",
                                                   [&](const std::vector<std::string>&, std::ostream&) {
                                                       seenByHandler = recorder.take();
@@ -206,7 +206,7 @@ TEST_F(CommandEmission, LeavesTheHandlerOfALineAliveThoughTheServiceEndsBeforeIt
         m_service.end(false);
         isAlive = !observed.expired();
     });
-    const ProbeRecorder recorder({ProbedEvent::Trace1});
+    const EventRecorder recorder({EventName::Trace1});
     EXPECT_EQ(execute({"x"}), 7);
     EXPECT_TRUE(isAlive);
     EXPECT_TRUE(observed.expired());
@@ -219,7 +219,7 @@ TEST_F(CommandEmission, RunsTheNewHandlerOfALineThatIsReplacedBeforeItIsCalled)
         const auto answer = [](const auto&, std::ostream&) { return 2; };
         m_service.registerCmdTable("x", std::vector<CmdDefinitionCpp>{{"x", answer, nullptr}});
     });
-    const ProbeRecorder recorder({ProbedEvent::Trace1});
+    const EventRecorder recorder({EventName::Trace1});
     EXPECT_EQ(execute({"x"}), 2);
 }
 
@@ -236,7 +236,7 @@ TEST_F(CommandEmission, BuildsNoTextAtAnySiteWhileItsEventIsOff)
     const std::size_t bytesWhileOff = allocatedBytes() - bytesBefore;
     EXPECT_EQ(shortenedPaths(), pathsBefore);
 
-    const ProbeRecorder recorder;
+    const EventRecorder recorder;
     const std::size_t bytesBeforeOn = allocatedBytes();
     EXPECT_EQ(m_service.executeCmd(words, out), 0);
     const std::size_t bytesWhileOn = allocatedBytes() - bytesBeforeOn;

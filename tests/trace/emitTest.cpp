@@ -10,51 +10,50 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <testing/eventRecorder.h>
 
-#include "tests/support/probeRecorder.h"
+#include "tests/support/tracepointObjects.h"
 #include "tests/trace/countedCosts.h"
 #include "trace/emit.h"
 
 namespace {
 
 using Corvane::Testing::allocatedBytes;
-using Corvane::Testing::isEnabled;
-using Corvane::Testing::ProbedEvent;
-using Corvane::Testing::ProbeRecord;
-using Corvane::Testing::ProbeRecorder;
+using Corvane::Testing::Event;
+using Corvane::Testing::EventName;
+using Corvane::Testing::EventRecorder;
 using Corvane::Testing::shortenedPaths;
 using testing::Each;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
+bool isEnabled(EventName event)
+{
+    return Corvane::Testing::tracepointObjects().at(static_cast<std::size_t>(event))->state != 0;
+}
+
 /// Emits one of the four events with a text that is too long for a string's own buffer, and counts the calls.
-void emit(ProbedEvent event, unsigned int& calls)
+void emit(EventName event, unsigned int& calls)
 {
     const auto writeText = [&](std::ostream& msg) {
         ++calls;
         msg << "a text that doesn't fit into the object of a string: " << 4711;
     };
-    switch (event) {
-    case ProbedEvent::Trace1:
-        return Corvane::Trace::trace1("x/y/z.cpp", 1, writeText);
-    case ProbedEvent::Trace2:
-        return Corvane::Trace::trace2("x/y/z.cpp", 2, writeText);
-    case ProbedEvent::Info:
-        return Corvane::Trace::info("x/y/z.cpp", 3, writeText);
-    case ProbedEvent::Error:
-        return Corvane::Trace::error("x/y/z.cpp", 4, writeText);
-    }
+    const auto site = event == EventName::Trace1   ? &Corvane::Trace::trace1<decltype(writeText)>
+                      : event == EventName::Trace2 ? &Corvane::Trace::trace2<decltype(writeText)>
+                      : event == EventName::Info   ? &Corvane::Trace::info<decltype(writeText)>
+                                                   : &Corvane::Trace::error<decltype(writeText)>;
+    site("x/y/z.cpp", 4, writeText);
 }
 
 /// The record of an emission by emit().
-ProbeRecord recordOf(ProbedEvent event)
+Event recordOf(EventName event)
 {
-    const bool isTrace = event == ProbedEvent::Trace1 || event == ProbedEvent::Trace2;
-    return {event, "x/y/z.cpp", static_cast<unsigned int>(event) + 1, isTrace ? "-" : "",
-            "a text that doesn't fit into the object of a string: 4711"};
+    const bool isTrace = event == EventName::Trace1 || event == EventName::Trace2;
+    return {event, "x/y/z.cpp", 4, isTrace ? "-" : "", "a text that doesn't fit into the object of a string: 4711"};
 }
 
-class Emit : public testing::TestWithParam<ProbedEvent>
+class Emit : public testing::TestWithParam<EventName>
 {
 };
 
@@ -74,13 +73,13 @@ TEST_P(Emit, DoesNothingWhileTheEventIsOff)
 
 TEST_P(Emit, DoesNothingWhileOnlyOtherEventsAreOn)
 {
-    std::vector<ProbedEvent> others;
-    for (const ProbedEvent event : {ProbedEvent::Trace1, ProbedEvent::Trace2, ProbedEvent::Info, ProbedEvent::Error}) {
+    std::vector<EventName> others;
+    for (const EventName event : {EventName::Trace1, EventName::Trace2, EventName::Info, EventName::Error}) {
         if (event != GetParam()) {
             others.push_back(event);
         }
     }
-    ProbeRecorder recorder(others);
+    EventRecorder recorder(others);
     unsigned int calls = 0;
     const unsigned int pathsBefore = shortenedPaths();
 
@@ -93,7 +92,7 @@ TEST_P(Emit, DoesNothingWhileOnlyOtherEventsAreOn)
 
 TEST_P(Emit, BuildsTheTextOnceWhileTheEventIsOn)
 {
-    ProbeRecorder recorder({GetParam()});
+    EventRecorder recorder({GetParam()});
     ASSERT_TRUE(isEnabled(GetParam()));
     unsigned int calls = 0;
     const std::size_t bytesBefore = allocatedBytes();
@@ -109,8 +108,8 @@ TEST_P(Emit, BuildsTheTextOnceWhileTheEventIsOn)
 
 TEST_P(Emit, BuildsTheTextOnceForSeveralProbes)
 {
-    ProbeRecorder first({GetParam()});
-    ProbeRecorder second({GetParam()});
+    EventRecorder first({GetParam()});
+    EventRecorder second({GetParam()});
     unsigned int calls = 0;
 
     emit(GetParam(), calls);
@@ -123,7 +122,7 @@ TEST_P(Emit, BuildsTheTextOnceForSeveralProbes)
 TEST_P(Emit, IsOffAgainWhenTheProbeIsGone)
 {
     {
-        const ProbeRecorder recorder({GetParam()});
+        const EventRecorder recorder({GetParam()});
         ASSERT_TRUE(isEnabled(GetParam()));
     }
     ASSERT_FALSE(isEnabled(GetParam()));
@@ -134,22 +133,16 @@ TEST_P(Emit, IsOffAgainWhenTheProbeIsGone)
     EXPECT_EQ(calls, 0U);
 }
 
-std::string nameOf(const testing::TestParamInfo<ProbedEvent>& event)
-{
-    return std::vector<std::string>{"TRACE1", "TRACE2", "INFO", "ERROR"}.at(static_cast<std::size_t>(event.param));
-}
-
 INSTANTIATE_TEST_SUITE_P(Every, Emit,
-                         testing::Values(ProbedEvent::Trace1, ProbedEvent::Trace2, ProbedEvent::Info,
-                                         ProbedEvent::Error),
-                         nameOf);
+                         testing::Values(EventName::Trace1, EventName::Trace2, EventName::Info, EventName::Error),
+                         testing::PrintToStringParamName());
 
 TEST(EmitText, ReachesTheCallerOfASiteWhenItThrows)
 {
     const auto writeText = [](std::ostream&) { throw std::runtime_error("no text"); };
     EXPECT_NO_THROW(Corvane::Trace::info("x.cpp", 1, writeText));
 
-    ProbeRecorder recorder({ProbedEvent::Info});
+    EventRecorder recorder({EventName::Info});
     EXPECT_THROW(Corvane::Trace::info("x.cpp", 1, writeText), std::runtime_error);
     EXPECT_THAT(recorder.take(), IsEmpty());
 }
@@ -157,11 +150,11 @@ TEST(EmitText, ReachesTheCallerOfASiteWhenItThrows)
 TEST(EmitText, MayBeEmptyOrLong)
 {
     const std::string text(1 << 20, 'x');
-    ProbeRecorder recorder({ProbedEvent::Info});
+    EventRecorder recorder({EventName::Info});
     Corvane::Trace::info("x.cpp", 1, [](std::ostream&) {});
     Corvane::Trace::info("x.cpp", 2, [&](std::ostream& msg) { msg << text; });
-    EXPECT_THAT(recorder.take(), ElementsAre(ProbeRecord{ProbedEvent::Info, "x.cpp", 1, "", ""},
-                                             ProbeRecord{ProbedEvent::Info, "x.cpp", 2, "", text}));
+    EXPECT_THAT(recorder.take(),
+                ElementsAre(Event{EventName::Info, "x.cpp", 1, "", ""}, Event{EventName::Info, "x.cpp", 2, "", text}));
 }
 
 /// Groups digits, as the locales of many languages do.
@@ -177,19 +170,18 @@ TEST(EmitText, ShowsNumbersAlikeWhateverLocaleTheApplicationHasSet)
     const std::locale former = std::locale::global(std::locale(std::locale::classic(), new Grouping));
     std::ostringstream grouped;
     grouped << 1234567;
-    ProbeRecorder recorder({ProbedEvent::Trace1});
+    EventRecorder recorder({EventName::Trace1});
     Corvane::Trace::trace1("x.cpp", 1, [](std::ostream& msg) { msg << 1234567 << ' ' << -1000 << ' ' << 4294967295U; });
     std::locale::global(former);
     ASSERT_EQ(grouped.str(), "1.234.567");
-    EXPECT_THAT(recorder.take(),
-                ElementsAre(ProbeRecord{ProbedEvent::Trace1, "x.cpp", 1, "-", "1234567 -1000 4294967295"}));
+    EXPECT_THAT(recorder.take(), ElementsAre(Event{EventName::Trace1, "x.cpp", 1, "-", "1234567 -1000 4294967295"}));
 }
 
 TEST(EmitThreads, EachReachTheProbeWithAllTheirTexts)
 {
     constexpr unsigned int threadCount = 4;
     constexpr unsigned int textCount = 1000;
-    ProbeRecorder recorder({ProbedEvent::Trace1, ProbedEvent::Error});
+    EventRecorder recorder({EventName::Trace1, EventName::Error});
     std::promise<void> start;
     const std::shared_future<void> started = start.get_future().share();
     std::vector<std::thread> threads;
@@ -210,7 +202,7 @@ TEST(EmitThreads, EachReachTheProbeWithAllTheirTexts)
     }
 
     std::vector<std::vector<std::string>> texts(threadCount);
-    for (const ProbeRecord& record : recorder.take()) {
+    for (const Event& record : recorder.take()) {
         texts.at(record.line).push_back(record.msg);
     }
     std::vector<std::string> expected;
