@@ -14,6 +14,7 @@
 #include <string_view>
 #include <system_error>
 #include <thread>
+#include <utility>
 
 #include <elog/elogIf.h>
 #include <unistd.h>
@@ -125,15 +126,16 @@ public:
 private:
     Engine()
     {
-        std::promise<bool> created;
-        std::thread([this, &created] {
+        std::promise<bool> promise;
+        std::future<bool> created = promise.get_future();
+        std::thread([this, promise = std::move(promise)]() mutable {
             const bool isThere = __zel_create_mailbox("ElogEngine", 0, "", 0) != ZEL_NO_MAILBOX;
-            created.set_value(isThere);
+            promise.set_value(isThere);
             while (isThere) {
                 receive();
             }
         }).detach();
-        if (!created.get_future().get()) {
+        if (!created.get()) {
             throw std::runtime_error("there is no mailbox for the recorder; standard error says why");
         }
     }

@@ -184,7 +184,10 @@ std::ostream& operator<<(std::ostream& out, const Event& event)
         out << ", " << event.sec << " s, " << event.usec << " us, \"" << event.process << "\"";
     }
     if (event.name == EventName::SendSig || event.name == EventName::RecSig) {
-        out << ", signal " << event.sigNo << ", process " << event.pid;
+        out << ", signal " << event.sigNo;
+    }
+    if (event.name == EventName::SendSig) {
+        out << ", process " << event.pid;
     }
     return event.data.empty() ? out : out << ", data \"" << event.data << "\"";
 }

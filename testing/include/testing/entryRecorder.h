@@ -13,7 +13,8 @@
 /// If the event-log client of this process was started before the first recorder:
 ///
 ///     it hasn't found an engine       it finds the recorder. The entries that waited so far are not recorded.
-///     it has found an engine          its entries keep going there. The recorder's constructor throws.
+///     it has found an engine          its entries keep going there, with one of the recorder: event id 0, text
+///                                     "EntryRecorder 1". The recorder's constructor throws.
 ///
 /// The client is started by the recorder if it wasn't. A child made by fork() has no client then; programs that are
 /// started with exec() have their own.
@@ -27,7 +28,6 @@
 #include <chrono>
 #include <cstddef>
 #include <iosfwd>
-#include <memory>
 #include <string>
 #include <vector>
 
