@@ -57,6 +57,9 @@ configure_file("${PROJECT_SOURCE_DIR}/cmake/corvane.pc.in" "${PROJECT_BINARY_DIR
 install(FILES "${PROJECT_BINARY_DIR}/corvane.pc" DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig" COMPONENT development)
 
 if(CORVANE_PLATFORM STREQUAL "host") # for those who write an engine or tests
+  configure_file("${PROJECT_SOURCE_DIR}/cmake/corvane-testing.pc.in" "${PROJECT_BINARY_DIR}/corvane-testing.pc" @ONLY)
+  install(FILES "${PROJECT_BINARY_DIR}/corvane-testing.pc"
+    DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig" COMPONENT testing)
   configure_file("${PROJECT_SOURCE_DIR}/cmake/corvane-platform.pc.in" "${PROJECT_BINARY_DIR}/corvane-platform.pc" @ONLY)
   install(TARGETS zel LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}" NAMELINK_ONLY COMPONENT standins_development)
   install(FILES

@@ -35,12 +35,9 @@ function(corvane_target_defaults target)
 endfunction()
 
 # Adds a stand-in for one of the unit's closed libraries, with the same soname and symbols. MAP is the version script of a
-# stand-in that has other global symbols too; EXPORT is the set of exported targets that it belongs to.
+# stand-in that has other global symbols too.
 function(corvane_add_standin target soversion)
-  cmake_parse_arguments(PARSE_ARGV 2 arg "" "MAP;EXPORT" "SOURCES")
-  if(arg_EXPORT)
-    list(PREPEND arg_EXPORT EXPORT)
-  endif()
+  cmake_parse_arguments(PARSE_ARGV 2 arg "" "MAP" "SOURCES")
   add_library(${target} SHARED ${arg_SOURCES})
   corvane_target_defaults(${target})
   set_target_properties(${target} PROPERTIES
@@ -50,7 +47,7 @@ function(corvane_add_standin target soversion)
   if(NOT CMAKE_LIBRARY_OUTPUT_DIRECTORY) # beside libcorvane, as in an installation
     set_target_properties(${target} PROPERTIES LIBRARY_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}")
   endif()
-  target_include_directories(${target} PUBLIC "$<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/platform/include>")
+  target_include_directories(${target} PUBLIC "${PROJECT_SOURCE_DIR}/platform/include")
   if(CORVANE_SYSTEM_PATHS) # installed stand-ins are not debugged
     target_link_options(${target} PRIVATE "LINKER:--strip-all")
   endif()
@@ -58,12 +55,11 @@ function(corvane_add_standin target soversion)
     set_target_properties(${target} PROPERTIES LINK_DEPENDS "${CMAKE_CURRENT_SOURCE_DIR}/${arg_MAP}")
     target_link_options(${target} PRIVATE "LINKER:--version-script=${CMAKE_CURRENT_SOURCE_DIR}/${arg_MAP}")
   endif()
-  install(TARGETS ${target} ${arg_EXPORT}
-    LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}" NAMELINK_SKIP COMPONENT standins)
+  install(TARGETS ${target} LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}" NAMELINK_SKIP COMPONENT standins)
 endfunction()
 
-# Makes a static library of TARGET's objects that applications can link as Corvane::NAME, with the headers in include/,
-# and installs it. EXPORT is its set of exported targets.
+# Lets applications link a static library, whose headers are in include/, as Corvane::NAME, and installs it. EXPORT is the
+# set of exported targets that it belongs to; install(EXPORT) writes it to Corvane-NAME.cmake.
 function(corvane_offer_library target name export component)
   set_target_properties(${target} PROPERTIES EXPORT_NAME ${name} POSITION_INDEPENDENT_CODE ON)
   add_library(Corvane::${name} ALIAS ${target})
@@ -71,6 +67,10 @@ function(corvane_offer_library target name export component)
   target_include_directories(${target} PUBLIC
     "$<BUILD_INTERFACE:${CMAKE_CURRENT_SOURCE_DIR}/include>"
     "$<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}/corvane>")
+  if(CORVANE_SYSTEM_PATHS) # installed static libraries are not debugged
+    add_custom_command(TARGET ${target} POST_BUILD VERBATIM
+      COMMAND "${CMAKE_OBJCOPY}" --strip-debug --remove-section=.comment "$<TARGET_FILE:${target}>")
+  endif()
   install(TARGETS ${target} EXPORT ${export}
     ARCHIVE DESTINATION "${CMAKE_INSTALL_LIBDIR}" COMPONENT ${component})
   install(DIRECTORY include/ DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/corvane" COMPONENT ${component})
