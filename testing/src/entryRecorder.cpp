@@ -131,7 +131,7 @@ private:
         std::thread([this, promise = std::move(promise)]() mutable {
             const bool isThere = __zel_create_mailbox("ElogEngine", 0, "", 0) != ZEL_NO_MAILBOX;
             promise.set_value(isThere);
-            while (isThere) {
+            if (isThere) {
                 receive();
             }
         }).detach();
@@ -140,12 +140,14 @@ private:
         }
     }
 
-    void receive()
+    [[noreturn]] void receive()
     {
-        zel_msg* message = __zel_receive(nullptr, UINT32_MAX, ZEL_ANY_SENDER, "", 0);
-        if (message != nullptr) {
-            record(Message(message));
-            __zel_free(&message, "", 0);
+        for (;;) {
+            zel_msg* message = __zel_receive(nullptr, UINT32_MAX, ZEL_ANY_SENDER, "", 0);
+            if (message != nullptr) {
+                record(Message(message));
+                __zel_free(&message, "", 0);
+            }
         }
     }
 

@@ -121,30 +121,43 @@ Function* find(const char* symbol)
     return reinterpret_cast<Function*>(found);
 }
 
-int attach(const Tracepoint& tracepoint, void* data)
+/// The tracer's functions that attach and detach probes.
+class Tracer
 {
+public:
+    /// Returns  0 if the probe is attached.
+    int attach(const Tracepoint& tracepoint, void* data) const
+    {
+        const lttng_ust_tracepoint& object = tracepoint.object;
 #if CORVANE_OLD_LTTNG
-    static const auto call = find<decltype(__tracepoint_probe_register)>("__tracepoint_probe_register");
-    return call(tracepoint.object.name, tracepoint.probe, data, tracepoint.object.signature);
+        return m_attach(object.name, tracepoint.probe, data, object.signature);
 #else
-    static const auto call =
-        find<decltype(lttng_ust_tracepoint_provider_register)>("lttng_ust_tracepoint_provider_register");
-    return call(tracepoint.object.provider_name, tracepoint.object.event_name, tracepoint.probe, data,
-                tracepoint.object.signature);
+        return m_attach(object.provider_name, object.event_name, tracepoint.probe, data, object.signature);
 #endif
-}
+    }
 
-void detach(const Tracepoint& tracepoint, void* data)
-{
+    /// When it returns, no thread is inside the probe.
+    void detach(const Tracepoint& tracepoint, void* data) const
+    {
+        const lttng_ust_tracepoint& object = tracepoint.object;
 #if CORVANE_OLD_LTTNG
-    static const auto call = find<decltype(__tracepoint_probe_unregister)>("__tracepoint_probe_unregister");
-    call(tracepoint.object.name, tracepoint.probe, data);
+        m_detach(object.name, tracepoint.probe, data);
 #else
-    static const auto call =
-        find<decltype(lttng_ust_tracepoint_provider_unregister)>("lttng_ust_tracepoint_provider_unregister");
-    call(tracepoint.object.provider_name, tracepoint.object.event_name, tracepoint.probe, data);
+        m_detach(object.provider_name, object.event_name, tracepoint.probe, data);
 #endif
-}
+    }
+
+private:
+#define CORVANE_FIND(function) find<decltype(function)>(#function)
+#if CORVANE_OLD_LTTNG
+    decltype(&__tracepoint_probe_register) m_attach = CORVANE_FIND(__tracepoint_probe_register);
+    decltype(&__tracepoint_probe_unregister) m_detach = CORVANE_FIND(__tracepoint_probe_unregister);
+#else
+    decltype(&lttng_ust_tracepoint_provider_register) m_attach = CORVANE_FIND(lttng_ust_tracepoint_provider_register);
+    decltype(&lttng_ust_tracepoint_provider_unregister) m_detach =
+        CORVANE_FIND(lttng_ust_tracepoint_provider_unregister);
+#endif
+};
 
 std::vector<EventName> allEvents()
 {
@@ -200,7 +213,7 @@ public:
         m_attached.reserve(events.size());
         for (const EventName name : events) {
             const Tracepoint& tracepoint = tracepointOf(name);
-            if (attach(tracepoint, &arrivals) != 0) {
+            if (m_tracer.attach(tracepoint, &arrivals) != 0) {
                 detachAll();
                 throw std::runtime_error(std::string("the tracer refuses a probe of ") + tracepoint.name);
             }
@@ -217,10 +230,11 @@ private:
     void detachAll()
     {
         for (const Tracepoint* const tracepoint : m_attached) {
-            detach(*tracepoint, &arrivals); // waits until no thread is inside the probe
+            m_tracer.detach(*tracepoint, &arrivals);
         }
     }
 
+    const Tracer m_tracer;
     std::vector<const Tracepoint*> m_attached;
 };
 
