@@ -1,0 +1,82 @@
+// SPDX-License-Identifier: MIT
+/// What is wrong with synopses: the flaws that the library accepts in silence, or only reports in a trace.
+#ifndef CORVANE_SYNOPSES_FINDING_H
+#define CORVANE_SYNOPSES_FINDING_H
+
+#include <array>
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace Corvane::Synopses {
+
+/// A synopsis, and the name of the command under which it is registered.
+struct Synopsis
+{
+    std::string text;
+    /// Empty: the first word of the synopsis.
+    std::string command = std::string();
+};
+
+enum class Severity
+{
+    warning, ///< the synopsis works, but probably not as its author expects
+    error    ///< a part of the synopsis is lost, or can never be used
+};
+
+enum class Rule
+{
+    unbalancedBrackets,  ///< the library reports it too, by the event ERROR
+    wrongBracket,        ///< "[ x }" or "{ x ]"
+    unclosedPlaceholder, ///< "<" without ">"
+    lostWords,           ///< the library reads the synopsis only up to a "|", "]" or "}" outside every group
+    unreachableCommand,  ///< its first word isn't its name
+    catchesEveryLine,    ///< all of it may be left out
+    neverChosen,         ///< another placeholder takes every line that this one takes
+    choiceByOrder,       ///< a line fits two placeholders, and the first one registered takes it
+    sharedEnd,           ///< the later handler replaces the earlier one
+    cycle                ///< a line may repeat words
+};
+
+/// What is known about a rule.
+struct RuleInfo
+{
+    Rule rule;
+    Severity severity;
+    const char* name;        ///< as tools print it, such as "lost-words"
+    const char* description; ///< one sentence
+};
+
+/// All rules, in the order of their numbers.
+extern const std::array<RuleInfo, 10> rules;
+
+/// Returns  what is known about the rule.
+const RuleInfo& infoOf(Rule rule);
+
+struct Finding
+{
+    Rule rule;
+    /// The place of the synopsis in the list that was checked.
+    std::size_t synopsis;
+    /// Where the flaw begins in the synopsis. Units: bytes, from 0 on.
+    std::size_t column;
+    /// Units: bytes; at least 1, except for an empty synopsis.
+    std::size_t length;
+    /// One sentence without a full stop.
+    std::string message;
+    /// The place of another synopsis that plays a part.
+    std::optional<std::size_t> other = std::nullopt;
+};
+
+/// Checks synopses as an application registers them: in this order, all in one process. Neighbours with the same
+/// command are one table.
+///
+/// Returns  the findings, in the order of the synopses and of their columns.
+/// Errors   TooLarge (synopses/table.h), std::bad_alloc.
+/// Threads  any.
+std::vector<Finding> check(const std::vector<Synopsis>& synopses);
+
+} // namespace Corvane::Synopses
+
+#endif

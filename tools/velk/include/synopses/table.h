@@ -1,0 +1,120 @@
+// SPDX-License-Identifier: MIT
+/// Questions about synopses: what a line means, which lines there are, what may follow some words, and a drawing.
+///
+/// The answers come from the library's own syntax graph, built from the synopses as the library builds it. No handler
+/// runs, nothing is traced, and the tables that the process has registered are not touched.
+#ifndef CORVANE_SYNOPSES_TABLE_H
+#define CORVANE_SYNOPSES_TABLE_H
+
+#include <cstddef>
+#include <memory>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include <synopses/finding.h>
+
+namespace Corvane::Synopses {
+
+/// Thrown for synopses whose graph would have more than some millions of connections between words.
+class TooLarge : public std::runtime_error
+{
+public:
+    using std::runtime_error::runtime_error;
+};
+
+/// What a word of a line is.
+enum class Role
+{
+    command,     ///< the name of a command
+    keyword,     ///< typed as it is written in the synopsis
+    placeholder, ///< a value of the user's
+    ignored      ///< the library calls the handler with it, but no synopsis asks for it
+};
+
+struct Word
+{
+    Role role;
+    /// As it is written in the synopsis; an ignored word as it was typed.
+    std::string name;
+    bool operator==(const Word& other) const { return role == other.role && name == other.name; }
+};
+
+/// The two forms in which the library prints a usage. It takes `pelm` for lines that begin with "pelm".
+enum class Format
+{
+    velk,
+    pelm
+};
+
+/// What a line leads to.
+struct Match
+{
+    /// The place of the synopsis whose handler runs; none if the library prints the usage.
+    std::optional<std::size_t> synopsis;
+    /// One for each word of the line; only if a handler runs.
+    std::vector<Word> words;
+};
+
+/// What may come after some words.
+struct Following
+{
+    /// Each word once, in the order of the synopses. A line may also go on with any word where one is a placeholder.
+    std::vector<Word> words;
+    /// Whether the line may end here: a handler runs then.
+    bool mayEnd = false;
+};
+
+/// A list of synopses.
+///
+/// Threads  any, also the same object at the same time.
+/// Errors   std::bad_alloc.
+class Table
+{
+public:
+    /// Registers the synopses as check() does. Errors: TooLarge.
+    explicit Table(const std::vector<Synopsis>& synopses);
+    Table(const Table&) = delete;
+    Table& operator=(const Table&) = delete;
+    ~Table();
+
+    /// Returns  the findings, in the order of the synopses and of their columns.
+    std::vector<Finding> check() const;
+
+    /// Returns  the names of the commands, in the order of the synopses, each once.
+    const std::vector<std::string>& commands() const;
+
+    /// Returns  which synopsis takes the line, and what its words are.
+    Match match(const std::vector<std::string>& line) const;
+
+    /// Returns  the usage that the library prints where it stops in this line, in either format, whether or not it prints
+    ///          one: byte for byte, with the blanks and line feeds at its end.
+    std::string usage(const std::vector<std::string>& line, Format format) const;
+
+    /// Returns  lines that run a handler, the shortest first, at most `most`; lines of one length in the order of the
+    ///          synopses. Each placeholder stands there as its name. Lines of more than `mostWords` words are left out.
+    std::vector<std::vector<std::string>> lines(std::size_t most, std::size_t mostWords = 64) const;
+
+    /// Returns  what may come after these words, for completion: nothing after words that no line begins with. Where
+    ///          placeholders leave a choice, all that may follow any of them.
+    Following following(const std::vector<std::string>& line) const;
+
+    /// Returns  the number of words in the graph.
+    std::size_t size() const;
+
+    /// Returns  the number of its connections.
+    std::size_t connections() const;
+
+    /// Returns  a drawing of the graph with a legend, in the language of Graphviz' dot. Keywords, placeholders, ends and
+    ///          words that several ways share differ in their shapes and lines, not in colour.
+    std::string dot() const;
+
+private:
+    struct Graph;
+    std::unique_ptr<const Graph> m_graph;
+};
+
+} // namespace Corvane::Synopses
+
+#endif
