@@ -17,7 +17,10 @@
 
 namespace Corvane::Synopses {
 
-/// Thrown for synopses whose graph would have more than some millions of connections between words.
+class Graph;
+
+/// Thrown for a synopsis of more than 1,000 words, and for synopses whose graph has more than 2,000,000 connections
+/// between words.
 class TooLarge : public std::runtime_error
 {
 public:
@@ -88,7 +91,8 @@ public:
     /// Returns  which synopsis takes the line, and what its words are.
     Match match(const std::vector<std::string>& line) const;
 
-    /// Returns  the usage that the library prints where it stops in this line, in either format, whether or not it prints
+    /// Returns  the usage that the library prints where it stops in this line, in either format, whether or not it
+    /// prints
     ///          one: byte for byte, with the blanks and line feeds at its end.
     std::string usage(const std::vector<std::string>& line, Format format) const;
 
@@ -106,12 +110,12 @@ public:
     /// Returns  the number of its connections.
     std::size_t connections() const;
 
-    /// Returns  a drawing of the graph with a legend, in the language of Graphviz' dot. Keywords, placeholders, ends and
+    /// Returns  a drawing of the graph with a legend, in the language of Graphviz' dot. Keywords, placeholders, ends
+    /// and
     ///          words that several ways share differ in their shapes and lines, not in colour.
     std::string dot() const;
 
 private:
-    struct Graph;
     std::unique_ptr<const Graph> m_graph;
 };
 

@@ -1,0 +1,92 @@
+// SPDX-License-Identifier: MIT
+/// Makes pictures with Graphviz' dot.
+#include "picture.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <fstream>
+#include <memory>
+
+#include <spawn.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include "input.h"
+
+namespace Corvane::Velk {
+
+namespace {
+
+using TemporaryFile = std::unique_ptr<std::FILE, int (*)(std::FILE*)>;
+
+TemporaryFile makeTemporaryFile()
+{
+    TemporaryFile file(std::tmpfile(), std::fclose);
+    if (!file) {
+        throw Failure(std::string("can't make a temporary file: ") + std::strerror(errno));
+    }
+    return file;
+}
+
+std::string contentOf(std::FILE* file)
+{
+    std::string content;
+    std::rewind(file);
+    char bytes[4096];
+    for (std::size_t size = 0; (size = std::fread(bytes, 1, sizeof bytes, file)) != 0;) {
+        content.append(bytes, size);
+    }
+    return content;
+}
+
+/// Runs dot between two temporary files: between two pipes it and this program could wait for each other.
+std::string runDot(const std::string& drawing, const std::string& kind)
+{
+    const TemporaryFile in = makeTemporaryFile();
+    const TemporaryFile out = makeTemporaryFile();
+    std::fwrite(drawing.data(), 1, drawing.size(), in.get());
+    std::rewind(in.get()); // writes it, too
+    if (std::ferror(in.get()) != 0) {
+        throw Failure(std::string("can't write a temporary file: ") + std::strerror(errno));
+    }
+    posix_spawn_file_actions_t actions;
+    ::posix_spawn_file_actions_init(&actions);
+    ::posix_spawn_file_actions_adddup2(&actions, ::fileno(in.get()), STDIN_FILENO);
+    ::posix_spawn_file_actions_adddup2(&actions, ::fileno(out.get()), STDOUT_FILENO);
+    std::string program = "dot";
+    std::string option = "-T" + kind;
+    char* const arguments[] = {program.data(), option.data(), nullptr};
+    pid_t process = 0;
+    const int error = ::posix_spawnp(&process, "dot", &actions, nullptr, arguments, environ);
+    ::posix_spawn_file_actions_destroy(&actions);
+    if (error != 0) {
+        throw Failure(std::string("can't run dot: ") + std::strerror(error) +
+                      "; install Graphviz, or write a file whose name ends with .dot");
+    }
+    int status = 0;
+    while (::waitpid(process, &status, 0) < 0 && errno == EINTR) {
+    }
+    if (!WIFEXITED(status) || WEXITSTATUS(status) != 0) {
+        throw Failure("dot could not make the picture");
+    }
+    return contentOf(out.get());
+}
+
+} // namespace
+
+void writePicture(const std::string& drawing, const std::string& file)
+{
+    const std::size_t dot = file.rfind('.');
+    const std::string kind = dot != std::string::npos ? file.substr(dot + 1) : "";
+    if (kind != "svg" && kind != "png" && kind != "dot") {
+        throw Failure(file + ": the name must end with .svg, .png or .dot");
+    }
+    const std::string content = kind == "dot" ? drawing : runDot(drawing, kind);
+    std::ofstream out(file, std::ios::binary);
+    if (!(out << content << std::flush)) {
+        throw Failure(file + ": " + std::strerror(errno));
+    }
+}
+
+} // namespace Corvane::Velk
