@@ -42,8 +42,8 @@ std::string Table::dot() const
 {
     std::ostringstream text;
     text << head;
-    text << "  n0 [label=\"\", shape=" << (m_graph->root()->handler.hasFunction() ? "doublecircle" : "circle")
-         << ", width=0.15, height=0.15, fillcolor=black]\n";
+    text << "  n0 [label=\"start\", shape=circle" << (m_graph->root()->handler.hasFunction() ? ", peripheries=2" : "")
+         << "]\n";
     for (NodeId id = 1; id < m_graph->vertices.size(); ++id) {
         const Vertex& vertex = m_graph->at(id);
         text << "  n" << id << " "
@@ -60,7 +60,7 @@ std::string Table::dot() const
          << "    l2 " << look("<placeholder>", true, false, false) << "\n"
          << "    l3 " << look("a line may end here", false, true, false) << "\n"
          << "    l4 " << look("several ways lead here", false, false, true) << "\n"
-         << "    l1 -> l2 -> l3 -> l4 [style=invis]\n  }\n}\n";
+         << "  }\n}\n";
     return text.str();
 }
 

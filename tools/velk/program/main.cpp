@@ -31,6 +31,7 @@ constexpr std::size_t maxConnectionsOfPicture = 1000;
 struct Options
 {
     std::vector<std::string> files;
+    std::string file; // of match
     std::vector<std::string> line;
     std::string picture;
     std::size_t lines = 20;
@@ -67,7 +68,7 @@ const char* textOf(Role role)
 
 int match(const Options& options)
 {
-    const Input input = readFiles(options.files);
+    const Input input = readFiles({options.file});
     const Table table(input.synopses);
     const Match match = table.match(options.line);
     if (!match.synopsis) {
@@ -178,7 +179,7 @@ int main(int argc, char** argv)
     for (CLI::App* const subcommand : {checking, printing, listing, drawing}) {
         subcommand->add_option("FILE", options.files, "Files with synopses");
     }
-    matching->add_option("FILE", options.files, "File with synopses")->required()->expected(1);
+    matching->add_option("FILE", options.file, "File with synopses")->required();
     matching->add_option("WORDS", options.line, "The words of the line, after --")->required();
     try {
         app.parse(argc, argv);
