@@ -60,5 +60,10 @@ docs/architecture.svg: docs/architecture.dot
 	@tools/prerequisites docs
 	dot -Tsvg $< -o $@
 
+docs/synopses.svg: docs/samples/show.velk
+	@tools/prerequisites build docs
+	@profile=$$(tools/profile) && tools/build $$profile && \
+	  build/$$profile/tools/velk/program/corvane-velk graph --output $@ $<
+
 clean:
 	rm -rf build

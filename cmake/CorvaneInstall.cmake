@@ -48,6 +48,7 @@ endif()
 write_basic_package_version_file("${PROJECT_BINARY_DIR}/CorvaneConfigVersion.cmake"
   COMPATIBILITY ${corvane_compatibility})
 install(FILES "${PROJECT_BINARY_DIR}/CorvaneConfig.cmake" "${PROJECT_BINARY_DIR}/CorvaneConfigVersion.cmake"
+  "${PROJECT_SOURCE_DIR}/cmake/CorvaneCheckSynopses.cmake"
   DESTINATION "${corvane_package_dir}" COMPONENT development)
 
 file(RELATIVE_PATH corvane_pc_prefix

@@ -154,15 +154,21 @@ endif()
 
 get_property(corvane_programs GLOBAL PROPERTY CORVANE_PROGRAMS)
 if(corvane_programs)
-  corvane_add_package(tools NAME corvane-tools SECTION utils
-    DEPENDS "corvane-platform-standins (= ${PROJECT_VERSION})"
-    DESCRIPTION "event-log engine for applications that use libcorvane
+  set(corvane_tools_need "")
+  if("elogEngine" IN_LIST corvane_programs)
+    set(corvane_tools_need DEPENDS "corvane-platform-standins (= ${PROJECT_VERSION})")
+  endif()
+  corvane_add_package(tools NAME corvane-tools SECTION utils ${corvane_tools_need}
+    SUGGESTS graphviz
+    DESCRIPTION "event-log engine and synopsis checker for users of libcorvane
+corvane-velk finds flaws in the synopses of command tables, tells which
+synopsis takes a line, lists lines and draws the graph of synopses.
+
 elogEngine receives the event-log entries of a user's applications, and
 prints a line or a JSON object for each. It can run as a service of the
-user.
-
-It needs the stand-ins for a unit's platform libraries, because it checks
-messages by what they add. It can't run with a unit's own libraries.")
+user. It needs the stand-ins for a unit's platform libraries, because it
+checks messages by what they add. It can't run with a unit's own
+libraries.")
 endif()
 
 include(CPack)

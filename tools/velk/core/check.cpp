@@ -34,6 +34,23 @@ const RuleInfo& infoOf(Rule rule)
     return rules.at(static_cast<std::size_t>(rule));
 }
 
+const char* nameOf(Severity severity)
+{
+    return severity == Severity::error ? "error" : "warning";
+}
+
+std::string excerpt(const std::string& line, std::size_t column, std::size_t length)
+{
+    std::string marks;
+    for (std::size_t i = 0; i < line.size() && i < column + length; ++i) {
+        const bool isContinued = (static_cast<unsigned char>(line[i]) & 0xC0U) == 0x80U; // a character of UTF-8
+        if (!isContinued) {
+            marks += i > column ? '~' : i == column ? '^' : line[i] == '\t' ? '\t' : ' '; // tabs are as wide as tabs
+        }
+    }
+    return "  " + line + "\n  " + marks + (column >= line.size() ? "^" : "") + "\n";
+}
+
 Finding findingAt(const Graph& graph, Rule rule, std::size_t synopsis, const std::string& word,
                   const std::string& message)
 {

@@ -42,8 +42,8 @@ std::string Table::dot() const
 {
     std::ostringstream text;
     text << head;
-    text << "  n0 [label=\"start\", shape=circle" << (m_graph->root()->handler.hasFunction() ? ", peripheries=2" : "")
-         << "]\n";
+    text << "  n0 [label=\"start\", shape=circle, margin=0"
+         << (m_graph->root()->handler.hasFunction() ? ", peripheries=2" : "") << "]\n";
     for (NodeId id = 1; id < m_graph->vertices.size(); ++id) {
         const Vertex& vertex = m_graph->at(id);
         text << "  n" << id << " "

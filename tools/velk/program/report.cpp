@@ -19,12 +19,7 @@ using Synopses::Finding;
 
 const char* levelOf(Synopses::Rule rule)
 {
-    return Synopses::infoOf(rule).severity == Synopses::Severity::error ? "error" : "warning";
-}
-
-bool beginsCharacter(char c)
-{
-    return (static_cast<unsigned char>(c) & 0xC0U) != 0x80U; // of UTF-8
+    return Synopses::nameOf(Synopses::infoOf(rule).severity);
 }
 
 std::size_t charactersOf(const std::string& text, std::size_t begin, std::size_t end)
@@ -32,29 +27,17 @@ std::size_t charactersOf(const std::string& text, std::size_t begin, std::size_t
     const auto at = [&](std::size_t place) {
         return text.begin() + static_cast<std::ptrdiff_t>(std::min(place, text.size()));
     };
-    return static_cast<std::size_t>(std::count_if(at(begin), at(end), beginsCharacter));
-}
-
-/// Blanks as wide as the text: tabs stay tabs.
-std::string blanksFor(const std::string& text)
-{
-    std::string blanks;
-    for (const char c : text) {
-        if (beginsCharacter(c)) {
-            blanks += c == '\t' ? '\t' : ' ';
-        }
-    }
-    return blanks;
+    return static_cast<std::size_t>(std::count_if(at(begin), at(end), [](char c) {
+        return (static_cast<unsigned char>(c) & 0xC0U) != 0x80U; // it begins a character of UTF-8
+    }));
 }
 
 void writeMessage(const Place& place, std::size_t column, std::size_t length, const std::string& message,
                   std::ostream& out)
 {
     const std::size_t begin = place.column + column;
-    const std::size_t width = std::max<std::size_t>(charactersOf(place.text, begin, begin + length), 1);
     out << place.file << ':' << place.line << ':' << begin + 1 << ": " << message << '\n'
-        << "  " << place.text << '\n'
-        << "  " << blanksFor(place.text.substr(0, begin)) << '^' << std::string(width - 1, '~') << '\n';
+        << Synopses::excerpt(place.text, begin, length);
 }
 
 /// Returns  the file's name as a URI.

@@ -77,6 +77,13 @@ struct Finding
 /// Threads  any.
 std::vector<Finding> check(const std::vector<Synopsis>& synopses);
 
+/// Returns  the line, and under it a caret and tildes that mark a part of it; each begins with two blanks and ends with a
+///          line feed. The text is taken as UTF-8.
+std::string excerpt(const std::string& line, std::size_t column, std::size_t length);
+
+/// Returns  "error" or "warning".
+const char* nameOf(Severity severity);
+
 } // namespace Corvane::Synopses
 
 #endif
