@@ -94,7 +94,7 @@ TEST(Synopses, EscapesWhatDotWouldReadOtherwise)
 TEST(Synopses, MarksPartOfALineBelowIt)
 {
     EXPECT_EQ(excerpt("a bcd e", 2, 3), "  a bcd e\n    ^~~\n");
-    EXPECT_EQ(excerpt("\tgr\xC3\xBC\xC3\x9F x", 6, 1), "  \tgr\xC3\xBC\xC3\x9F x\n  \t    ^\n");
+    EXPECT_EQ(excerpt("\tgr\xC3\xBC\xC3\x9F x", 8, 1), "  \tgr\xC3\xBC\xC3\x9F x\n  \t     ^\n");
     EXPECT_EQ(excerpt("", 0, 0), "  \n  ^\n");
 }
 

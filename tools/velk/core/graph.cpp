@@ -71,13 +71,16 @@ Graph::Graph(const std::vector<Synopsis>& list) : synopses(list)
     const ExclusiveLock lock(m_graph.mutex);
     number(m_graph.root);
     for (std::size_t i = 0; i < synopses.size(); ++i) {
-        add(i);
-        if (i != 0 && readings[i].command != readings[i - 1].command) {
-            m_graph.registerCommandName(readings[i - 1].command);
+        Reading reading;
+        reading.tokens = tokensOf(synopses[i].text);
+        reading.command = synopses[i].command.empty() ? firstWord(reading.tokens) : synopses[i].command;
+        if (i != 0 && reading.command != readings.back().command) {
+            m_graph.registerCommandName(readings.back().command);
         }
-        if (std::find(commands.begin(), commands.end(), readings[i].command) == commands.end()) {
-            commands.push_back(readings[i].command);
+        if (std::find(commands.begin(), commands.end(), reading.command) == commands.end()) {
+            commands.push_back(reading.command);
         }
+        add(std::move(reading));
     }
     if (!synopses.empty()) {
         m_graph.registerCommandName(readings.back().command);
@@ -85,12 +88,10 @@ Graph::Graph(const std::vector<Synopsis>& list) : synopses(list)
     noteWays();
 }
 
-void Graph::add(std::size_t synopsis)
+void Graph::add(Reading reading)
 {
+    const std::size_t synopsis = readings.size();
     const std::string& text = synopses[synopsis].text;
-    Reading reading;
-    reading.tokens = tokensOf(text);
-    reading.command = synopses[synopsis].command.empty() ? firstWord(reading.tokens) : synopses[synopsis].command;
     if (reading.tokens.size() > maxWords) {
         throw TooLarge("a synopsis has more than " + std::to_string(maxWords) + " words and brackets");
     }

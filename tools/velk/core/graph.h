@@ -93,7 +93,7 @@ public:
     std::size_t connections = 0;
 
 private:
-    void add(std::size_t synopsis);
+    void add(Reading reading);
     void noteEdges(std::size_t synopsis);
     void noteEnd(std::size_t synopsis, NodeId node);
     void noteWays();

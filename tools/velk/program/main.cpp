@@ -2,8 +2,10 @@
 /// corvane-velk: checks, explains and draws synopses.
 #include <cerrno>
 #include <csignal>
+#include <cstdio>
 #include <cstring>
 #include <iostream>
+#include <sstream>
 
 #include <CLI/CLI.hpp>
 
@@ -39,14 +41,16 @@ struct Options
     bool isPelm = false;
 };
 
-int check(const Options& options)
+using Command = int(const Options& options, std::ostream& out);
+
+int check(const Options& options, std::ostream& out)
 {
     const Input input = readFiles(options.files);
     const std::vector<Finding> findings = Corvane::Synopses::check(input.synopses);
     if (options.isJson) {
-        writeSarif(findings, input, std::cout);
+        writeSarif(findings, input, out);
     } else {
-        writeText(findings, input, std::cout);
+        writeText(findings, input, out);
     }
     return findings.empty() ? allIsWell : found;
 }
@@ -66,52 +70,52 @@ const char* textOf(Role role)
     return "ignored";
 }
 
-int match(const Options& options)
+int match(const Options& options, std::ostream& out)
 {
     const Input input = readFiles({options.file});
     const Table table(input.synopses);
     const Match match = table.match(options.line);
     if (!match.synopsis) {
-        std::cout << "No synopsis takes this line. The usage, as velk and as pelm:\n"
-                  << table.usage(options.line, Format::velk) << table.usage(options.line, Format::pelm);
+        out << "No synopsis takes this line. The usage, as velk and as pelm:\n"
+            << table.usage(options.line, Format::velk) << table.usage(options.line, Format::pelm);
         return found;
     }
     const Place& place = input.places[*match.synopsis];
-    std::cout << place.file << ':' << place.line << ": " << input.synopses[*match.synopsis].text << '\n';
+    out << place.file << ':' << place.line << ": " << input.synopses[*match.synopsis].text << '\n';
     for (std::size_t i = 0; i < match.words.size(); ++i) {
         const Word& word = match.words[i];
-        std::cout << "  " << options.line[i] << ": " << textOf(word.role)
-                  << (word.role == Role::placeholder ? " " + word.name : "") << '\n';
+        out << "  " << options.line[i] << ": " << textOf(word.role)
+            << (word.role == Role::placeholder ? " " + word.name : "") << '\n';
     }
     return allIsWell;
 }
 
-int usage(const Options& options)
+int usage(const Options& options, std::ostream& out)
 {
     const Table table(readFiles(options.files).synopses);
     for (const std::string& command : table.commands()) {
-        std::cout << table.usage({command}, options.isPelm ? Format::pelm : Format::velk);
+        out << table.usage({command}, options.isPelm ? Format::pelm : Format::velk);
     }
     return allIsWell;
 }
 
-int lines(const Options& options)
+int lines(const Options& options, std::ostream& out)
 {
     const Table table(readFiles(options.files).synopses);
     for (const std::vector<std::string>& line : table.lines(options.lines)) {
         for (std::size_t i = 0; i < line.size(); ++i) {
-            std::cout << (i == 0 ? "" : " ") << line[i];
+            out << (i == 0 ? "" : " ") << line[i];
         }
-        std::cout << '\n';
+        out << '\n';
     }
     return allIsWell;
 }
 
-int graph(const Options& options)
+int graph(const Options& options, std::ostream& out)
 {
     const Table table(readFiles(options.files).synopses);
     if (options.picture.empty()) {
-        std::cout << table.dot();
+        out << table.dot();
     } else if (table.connections() > maxConnectionsOfPicture && options.picture.rfind(".dot") == std::string::npos) {
         throw Failure("the graph has " + std::to_string(table.connections()) + " connections, a picture can have " +
                       std::to_string(maxConnectionsOfPicture) + "; draw fewer synopses, or write a .dot file");
@@ -121,14 +125,14 @@ int graph(const Options& options)
     return allIsWell;
 }
 
-int run(int (*command)(const Options&), const Options& options)
+int run(Command* command, const Options& options)
 {
     try {
-        const int status = command(options);
-        errno = 0;
-        if (!std::cout.flush()) {
-            throw Failure(std::string("can't write standard output") + (errno != 0 ? ": " : "") +
-                          (errno != 0 ? std::strerror(errno) : ""));
+        std::ostringstream out;
+        const int status = command(options, out);
+        const std::string text = out.str();
+        if (std::fwrite(text.data(), 1, text.size(), stdout) != text.size() || std::fflush(stdout) != 0) {
+            throw Failure(std::string("can't write standard output: ") + std::strerror(errno));
         }
         return status;
     } catch (const std::bad_alloc&) {
@@ -145,7 +149,7 @@ int main(int argc, char** argv)
 {
     std::signal(SIGPIPE, SIG_IGN); // a closed pipe is reported as a failed write
     Options options;
-    int (*command)(const Options&) = nullptr;
+    Command* command = nullptr;
     CLI::App app("Checks, explains and draws the synopses of command tables.", "corvane-velk");
     app.require_subcommand(1);
     app.set_help_flag();
@@ -161,7 +165,7 @@ int main(int argc, char** argv)
                "it. Lines that begin with # are comments. Without FILE, or for -, standard input is read.\n"
                "Exit status: 0; 1 with findings, or if no synopsis takes the line; 2 if something can't be read or "
                "written.");
-    const auto add = [&](const char* name, const char* description, int (*run)(const Options&)) {
+    const auto add = [&](const char* name, const char* description, Command* run) {
         CLI::App* const subcommand = app.add_subcommand(name, description);
         subcommand->callback([&command, run] { command = run; });
         return subcommand;
