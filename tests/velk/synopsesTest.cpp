@@ -85,6 +85,12 @@ TEST(Synopses, TellsWhatMayFollowAnyOfSeveralPlaceholders)
                 ElementsAre(Word{Role::keyword, "on"}, Word{Role::keyword, "off"}, Word{Role::keyword, "to"}));
 }
 
+TEST(Synopses, LeavesTheOrderInOneSynopsisToItsAuthor)
+{
+    EXPECT_THAT(check({{"limit [<low>] <high>"}}), IsEmpty());
+    EXPECT_EQ(check({{"limit { <low> | <high> }"}}).at(0).rule, Rule::neverChosen);
+}
+
 TEST(Synopses, EscapesWhatDotWouldReadOtherwise)
 {
     const std::string dot = Table({{R"(say "\n&lt;")"}}).dot();

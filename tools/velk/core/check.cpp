@@ -22,7 +22,7 @@ const std::array<RuleInfo, 10> rules = {{
     {Rule::neverChosen, Severity::error, "never-chosen",
      "Of the placeholders in one place, the first one from which the line reaches an end is taken."},
     {Rule::choiceByOrder, Severity::warning, "choice-by-order",
-     "A line that fits several placeholders goes to the one that was registered first."},
+     "A line that fits placeholders of several synopses goes to the one that was registered first."},
     {Rule::sharedEnd, Severity::warning, "shared-end",
      "Where two synopses end at the same word, the handler of the later one replaces the other."},
     {Rule::cycle, Severity::warning, "cycle",

@@ -68,6 +68,12 @@ private:
         }
         const std::string& name = m_graph.at(later.to).node->name;
         const NodeId taker = takerOf(earlier, *result.lineOfBoth);
+        const std::vector<Edge>& edges = m_graph.at(parent).edges;
+        const std::size_t other =
+            std::find_if(edges.begin(), edges.end(), [&](const Edge& edge) { return edge.to == taker; })->synopsis;
+        if (result.isEverChosen && other == later.synopsis) {
+            return; // "[<low>] <high>": the author has chosen the order
+        }
         const std::string takerName = quoted(m_graph.at(taker).node->name);
         std::vector<std::string> line = m_graph.wayTo(parent);
         line.push_back(name);
@@ -80,9 +86,6 @@ private:
                       " every line that fits it";
         m_findings.push_back(findingAt(m_graph, result.isEverChosen ? Rule::choiceByOrder : Rule::neverChosen,
                                        later.synopsis, name, message));
-        const std::vector<Edge>& edges = m_graph.at(parent).edges;
-        const std::size_t other =
-            std::find_if(edges.begin(), edges.end(), [&](const Edge& edge) { return edge.to == taker; })->synopsis;
         if (other != later.synopsis) {
             m_findings.back().other = other;
         }

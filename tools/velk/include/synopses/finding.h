@@ -34,7 +34,7 @@ enum class Rule
     unreachableCommand,  ///< its first word isn't its name
     catchesEveryLine,    ///< all of it may be left out
     neverChosen,         ///< another placeholder takes every line that this one takes
-    choiceByOrder,       ///< a line fits two placeholders, and the first one registered takes it
+    choiceByOrder,       ///< a line fits placeholders of two synopses, and the first one registered takes it
     sharedEnd,           ///< the later handler replaces the earlier one
     cycle                ///< a line may repeat words
 };
@@ -77,7 +77,8 @@ struct Finding
 /// Threads  any.
 std::vector<Finding> check(const std::vector<Synopsis>& synopses);
 
-/// Returns  the line, and under it a caret and tildes that mark a part of it; each begins with two blanks and ends with a
+/// Returns  the line, and under it a caret and tildes that mark a part of it; each begins with two blanks and ends with
+/// a
 ///          line feed. The text is taken as UTF-8.
 std::string excerpt(const std::string& line, std::size_t column, std::size_t length);
 
