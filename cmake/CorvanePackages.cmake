@@ -154,11 +154,8 @@ endif()
 
 get_property(corvane_programs GLOBAL PROPERTY CORVANE_PROGRAMS)
 if(corvane_programs)
-  set(corvane_tools_need "")
-  if("elogEngine" IN_LIST corvane_programs)
-    set(corvane_tools_need DEPENDS "corvane-platform-standins (= ${PROJECT_VERSION})")
-  endif()
-  corvane_add_package(tools NAME corvane-tools SECTION utils ${corvane_tools_need}
+  corvane_add_package(tools NAME corvane-tools SECTION utils
+    DEPENDS "corvane-platform-standins (= ${PROJECT_VERSION})"
     SUGGESTS graphviz
     DESCRIPTION "event-log engine and synopsis checker for users of libcorvane
 corvane-velk finds flaws in the synopses of command tables, tells which
