@@ -2,7 +2,7 @@
 ///
 ///     const TracingTexts tracing;
 ///
-/// For programs that link corvane_probe_recorder, which registers no provider with a tracing daemon.
+/// For programs that link corvane_internal_testing, which registers no provider with a tracing daemon.
 ///
 /// Threads  no other thread emits while it is made or destroyed.
 #ifndef CORVANE_TESTS_SUPPORT_TRACINGTEXTS_H
