@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-/// Stands in for the library's trace/emit.h where its syntax graph is compiled into this library: nothing is traced, and
-/// the checks see when the graph reports an error.
+/// Stands in for the library's trace/emit.h where its syntax graph is compiled into this library: nothing is traced,
+/// and the checks see when the graph reports an error.
 #ifndef CORVANE_SYNOPSES_QUIET_EMIT_H
 #define CORVANE_SYNOPSES_QUIET_EMIT_H
 
