@@ -60,12 +60,13 @@ std::string runDot(const std::string& drawing, const std::string& kind)
     pid_t process = 0;
     const int error = ::posix_spawnp(&process, "dot", &actions, nullptr, arguments, environ);
     ::posix_spawn_file_actions_destroy(&actions);
-    if (error != 0) {
-        throw Failure(std::string("can't run dot: ") + std::strerror(error) +
-                      "; install Graphviz, or write a file whose name ends with .dot");
-    }
     int status = 0;
-    while (::waitpid(process, &status, 0) < 0 && errno == EINTR) {
+    while (error == 0 && ::waitpid(process, &status, 0) < 0 && errno == EINTR) {
+    }
+    constexpr int notFound = 127; // that is all an emulator tells about a program that isn't there
+    if (error != 0 || (WIFEXITED(status) && WEXITSTATUS(status) == notFound)) {
+        throw Failure(std::string("can't run dot: ") + std::strerror(error != 0 ? error : ENOENT) +
+                      "; install Graphviz, or write a file whose name ends with .dot");
     }
     if (!WIFEXITED(status) || WEXITSTATUS(status) != 0) {
         throw Failure("dot could not make the picture");
