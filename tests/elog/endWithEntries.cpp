@@ -86,7 +86,7 @@ int main()
     const rlimit noCore = {0, 0};
     ::setrlimit(RLIMIT_CORE, &noCore);
     for (unsigned int number = 0; number < 20; ++number) {
-        ElogIf::getInstance().elogWrite(0, bigTextOfEntry(number), {number});
+        ElogIf::getInstance().elogWrite(0, uniformTextOfEntry(number), {number});
     }
     std::cout << "written" << std::endl;
     std::string way;

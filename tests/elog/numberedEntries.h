@@ -27,6 +27,12 @@ inline std::string bigTextOfEntry(unsigned int number)
     return text;
 }
 
+/// 1 MiB of one letter: made and compared at once, however slow the machine is.
+inline std::string uniformTextOfEntry(unsigned int number)
+{
+    return std::string(std::size_t{1} << 20U, static_cast<char>('a' + number % 26U));
+}
+
 struct PlainEntry
 {
     unsigned int eventId;
