@@ -128,7 +128,7 @@ public:
     /// Returns  0 if the probe is attached.
     int attach(const Tracepoint& tracepoint, void* data) const
     {
-        const lttng_ust_tracepoint& object = tracepoint.object;
+        const auto& object = tracepoint.object;
 #if CORVANE_OLD_LTTNG
         return m_attach(object.name, tracepoint.probe, data, object.signature);
 #else
@@ -139,7 +139,7 @@ public:
     /// When it returns, no thread is inside the probe.
     void detach(const Tracepoint& tracepoint, void* data) const
     {
-        const lttng_ust_tracepoint& object = tracepoint.object;
+        const auto& object = tracepoint.object;
 #if CORVANE_OLD_LTTNG
         m_detach(object.name, tracepoint.probe, data);
 #else

@@ -54,8 +54,9 @@ public:
     /// Waits until what this process wrote before has arrived, and so isn't recorded. Entries of other processes are
     /// recorded as soon as they arrive.
     ///
-    /// Requires  if it is the first one: no other thread uses the environment meanwhile. Best is to construct it before
-    ///           the process starts threads.
+    /// Requires  if it is the first one: no other thread uses the environment meanwhile, as a client does that waits
+    /// for
+    ///           an engine. Best is to construct it before the process starts threads.
     /// Errors    std::runtime_error if the client has found another engine before, or doesn't answer for 10 seconds;
     ///           std::system_error if there can't be a folder or a thread; std::logic_error if one lives already;
     ///           std::bad_alloc.
