@@ -8,10 +8,11 @@
 #   make fuzz     compare the library with plain models on random inputs; SECONDS=60 for each target, SEED=N repeats a run
 #   make coverage list the lines that the tests don't run, and the share of lines and branches that they run
 #   make package  make the Debian packages for this machine, in build/distro/packages
+#   make docs     make the site of guides and reference, build/docs/index.html
 #   make dist     make the source archive of the last commit, in build/dist
 #   make clean    remove the build trees
 
-.PHONY: build demo test check check-wider bench fuzz coverage package dist clean
+.PHONY: build demo test check check-wider bench fuzz coverage package docs dist clean
 
 CTEST_FLAGS ?= -j2
 
@@ -31,7 +32,7 @@ check:
 	@tools/checked $(MAKE) --no-print-directory test check-wider
 
 check-wider:
-	@tools/prerequisites build test unit check bench
+	@tools/prerequisites build test unit check bench docs
 	@tools/check
 
 bench:
@@ -51,6 +52,10 @@ coverage:
 package:
 	@tools/prerequisites build
 	@tools/package
+
+docs:
+	@tools/prerequisites docs
+	@tools/docs
 
 dist:
 	@tools/prerequisites dist
