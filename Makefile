@@ -61,7 +61,7 @@ dist:
 	@tools/prerequisites dist
 	@tools/dist
 
-docs/architecture.svg: docs/architecture.dot
+docs/%.svg: docs/%.dot
 	@tools/prerequisites docs
 	dot -Tsvg $< -o $@
 
