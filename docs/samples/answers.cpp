@@ -1,6 +1,7 @@
-/// Shows what a line does: registers the synopses before "--" in their order, and executes the words after it.
+/// Shows what lines do: registers the synopses before the first "--" in their order, and executes the lines after it.
+/// Further "--" separate the lines.
 ///
-///     answers 'show [-l] <file>' 'show dump' -- show -l a.txt
+///     answers 'show [-l] <file>' 'show dump' -- show -l a.txt -- show dump
 #include <algorithm>
 #include <iostream>
 #include <string>
@@ -16,7 +17,7 @@ int main(int argc, char** argv)
     const std::vector<std::string> arguments(argv + 1, argv + argc);
     const auto end = std::find(arguments.begin(), arguments.end(), "--");
     if (end == arguments.end()) {
-        std::cerr << "Usage: answers SYNOPSIS... -- WORD...\n";
+        std::cerr << "Usage: answers SYNOPSIS... -- WORD... [-- WORD...]...\n";
         return 2;
     }
 
@@ -30,5 +31,9 @@ int main(int argc, char** argv)
         const std::string name = synopsis->substr(0, synopsis->find_first_of(" [{|"));
         service.registerCmdTable(name, std::vector<CmdDefinitionCpp>{{*synopsis, handler, nullptr}});
     }
-    service.executeCmd({end + 1, arguments.end()}, std::cout);
+    for (auto next = end; next != arguments.end();) {
+        const auto first = next + 1;
+        next = std::find(first, arguments.end(), "--");
+        service.executeCmd({first, next}, std::cout);
+    }
 }
