@@ -36,13 +36,15 @@ namespace Corvane::Testing {
 /// One event-log entry as it arrived.
 struct Entry
 {
-    unsigned int eventId = 0;
-    std::string text = {};
-    std::vector<unsigned int> params = {};
-    int writer = 0; ///< the id of the process that sent it, as the kernel says
+    unsigned int eventId = 0;              ///< as given to elogWrite(), like the next two
+    std::string text = {};                 ///< may have NULs
+    std::vector<unsigned int> params = {}; ///< in the order of the caller
+    int writer = 0;                        ///< the id of the process that sent it, as the kernel says
 };
 
+/// Returns  true if all members are equal.
 bool operator==(const Entry& left, const Entry& right);
+/// Returns  true if one member differs.
 bool operator!=(const Entry& left, const Entry& right);
 
 /// Writes an entry on one line. Test frameworks show entries with it.

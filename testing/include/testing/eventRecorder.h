@@ -55,20 +55,22 @@ enum class EventName
 /// field that the event hasn't got is empty or 0.
 struct Event
 {
-    EventName name = EventName::Error;
-    std::string file = {};
-    unsigned int line = 0;
-    std::string obj = {}; ///< of TRACE1 to TRACE7, STATE_CHANGE, DATA, SEND_SIG and REC_SIG
-    std::string msg = {};
-    unsigned int sec = 0;  ///< of TRACE_UTS1 to TRACE_UTS7, as usec and process
-    unsigned int usec = 0; ///< microseconds
-    std::string process = {};
-    std::string data = {};  ///< of TRACE_UTS1 to TRACE_UTS7 and DATA: the bytes
-    unsigned int sigNo = 0; ///< of SEND_SIG and REC_SIG
-    unsigned int pid = 0;   ///< of SEND_SIG
+    EventName name = EventName::Error; ///< which event
+    std::string file = {};             ///< of every event, as line and msg
+    unsigned int line = 0;             ///< in `file`, or the constant that stands for the place
+    std::string obj = {};              ///< of TRACE1 to TRACE7, STATE_CHANGE, DATA, SEND_SIG and REC_SIG
+    std::string msg = {};              ///< the text
+    unsigned int sec = 0;              ///< of TRACE_UTS1 to TRACE_UTS7, as usec and process
+    unsigned int usec = 0;             ///< microseconds
+    std::string process = {};          ///< the name that the emitter gave
+    std::string data = {};             ///< of TRACE_UTS1 to TRACE_UTS7 and DATA: the bytes
+    unsigned int sigNo = 0;            ///< of SEND_SIG and REC_SIG
+    unsigned int pid = 0;              ///< of SEND_SIG
 };
 
+/// Returns  true if all fields are equal.
 bool operator==(const Event& left, const Event& right);
+/// Returns  true if one field differs.
 bool operator!=(const Event& left, const Event& right);
 
 /// Writes an event on one line, its name first. Test frameworks show events with it.

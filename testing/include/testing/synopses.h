@@ -30,7 +30,9 @@ public:
     {
     }
 
+    /// Returns  true if nothing was found.
     bool empty() const { return m_findings.empty(); }
+    /// Returns  what was found, in the order of the records.
     const std::vector<Synopses::Finding>& findings() const { return m_findings; }
 
     /// Returns  what is wrong with which record (counted from 1), with its synopsis and a caret; "" if there is

@@ -14,17 +14,20 @@ namespace Corvane::Synopses {
 /// A synopsis, and the name of the command under which it is registered.
 struct Synopsis
 {
+    /// As it is registered.
     std::string text;
     /// Empty: the first word of the synopsis.
     std::string command = std::string();
 };
 
+/// How bad a flaw is.
 enum class Severity
 {
     warning, ///< the synopsis works, but probably not as its author expects
     error    ///< a part of the synopsis is lost, or can never be used
 };
 
+/// What can be wrong with a synopsis.
 enum class Rule
 {
     unbalancedBrackets,  ///< the library reports it too, by the event ERROR
@@ -42,8 +45,8 @@ enum class Rule
 /// What is known about a rule.
 struct RuleInfo
 {
-    Rule rule;
-    Severity severity;
+    Rule rule;               ///< which rule
+    Severity severity;       ///< of all its findings
     const char* name;        ///< as tools print it, such as "lost-words"
     const char* description; ///< one sentence
 };
@@ -56,6 +59,7 @@ const RuleInfo& infoOf(Rule rule);
 
 struct Finding
 {
+    /// Which rule the synopsis breaks.
     Rule rule;
     /// The place of the synopsis in the list that was checked.
     std::size_t synopsis;

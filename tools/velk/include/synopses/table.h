@@ -38,6 +38,7 @@ enum class Role
 
 struct Word
 {
+    /// What it is.
     Role role;
     /// As it is written in the synopsis; an ignored word as it was typed.
     std::string name;
