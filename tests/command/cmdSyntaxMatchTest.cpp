@@ -308,6 +308,15 @@ TEST(Walk, AppendsTheTypedWordOfAChoiceThatLeadsToNoHandler)
     EXPECT_EQ(walked.node, at(rootOf(graph), {"x", "<p>"}));
 }
 
+TEST(Walk, AppendsTheTypedWordAlsoIfTheFirstPlaceholderHasAHandler)
+{
+    SyntaxGraph graph;
+    add(graph, "x", {"x <a>", "x <a> more words", "x <b> other"});
+    const Walked walked = walk(graph, {"x", "v", "more"});
+    EXPECT_EQ(walked.node, at(rootOf(graph), {"x", "<a>"}));
+    EXPECT_EQ(walked.usedWords, "x v ");
+}
+
 TEST(Walk, StartsAtAnyNodeAndNeedsNoUsedWords)
 {
     SyntaxGraph graph;

@@ -188,6 +188,22 @@ TEST(UsagePrinters, EndWhereACyclicSynopsisComesBack)
     EXPECT_EQ(dispatch(graph, {"x", "w", "p", "w", "p", "w"}).result, 1);
 }
 
+TEST(UsagePrinters, EndWhereACycleLeadsThroughGroupsOnly)
+{
+    const auto a = std::make_shared<Node>("a");
+    const auto b = std::make_shared<Node>("b");
+    for (const auto& [node, first] : {std::pair{a, b}, std::pair{b, a}}) {
+        node->addExistingSubnode(first);
+        node->addExistingSubnode(node);
+    }
+    std::ostringstream out;
+    SyntaxGraph::printSimpleSubNodes(a, out);
+    EXPECT_EQ(out.str(), "a [b] [a]");
+    std::vector<NodePtr> released;
+    a->subnodes.moveTo(released);
+    b->subnodes.moveTo(released);
+}
+
 TEST(PrintPelmSyntax, ClosesEveryBracketWhereACyclicSynopsisComesBack)
 {
     // Words that may be left out, each inside the one before.

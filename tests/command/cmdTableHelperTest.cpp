@@ -140,10 +140,10 @@ TEST(CommandService, IsReachedThroughItsFacade)
     service.executeCmd({"one", "x"}, out);
     EXPECT_EQ(calls, 1);
     const CapturedCout captured;
-    EXPECT_EQ(service.cmdHelp({"help"}, std::vector<CommandDefinitions>{{"a", {}, nullptr}}, false, false), 1);
-    EXPECT_EQ(service.cmdHelp({"help"}, std::cout, std::vector<CmdDefinition>{{"b", {}, nullptr}}, false, false), 1);
-    EXPECT_EQ(service.cmdHelp({"help"}, std::cout, std::vector<CmdDefinitionCpp>{{"c", {}, nullptr}}, false, false), 1);
-    EXPECT_EQ(captured.text(), "  a\n  b\n  c\n");
+    EXPECT_EQ(service.cmdHelp({"help"}, std::vector<CommandDefinitions>{{"a", {}, nullptr}}, true, false), 1);
+    EXPECT_EQ(service.cmdHelp({"help"}, std::cout, std::vector<CmdDefinition>{{"b", {}, nullptr}}, true, false), 1);
+    EXPECT_EQ(service.cmdHelp({"help"}, std::cout, std::vector<CmdDefinitionCpp>{{"c", {}, nullptr}}, true, false), 1);
+    EXPECT_EQ(captured.text(), "Command syntax:\n  a\nCommand syntax:\n  b\nCommand syntax:\n  c\n");
 }
 
 TEST(Execution, GivesTwentyAndTheUsageForALineThatLeadsToNoHandler)

@@ -84,6 +84,16 @@ TEST_F(FileStreamBufTest, CloseMovesTheTextAndReleasesTheFile)
     EXPECT_FALSE(buffer->isOpen());
 }
 
+TEST_F(FileStreamBufTest, AClosedBufferHoldsNoMemoryForText)
+{
+    FileStreamBufImpl text;
+    ASSERT_TRUE(text.create("a", 0, 0));
+    std::ostream(&text) << std::string(100, 'x') << std::flush;
+    ASSERT_GE(FileStreamBufTestAccess::capacity(text), 100U); // kept for the next line
+    text.close();
+    EXPECT_EQ(FileStreamBufTestAccess::capacity(text), std::string().capacity());
+}
+
 TEST_F(FileStreamBufTest, TextForAClosedBufferIsDropped)
 {
     std::ostream out(buffer.get());

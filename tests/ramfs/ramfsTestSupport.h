@@ -112,6 +112,7 @@ struct FileStreamBufTestAccess
         buffer.m_text = std::move(text);
         buffer.m_length = buffer.m_text.size();
     }
+    static std::size_t capacity(const FileStreamBufImpl& buffer) { return buffer.m_text.capacity(); }
     static void cutPendingText(FileStreamBufImpl& buffer, std::size_t length) { buffer.m_length = length; }
     static std::vector<const void*> members(const FileStreamBufImpl& buffer)
     {

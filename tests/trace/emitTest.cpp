@@ -1,6 +1,7 @@
 /// How the library emits: nothing at all while an event is off, everything once while it is on.
 #include <future>
 #include <locale>
+#include <new>
 #include <ostream>
 #include <sstream>
 #include <stdexcept>
@@ -144,6 +145,17 @@ TEST(EmitText, ReachesTheCallerOfASiteWhenItThrows)
 
     EventRecorder recorder({EventName::Info});
     EXPECT_THROW(Corvane::Trace::info("x.cpp", 1, writeText), std::runtime_error);
+    EXPECT_THAT(recorder.take(), IsEmpty());
+}
+
+TEST(EmitText, IsNotEmittedWhereItsStreamSwallowedAFailedAllocation)
+{
+    ProbeRecorder recorder({ProbedEvent::Info});
+    const auto writeText = [](std::ostream& msg) {
+        msg << "the first half";
+        msg.setstate(std::ios_base::badbit); // what an insertion leaves behind that finds no memory
+    };
+    EXPECT_THROW(Corvane::Trace::info("x.cpp", 1, writeText), std::bad_alloc);
     EXPECT_THAT(recorder.take(), IsEmpty());
 }
 
