@@ -4,6 +4,8 @@
 #include <cstdlib>
 #include <new>
 
+#include "tests/support/failingAllocation.h"
+
 namespace {
 
 thread_local Corvane::Testing::Cost used = {0, 0};
@@ -14,6 +16,10 @@ Corvane::Testing::Cost Corvane::Testing::usedSoFar()
 {
     return used;
 }
+
+// No allocation fails here, so the engine's double needs no memory set apart.
+Corvane::Testing::MemoryForTest::MemoryForTest() : m_wasFailing(false) {}
+Corvane::Testing::MemoryForTest::~MemoryForTest() = default;
 
 // NOLINTNEXTLINE(bugprone-reserved-identifier): the compiler's name
 extern "C" void __sanitizer_cov_trace_pc()

@@ -150,7 +150,7 @@ TEST(EmitText, ReachesTheCallerOfASiteWhenItThrows)
 
 TEST(EmitText, IsNotEmittedWhereItsStreamSwallowedAFailedAllocation)
 {
-    ProbeRecorder recorder({ProbedEvent::Info});
+    EventRecorder recorder({EventName::Info});
     const auto writeText = [](std::ostream& msg) {
         msg << "the first half";
         msg.setstate(std::ios_base::badbit); // what an insertion leaves behind that finds no memory
