@@ -28,7 +28,7 @@ protected:
 };
 
 using Mutexes = testing::Types<Corvane::Mutex, Corvane::SharedMutex>;
-TYPED_TEST_SUITE(LockAtEnd, Mutexes);
+TYPED_TEST_SUITE(LockAtEnd, Mutexes, ); // clang misses the last argument otherwise
 
 TYPED_TEST(LockAtEnd, TakesAFreeLockAlsoInAForkedChild)
 {
