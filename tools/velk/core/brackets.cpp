@@ -74,7 +74,7 @@ void checkPlaceholder(std::size_t synopsis, const Token& last, std::vector<Findi
     if (depth > 0) {
         findings.push_back(
             {Rule::unclosedPlaceholder, synopsis, last.column + opened, last.text.size() - opened,
-             "no \">\" closes this \"<\": the rest of the synopsis belongs to the word " + quoted(last.text)});
+             R"(no ">" closes this "<": the rest of the synopsis belongs to the word )" + quoted(last.text)});
     }
 }
 

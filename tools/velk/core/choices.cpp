@@ -94,10 +94,7 @@ private:
     /// Returns  the first of the placeholders from which the library reaches a handler.
     NodeId takerOf(const Places& placeholders, const std::vector<std::string>& rest) const
     {
-        std::vector<const char*> words;
-        for (const std::string& word : rest) {
-            words.push_back(word.c_str());
-        }
+        const std::vector<const char*> words = pointersTo(rest);
         return *std::find_if(placeholders.begin(), placeholders.end(), [&](NodeId id) {
             return m_graph.walk(m_graph.at(id).node, words.data(), words.size(), nullptr)->handler.hasFunction();
         });

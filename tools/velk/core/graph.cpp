@@ -66,7 +66,14 @@ std::string quoted(const std::vector<std::string>& words)
     return quoted(joined(words));
 }
 
-Graph::Graph(const std::vector<Synopsis>& list) : synopses(list)
+std::vector<const char*> pointersTo(const std::vector<std::string>& words)
+{
+    std::vector<const char*> pointers(words.size());
+    std::transform(words.begin(), words.end(), pointers.begin(), [](const std::string& word) { return word.c_str(); });
+    return pointers;
+}
+
+Graph::Graph(std::vector<Synopsis> list) : synopses(std::move(list))
 {
     const ExclusiveLock lock(m_graph.mutex);
     number(m_graph.root);

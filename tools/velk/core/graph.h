@@ -69,7 +69,7 @@ class Graph
 {
 public:
     /// Errors  TooLarge.
-    explicit Graph(const std::vector<Synopsis>& list);
+    explicit Graph(std::vector<Synopsis> list);
 
     /// Returns  the nodes that the first word of a line leads to.
     std::vector<NodePtr> startsOf(const std::string& word) const;
@@ -106,6 +106,9 @@ private:
 
 /// Returns  the synopsis whose handler the node has.
 std::size_t synopsisOf(const Node& node);
+
+/// Returns  the C strings of the words, which own them.
+std::vector<const char*> pointersTo(const std::vector<std::string>& words);
 
 /// Returns  the words, with quotation marks around them all.
 std::string quoted(const std::vector<std::string>& words);

@@ -57,6 +57,7 @@ private:
         return std::find(m_canEnd.back().begin(), m_canEnd.back().end(), true) != m_canEnd.back().end();
     }
 
+    // NOLINTNEXTLINE(misc-no-recursion): it goes as deep as a line has words
     void extend(NodeId node, std::size_t words)
     {
         if (found.size() == m_most || !m_canEnd[words][node]) {
@@ -82,6 +83,25 @@ private:
     std::set<std::vector<std::string>> m_known;
 };
 
+/// Returns  the nodes that a line of at least one word can lead to, each once.
+std::vector<NodePtr> nodesAfter(const Graph& graph, const std::vector<std::string>& line)
+{
+    std::vector<NodePtr> nodes = graph.startsOf(line.front());
+    for (auto word = line.begin() + 1; word != line.end(); ++word) {
+        std::vector<NodePtr> next;
+        std::set<NodePtr> seen;
+        for (const NodePtr& node : nodes) {
+            for (const NodePtr& match : node->findMatchingSubnodes(*word)) {
+                if (seen.insert(match).second) {
+                    next.push_back(match);
+                }
+            }
+        }
+        nodes.swap(next);
+    }
+    return nodes;
+}
+
 } // namespace
 
 std::vector<std::vector<std::string>> Table::lines(std::size_t most, std::size_t mostWords) const
@@ -94,31 +114,20 @@ std::vector<std::vector<std::string>> Table::lines(std::size_t most, std::size_t
 Following Table::following(const std::vector<std::string>& line) const
 {
     Following result;
-    std::vector<NodePtr> nodes{m_graph->root()};
-    for (std::size_t i = 0; i < line.size(); ++i) {
-        std::vector<NodePtr> next;
-        std::set<NodePtr> seen;
-        for (const NodePtr& node : nodes) {
-            for (const NodePtr& match : i == 0 ? m_graph->startsOf(line[i]) : node->findMatchingSubnodes(line[i])) {
-                if (seen.insert(match).second) {
-                    next.push_back(match);
-                }
-            }
-        }
-        nodes.swap(next);
-    }
     if (line.empty()) {
+        result.mayEnd = m_graph->root()->handler.hasFunction();
         for (const std::string& command : m_graph->commands) {
             if (!m_graph->startsOf(command).empty()) {
                 result.words.push_back({Role::command, command});
             }
         }
+        return result;
     }
     std::set<std::string> names;
-    for (const NodePtr& node : nodes) {
+    for (const NodePtr& node : nodesAfter(*m_graph, line)) {
         result.mayEnd = result.mayEnd || node->handler.hasFunction();
         for (const NodePtr& subnode : node->subnodes) {
-            if (!line.empty() && names.insert(subnode->name).second) {
+            if (names.insert(subnode->name).second) {
                 result.words.push_back({subnode->isArgument ? Role::placeholder : Role::keyword, subnode->name});
             }
         }

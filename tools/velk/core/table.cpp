@@ -9,15 +9,6 @@ namespace Corvane::Synopses {
 
 namespace {
 
-std::vector<const char*> pointersTo(const std::vector<std::string>& line)
-{
-    std::vector<const char*> words;
-    for (const std::string& word : line) {
-        words.push_back(word.c_str());
-    }
-    return words;
-}
-
 Role roleOf(const Node& node, std::size_t place)
 {
     return place == 0 ? Role::command : node.isArgument ? Role::placeholder : Role::keyword;

@@ -45,9 +45,8 @@ std::string runDot(const std::string& drawing, const std::string& kind)
 {
     const TemporaryFile in = makeTemporaryFile();
     const TemporaryFile out = makeTemporaryFile();
-    std::fwrite(drawing.data(), 1, drawing.size(), in.get());
-    std::rewind(in.get()); // writes it, too
-    if (std::ferror(in.get()) != 0) {
+    const bool isWritten = std::fwrite(drawing.data(), 1, drawing.size(), in.get()) == drawing.size();
+    if (!isWritten || std::fseek(in.get(), 0, SEEK_SET) != 0) { // which writes what is still buffered
         throw Failure(std::string("can't write a temporary file: ") + std::strerror(errno));
     }
     posix_spawn_file_actions_t actions;
