@@ -1,4 +1,5 @@
 /// The locks that are taken while a process ends.
+#include <chrono>
 #include <future>
 
 #include <gtest/gtest.h>
@@ -40,6 +41,15 @@ TYPED_TEST(LockAtEnd, DoesNotWaitInAForkedChildForALockThatIsHeld)
 {
     const ExclusiveLock<TypeParam> lock(this->m_mutex);
     EXPECT_FALSE(std::async(std::launch::async, [this] { return isTaken(this->m_mutex, true); }).get());
+}
+
+TEST(TimeAfter, CountsFromNow)
+{
+    const auto now = [] { return std::chrono::system_clock::to_time_t(std::chrono::system_clock::now()); };
+    const auto earliest = now();
+    const auto latest = Corvane::Detail::timeAfter(std::chrono::seconds(100)).tv_sec - 100;
+    EXPECT_LE(earliest, latest);
+    EXPECT_LE(latest, now());
 }
 
 } // namespace
