@@ -31,6 +31,8 @@ public:
     ///
     /// Errors  std::bad_alloc.
     CommandSession();
+
+    /// Deregisters the hook.
     ~CommandSession();
 
     /// Splits a line into words, with quotes and comments as <console/words.h> says, and executes it. A blank line is

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 /// Finds flaws in the synopses of command tables: what the library loses, can't reach or takes in another way than its
-/// author means. It refuses no synopsis, so a test has to ask:
+/// author means. The library refuses no synopsis, so a test has to ask:
 ///
 ///     EXPECT_EQ(Corvane::Testing::checkSynopses("show", showTable()).text(), "");
 ///

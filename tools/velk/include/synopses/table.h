@@ -81,6 +81,8 @@ public:
     explicit Table(const std::vector<Synopsis>& synopses);
     Table(const Table&) = delete;
     Table& operator=(const Table&) = delete;
+
+    /// Forgets the synopses.
     ~Table();
 
     /// Returns  the findings, in the order of the synopses and of their columns.
