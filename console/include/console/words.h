@@ -8,6 +8,9 @@
 ///
 ///     commands.executeCmd(Corvane::Console::splitLine("note 'my file' text # for later"), out); // three words
 ///
+/// These are in a static library: with CMake `find_package(Corvane CONFIG REQUIRED COMPONENTS console)` and
+/// `Corvane::console`, else `-lcorvane_console`.
+///
 /// Threads  any.
 /// Since    0.1.0
 #ifndef CORVANE_CONSOLE_WORDS_H
