@@ -5,11 +5,11 @@
 #include <testing/entryRecorder.h>
 #include <testing/eventRecorder.h>
 #include <testing/files.h>
+#include <testing/synopses.h>
 
 #include "carriers.h"
 
 using namespace Corvane::Testing;
-
 struct Carriers : testing::Test
 {
     Carriers()
@@ -37,4 +37,9 @@ TEST_F(Carriers, TellTheEventLogThatTheyAreOff)
     EXPECT_TRUE(session.run("carrier dim west").isUsage);
     session.run("carrier off west");
     EXPECT_EQ(entries.take(1), std::vector<Entry>({{1007, "carrier west is off", {}, getpid()}}));
+}
+
+TEST_F(Carriers, HaveSynopsesWithoutAFlaw)
+{
+    EXPECT_EQ(checkSynopses("carrier", carrierTable()).text(), "");
 }
