@@ -36,7 +36,8 @@ set(corvane_control "${PROJECT_BINARY_DIR}/control")
 file(CONFIGURE OUTPUT "${corvane_control}/triggers" CONTENT "activate-noawait ldconfig\n")
 file(CONFIGURE OUTPUT "${corvane_control}/shlibs" CONTENT "libcorvane 0 libcorvane0 (>= ${PROJECT_VERSION})\n")
 
-# Each package carries the license, and this version's part of CHANGELOG.md in Debian's form.
+# Each package carries the license, and this version's part of CHANGELOG.md in Debian's form. packaging/NAME.copyright has
+# the licenses of others whose code is compiled into a package.
 file(READ "${PROJECT_SOURCE_DIR}/LICENSE" corvane_license)
 string(REGEX MATCH "Copyright \\(c\\) ([^\n]+)\n+(.*)" corvane_license "${corvane_license}")
 set(corvane_holder "${CMAKE_MATCH_1}")
@@ -85,7 +86,15 @@ function(corvane_add_package component)
   endforeach()
   set(${prefix}_DESCRIPTION "${arg_DESCRIPTION}" PARENT_SCOPE)
   set(CPACK_COMPONENTS_ALL ${CPACK_COMPONENTS_ALL} ${component} PARENT_SCOPE)
-  install(FILES "${corvane_control}/changelog.gz" "${corvane_control}/copyright"
+  set(copyright "${corvane_control}/copyright")
+  set(others "${PROJECT_SOURCE_DIR}/packaging/${arg_NAME}.copyright")
+  if(EXISTS "${others}")
+    file(READ "${copyright}" all)
+    file(READ "${others}" others)
+    set(copyright "${corvane_control}/${arg_NAME}/copyright")
+    file(CONFIGURE OUTPUT "${copyright}" @ONLY CONTENT "${all}\n${others}")
+  endif()
+  install(FILES "${corvane_control}/changelog.gz" "${copyright}"
     DESTINATION "share/doc/${arg_NAME}" COMPONENT ${component})
   set(overrides "${PROJECT_SOURCE_DIR}/packaging/${arg_NAME}.lintian-overrides")
   if(EXISTS "${overrides}")
