@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
-/// Splits a typed line into words, with the quoting of a shell, and turns the escapes in a word into bytes.
+/// Splits a typed line into words, with the quoting of a shell. Turns the escapes in a word into bytes.
 ///
-/// Blanks, tabs and carriage returns separate words. Text between single quotes is taken as it is. Between double
-/// quotes a backslash makes a double quote or a backslash an ordinary character; outside of quotes it does so for any
-/// character. Quoted and unquoted pieces without a blank between them make one word; '' is an empty word. A "#" at the
-/// beginning of a word starts a comment.
+/// Blanks, tabs and carriage returns separate words. Text between single quotes is taken as it is. Outside of quotes, a
+/// backslash makes the next character an ordinary one. Between double quotes, it does so only for a double quote and
+/// for a backslash. Quoted and unquoted pieces without a blank between them are one word. '' is an empty word. A "#" at
+/// the beginning of a word starts a comment.
 ///
 ///     commands.executeCmd(Corvane::Console::splitLine("note 'my file' text # for later"), out); // three words
 ///
@@ -22,7 +22,7 @@
 
 namespace Corvane::Console {
 
-/// Tells what is wrong with a line.
+/// Says what is wrong with a line.
 struct BadLine : std::runtime_error
 {
     using std::runtime_error::runtime_error;
@@ -32,7 +32,7 @@ struct BadLine : std::runtime_error
 /// Errors   BadLine; std::bad_alloc.
 std::vector<std::string> splitLine(const std::string& line);
 
-/// Returns  the bytes that a word stands for: \n, \t, \\ and \x41 stand for one byte each, all else for itself.
+/// Returns  the bytes that a word stands for: \n, \t, \\ and \x41 stand for one byte each, all other text for itself.
 /// Errors   std::bad_alloc.
 std::string unescape(const std::string& word);
 

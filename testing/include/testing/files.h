@@ -9,9 +9,9 @@
 
 namespace Corvane::Testing {
 
-/// Takes all files out of the directory. Handles that are open keep their content, which nobody else finds any more.
+/// Takes all files out of the directory. Open handles still work, but nobody can open their files any more.
 ///
-/// Automatic reference numbers go on: where files were created before, the first file of a test doesn't get number 1.
+/// Automatic reference numbers go on: if files were created before, the first file of a test doesn't get number 1.
 ///
 /// Threads  any.
 /// Errors   std::bad_alloc, if the removal is traced.

@@ -1,11 +1,12 @@
 // SPDX-License-Identifier: MIT
-/// Finds flaws in the synopses of command tables: what the library loses, can't reach or takes in another way than its
-/// author means. The library refuses no synopsis, so a test has to ask:
+/// Finds flaws in the synopses of command tables: words that the library loses, commands that it can't reach, and
+/// synopses that mean something else than their author expects. The library refuses no synopsis, so let a test check
+/// them:
 ///
 ///     EXPECT_EQ(Corvane::Testing::checkSynopses("show", showTable()).text(), "");
 ///
-/// Nothing is registered and no handler is called. The same findings come from `corvane-velk check`; its man page
-/// describes each.
+/// Nothing is registered and no handler is called. The program `corvane-velk check` has the same findings. Its man page
+/// describes each of them.
 ///
 /// Since  0.1.0
 #ifndef CORVANE_TESTING_SYNOPSES_H
@@ -35,8 +36,8 @@ public:
     /// Returns  what was found, in the order of the records.
     const std::vector<Synopses::Finding>& findings() const { return m_findings; }
 
-    /// Returns  what is wrong with which record (counted from 1), with its synopsis and a caret; "" if there is
-    /// nothing.
+    /// Returns  for each finding, the number of the record (from 1 on), what is wrong, the synopsis, and a caret that
+    ///          marks the place; "" if nothing was found.
     std::string text() const;
 
 private:
@@ -44,11 +45,11 @@ private:
     std::vector<Synopses::Finding> m_findings;
 };
 
-/// Writes the text of the findings. Test frameworks show them with it.
+/// Writes the text of the findings. Test frameworks use it to show them.
 std::ostream& operator<<(std::ostream& out, const SynopsisFindings& findings);
 
-/// Returns  the synopses of a table with records of any kind. For an application of several tables, put those of all
-///          tables behind each other, in the order in which it registers them.
+/// Returns  the synopses of a table with records of any kind. If an application has several tables, put the synopses of
+///          all tables into one list, in the order in which the application registers them.
 template <typename Record>
 std::vector<Synopses::Synopsis> synopsesOf(const std::string& commandName, const std::vector<Record>& table)
 {
@@ -59,7 +60,7 @@ std::vector<Synopses::Synopsis> synopsesOf(const std::string& commandName, const
     return synopses;
 }
 
-/// Checks synopses as an application registers them.
+/// Checks a list of synopses, in the order in which an application registers them.
 ///
 /// Errors   Synopses::TooLarge (synopses/table.h), std::bad_alloc.
 /// Threads  any.

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-/// What is wrong with synopses: the flaws that the library accepts in silence, or only reports in a trace.
+/// What is wrong with synopses: flaws that the library doesn't report, or only reports in a trace.
 #ifndef CORVANE_SYNOPSES_FINDING_H
 #define CORVANE_SYNOPSES_FINDING_H
 
@@ -16,7 +16,7 @@ struct Synopsis
 {
     /// As it is registered.
     std::string text;
-    /// Empty: the first word of the synopsis.
+    /// If it is empty, the command is the first word of the synopsis.
     std::string command = std::string();
 };
 
@@ -33,8 +33,8 @@ enum class Rule
     unbalancedBrackets,  ///< the library reports it too, by the event ERROR
     wrongBracket,        ///< "[ x }" or "{ x ]"
     unclosedPlaceholder, ///< "<" without ">"
-    lostWords,           ///< the library reads the synopsis only up to a "|", "]" or "}" outside every group
-    unreachableCommand,  ///< its first word isn't its name
+    lostWords,           ///< the library reads the synopsis only up to a "|", "]" or "}" that is in no group
+    unreachableCommand,  ///< the first word of the synopsis isn't the name of its command
     catchesEveryLine,    ///< all of it may be left out
     neverChosen,         ///< another placeholder takes every line that this one takes
     choiceByOrder,       ///< a line fits placeholders of two synopses, and the first one registered takes it
@@ -69,21 +69,20 @@ struct Finding
     std::size_t length;
     /// One sentence without a full stop.
     std::string message;
-    /// The place of another synopsis that plays a part.
+    /// The place of another synopsis that is part of the flaw.
     std::optional<std::size_t> other = std::nullopt;
 };
 
-/// Checks synopses as an application registers them: in this order, all in one process. Neighbours with the same
-/// command are one table.
+/// Checks synopses as an application registers them: in this order, all in one process. Synopses that follow each other
+/// and have the same command are one table.
 ///
 /// Returns  the findings, in the order of the synopses and of their columns.
 /// Errors   TooLarge (synopses/table.h), std::bad_alloc.
 /// Threads  any.
 std::vector<Finding> check(const std::vector<Synopsis>& synopses);
 
-/// Returns  the line, and under it a caret and tildes that mark a part of it; each begins with two blanks and ends with
-/// a
-///          line feed. The text is taken as UTF-8.
+/// Returns  two lines: the given line, and under it a caret and tildes that mark a part of it. Each begins with two
+///          blanks and ends with a line feed. The text is taken as UTF-8.
 std::string excerpt(const std::string& line, std::size_t column, std::size_t length);
 
 /// Returns  "error" or "warning".

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 /// Questions about synopses: what a line means, which lines there are, what may follow some words, and a drawing.
 ///
-/// The answers come from the library's own syntax graph, built from the synopses as the library builds it. No handler
-/// runs, nothing is traced, and the tables that the process has registered are not touched.
+/// The answers come from a syntax graph. The library's own code builds it from the synopses. No handler runs, and
+/// nothing is traced. The tables that the process has registered stay as they are.
 #ifndef CORVANE_SYNOPSES_TABLE_H
 #define CORVANE_SYNOPSES_TABLE_H
 
@@ -32,15 +32,15 @@ enum class Role
 {
     command,     ///< the name of a command
     keyword,     ///< typed as it is written in the synopsis
-    placeholder, ///< a value of the user's
-    ignored      ///< the library calls the handler with it, but no synopsis asks for it
+    placeholder, ///< a value that the user chooses
+    ignored      ///< the handler gets the word, but the synopsis has no such word
 };
 
 struct Word
 {
     /// What it is.
     Role role;
-    /// As it is written in the synopsis; an ignored word as it was typed.
+    /// The word as it is written in the synopsis; if it is ignored, the word as it was typed.
     std::string name;
     bool operator==(const Word& other) const { return role == other.role && name == other.name; }
 };
@@ -57,22 +57,22 @@ struct Match
 {
     /// The place of the synopsis whose handler runs; none if the library prints the usage.
     std::optional<std::size_t> synopsis;
-    /// One for each word of the line; only if a handler runs.
+    /// What each word of the line is. Empty if no handler runs.
     std::vector<Word> words;
 };
 
 /// What may come after some words.
 struct Following
 {
-    /// Each word once, in the order of the synopses. A line may also go on with any word where one is a placeholder.
+    /// Each word once, in the order of the synopses. If one of them is a placeholder, any word may follow.
     std::vector<Word> words;
-    /// Whether the line may end here: a handler runs then.
+    /// Whether the line may end here. If it may, a handler runs.
     bool mayEnd = false;
 };
 
 /// A list of synopses.
 ///
-/// Threads  any, also the same object at the same time.
+/// Threads  any. Several threads may use the same object at the same time.
 /// Errors   std::bad_alloc.
 class Table
 {
@@ -88,23 +88,23 @@ public:
     /// Returns  the findings, in the order of the synopses and of their columns.
     std::vector<Finding> check() const;
 
-    /// Returns  the names of the commands, in the order of the synopses, each once.
+    /// Returns  the name of each command once, in the order of the synopses.
     const std::vector<std::string>& commands() const;
 
     /// Returns  which synopsis takes the line, and what its words are.
     Match match(const std::vector<std::string>& line) const;
 
-    /// Returns  the usage that the library prints where it stops in this line, in either format, whether or not it
-    /// prints
-    ///          one: byte for byte, with the blanks and line feeds at its end.
+    /// Returns  the usage for this line in the given format, also if the line runs a handler. It has the same bytes as
+    ///          the usage that the library prints, with the blanks and line feeds at its end.
     std::string usage(const std::vector<std::string>& line, Format format) const;
 
-    /// Returns  lines that run a handler, the shortest first, at most `most`; lines of one length in the order of the
-    ///          synopses. Each placeholder stands there as its name. Lines of more than `mostWords` words are left out.
+    /// Returns  lines that run a handler, at most `most` lines. The shortest comes first. Lines of the same length are
+    ///          in the order of the synopses. Each placeholder is written as its name. Lines of more than `mostWords`
+    ///          words are left out.
     std::vector<std::vector<std::string>> lines(std::size_t most, std::size_t mostWords = 64) const;
 
-    /// Returns  what may come after these words, for completion: nothing after words that no line begins with. Where
-    ///          placeholders leave a choice, all that may follow any of them.
+    /// Returns  what may come after these words, for completion. If no line begins with these words, nothing may
+    ///          follow. If several placeholders fit a word, the result has all that may follow any of them.
     Following following(const std::vector<std::string>& line) const;
 
     /// Returns  the number of words in the graph.
@@ -113,9 +113,8 @@ public:
     /// Returns  the number of its connections.
     std::size_t connections() const;
 
-    /// Returns  a drawing of the graph with a legend, in the language of Graphviz' dot. Keywords, placeholders, ends
-    /// and
-    ///          words that several ways share differ in their shapes and lines, not in colour.
+    /// Returns  a drawing of the graph with a legend, in the language of Graphviz' dot. Keywords, placeholders, ends,
+    ///          and words that several ways share have different shapes and lines. So they need no colours.
     std::string dot() const;
 
 private:
