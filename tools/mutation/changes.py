@@ -1,4 +1,4 @@
-# The changes that tools/mutants makes: what each token of a source could be instead.
+# The changes that tools/mutants makes: for each token of a source, what may stand in its place.
 import collections
 import hashlib
 import os
