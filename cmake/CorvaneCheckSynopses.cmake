@@ -1,5 +1,5 @@
-# corvane_check_synopses(TARGET FILE...): checks files with synopses, one a line, before TARGET is built. What
-# `corvane-velk check` finds fails the build and stands in its output. Call it once for a target.
+# corvane_check_synopses(TARGET FILE...): checks files with synopses, one on each line, before TARGET is built. If
+# `corvane-velk check` finds a flaw, the build fails and its output shows the flaw. Call it once for a target.
 function(corvane_check_synopses target)
   if(TARGET corvane-velk) # this project builds it
     set(program corvane-velk)

@@ -1,5 +1,5 @@
-/// Shows what lines do: registers the synopses before the first "--" in their order, and executes the lines after it.
-/// Further "--" separate the lines.
+/// Shows what lines do. Registers the synopses before the first "--" in their order, and executes the lines after it.
+/// Between two lines there is another "--".
 ///
 ///     answers 'show [-l] <file>' 'show dump' -- show -l a.txt -- show dump
 #include <algorithm>

@@ -1,4 +1,4 @@
-/// Where a write begins, for a position in each region. Every write is of one byte.
+/// Where a write begins, for a position in each region. Every write writes one byte.
 #include <iostream>
 #include <string>
 

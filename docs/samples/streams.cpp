@@ -1,4 +1,4 @@
-/// Where the output of the two kinds of handlers ends.
+/// Where the output of the two kinds of handlers goes.
 #include <iostream>
 #include <sstream>
 #include <string>

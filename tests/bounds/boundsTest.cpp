@@ -1,4 +1,4 @@
-/// The cost of each operation grows with its input as docs/testing.md says, and no faster.
+/// The cost of each operation grows with its input by the law in docs/testing.md, and by no other law.
 ///
 /// The tests print the rows of that page's table: bounds_test | grep '^|'
 #include <algorithm>

@@ -1,4 +1,4 @@
-/// What arrives of a process's entries, for each way in which a process can end.
+/// Which entries of a process arrive, for each way in which a process can end.
 #include <chrono>
 #include <csignal>
 #include <future>

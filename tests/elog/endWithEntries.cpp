@@ -1,5 +1,6 @@
-/// An application that ends with entries queued. It writes 20 numbered entries of 1 MiB, more than an engine that
-/// doesn't read can be sent; then it writes "written", waits for a line of input and ends in the way that this names.
+/// An application that ends while entries are queued. It writes 20 numbered entries of 1 MiB. If the engine doesn't
+/// read, not all of them can be sent. Then it prints "written" and waits for a line of input, which names the way to
+/// end.
 ///
 ///     return, exit, quick_exit, _exit, abort, SIGTERM, SIGKILL, exec
 ///     new_handler   a thread calls exit(3) inside elogWrite(), as a handler of missing memory may

@@ -1,5 +1,5 @@
-/// Operations of which each allocation fails while they are traced, and those that allocationFailureTest.cpp leaves
-/// out.
+/// Lets each allocation of an operation fail: of operations that are traced, and of those that
+/// allocationFailureTest.cpp leaves out.
 #include <functional>
 #include <ostream>
 #include <string>

@@ -1,4 +1,4 @@
-/// A stream buffer whose file's lock, or the directory's, can't be taken.
+/// A stream buffer, when the lock of its file or of the directory can't be taken.
 #include <functional>
 #include <ostream>
 #include <string>

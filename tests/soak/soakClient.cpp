@@ -3,8 +3,8 @@
 ///
 ///   soakClient STATE_FILE CLIENT SEED [FLAW]
 ///
-/// It goes on until a line comes on standard input, or its end: "leave" lets the threads that write entries go on while
-/// the process ends; with everything else they end before. Exit status: 0; 1 and a message if a result was wrong.
+/// It goes on until standard input has a line, or ends. If the line is "leave", the threads that write entries go on
+/// while the process ends. Otherwise they end before. Exit status: 0; 1 and a message if a result was wrong.
 #include <chrono>
 #include <cstdlib>
 #include <functional>

@@ -1,6 +1,6 @@
-/// Records which locks this thread takes, and how, and makes some fail: it replaces the calls behind std::shared_mutex,
-/// and those behind std::mutex for the mutexes of a chosen object. It also records how many locks are held when memory
-/// of a chosen size is freed: it replaces operator new and operator delete.
+/// Records which locks this thread takes, and how, and makes some fail. For this it replaces the calls behind
+/// std::shared_mutex, and the calls behind std::mutex for the mutexes of a chosen object. It also records how many
+/// locks are held when memory of a chosen size is freed. For this it replaces operator new and operator delete.
 ///
 ///     LockRecorder recorder;
 ///     manager.exists("a");

@@ -1,4 +1,4 @@
-/// Turns the events that the library emits on without a receiver: their texts are made and dropped.
+/// Turns on the events that the library emits, without a receiver: their texts are made and dropped.
 ///
 ///     const TracingTexts tracing;
 ///

@@ -1,6 +1,5 @@
-/// Services that are used inside each other: handlers, hooks, streams and destructors that call the library, on two
-/// threads that do it in opposite orders. With ThreadSanitizer the order in which locks are taken is recorded: a cycle
-/// in it ends the test.
+/// Services that are used inside each other: handlers, hooks, streams and destructors call the library. Two threads do
+/// this in opposite orders. ThreadSanitizer records the order in which locks are taken, and a cycle ends the test.
 #include <atomic>
 #include <memory>
 #include <ostream>

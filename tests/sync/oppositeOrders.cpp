@@ -3,8 +3,8 @@
 ///     oppositeOrders exclusive|shared|recursive|platform|library
 ///
 /// exclusive: a Mutex and a SharedMutex. shared: two SharedMutexes, one of them shared by both threads. recursive: a
-/// std::recursive_mutex, and platform: a std::mutex, as the stand-in for the framework library has, each with a Mutex.
-/// library: the lock of the command tables and one of the application's.
+/// Mutex and a std::recursive_mutex. platform: a Mutex and a std::mutex, which the stand-in for the framework library
+/// also has. library: the lock of the command tables and a lock of the application.
 #include <cstring>
 #include <mutex>
 #include <ostream>

@@ -1,6 +1,6 @@
 /// A process whose event-log client starts before its first EntryRecorder. Prints what the recorder receives.
 ///
-///   clientFirst waiting      no engine is there
+///   clientFirst waiting      no engine runs
 ///   clientFirst connected    the client has found another engine
 #include <exception>
 #include <future>

@@ -1,5 +1,5 @@
-/// An application that records some of its own events: it emits three times as many INFO events as its argument says,
-/// with a recorder during the second third, and prints how many that recorded.
+/// An application that records some of its own events. It emits three times as many INFO events as its argument says.
+/// During the second third it has a recorder. Then it prints how many events the recorder has recorded.
 #include <iostream>
 #include <string>
 

@@ -1,5 +1,5 @@
-/// Applications whose tracing daemon is killed, stopped or too slow: they are held up by none of that, and each result
-/// is the same.
+/// Applications whose tracing daemon is killed, stopped or too slow: they never wait for it, and each result is the
+/// same.
 #include <cerrno>
 #include <csignal>
 #include <cstring>

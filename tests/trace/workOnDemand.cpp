@@ -1,5 +1,5 @@
 /// An application that uses commands and files while it is traced. It reads lines "work <rounds>" from standard input.
-/// To each it answers "right", or what a result was instead of the one that it must be, and it ends with the input.
+/// It answers each line with "right", or with the first wrong result. It ends when the input ends.
 #include <iostream>
 #include <sstream>
 #include <string>

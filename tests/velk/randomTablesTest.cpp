@@ -1,4 +1,4 @@
-/// The library of synopses against the command service's own graph and its trace, on random tables.
+/// Compares the library of synopses with the command service's own graph and its trace, on random tables.
 #include <iostream>
 #include <map>
 #include <set>

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-/// Finds flaws of brackets, and what is lost by them.
+/// Finds flaws of brackets, and words that are lost because of them.
 #include "checks.h"
 
 #include "trace/emit.h"

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
-/// Finds placeholders in one place of which one takes the lines of another.
+/// Finds placeholders that take the lines of another placeholder in the same place.
 ///
-/// For each placeholder, all ways of a line after it are compared with all ways after the placeholders before it, as
-/// automata are compared: both are in sets of nodes, and each word moves both sets.
+/// For each placeholder, all ways of a line after it are compared with all ways after the placeholders before it. This
+/// is how automata are compared: there is a set of nodes for each of the two, and each word moves both sets.
 #include "checks.h"
 
 #include <algorithm>

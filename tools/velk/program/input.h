@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-/// Reads synopses from files: one a line, with the command's name before a tab if need be.
+/// Reads synopses from files. Each line has one synopsis; before it, the command's name and a tab may stand.
 #ifndef CORVANE_VELK_INPUT_H
 #define CORVANE_VELK_INPUT_H
 
