@@ -23,6 +23,12 @@ namespace {
 
 using namespace Corvane::Testing;
 
+#ifdef CORVANE_TEST_SANITIZED
+constexpr bool isSanitized = true;
+#else
+constexpr bool isSanitized = false;
+#endif
+
 /// Gives this process and its children a /run and a /dev/shm of their own. root has only one daemon on a machine, and
 /// this test harms the one that it finds there.
 ///
@@ -60,9 +66,9 @@ class TracerFaults : public testing::Test
 protected:
     void SetUp() override
     {
-#ifdef CORVANE_TEST_SANITIZED
-        GTEST_SKIP() << "a live recording is not made under a sanitizer";
-#else
+        if (isSanitized) {
+            GTEST_SKIP() << "a live recording is not made under a sanitizer";
+        }
         if (const std::string reason = leaveTheMachinesDaemon(); !reason.empty()) {
             GTEST_SKIP() << reason;
         }
@@ -76,7 +82,6 @@ protected:
         }
         m_consumers = childrenOf(m_daemon);
         ASSERT_FALSE(m_consumers.empty());
-#endif
     }
 
     void TearDown() override
