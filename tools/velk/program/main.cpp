@@ -143,11 +143,9 @@ int run(Command* command, const Options& options)
     return unusable;
 }
 
-} // namespace
-
-int main(int argc, char** argv)
+/// Reads the command line and runs its command.
+int readAndRun(int argc, char** argv)
 {
-    std::signal(SIGPIPE, SIG_IGN); // a closed pipe is reported as a failed write
     Options options;
     Command* command = nullptr;
     CLI::App app("Checks, explains and draws the synopses of command tables.", "corvane-velk");
@@ -191,4 +189,17 @@ int main(int argc, char** argv)
         return app.exit(result) == 0 ? allIsWell : unusable;
     }
     return run(command, options);
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    static_cast<void>(std::signal(SIGPIPE, SIG_IGN)); // a closed pipe is reported as a failed write
+    try {
+        return readAndRun(argc, argv);
+    } catch (const std::exception& failure) {
+        std::cerr << "corvane-velk: " << failure.what() << '\n';
+        return unusable;
+    }
 }
